@@ -1,0 +1,92 @@
+// A node of the search tree: a partial placement of the first blocks of the block order. It holds
+// their orientations and their relations, as edges of two constraint graphs; coordinates are
+// written into a worker's copy of the netlist when the node is estimated or reported, and the
+// heuristics that slide the blocks toward their nets work on that copy.
+//
+// A node is a value. It is worked on by one thread at a time, which passes its own copy of the
+// netlist. Copying a node into one that was as large before allocates nothing.
+#pragma once
+
+#include <vector>
+
+#include "BasicStructs.h"
+#include "Graphs.h"
+#include "Netlist.h"
+
+namespace korvel {
+
+// The region that the blocks are to be placed in, from the origin.
+struct Area {
+    float width = 0.0F;
+    float height = 0.0F;
+};
+
+class BBNode {
+public:
+    ConsraintGraphList horizontalGraph;  // a -> b: a lies left of b; weights are widths
+    ConsraintGraphList verticalGraph;    // a -> b: a lies below b; weights are heights
+    std::vector<Orient> blocksOrients;
+    // Lower bounds on the wirelength still to come, by definedNodes.
+    std::vector<float> remDistances;
+    unsigned numBlocks = 0;
+    unsigned blockLevel = 0;    // branching decisions taken from the root
+    unsigned definedNodes = 0;  // relations fixed between the newest block and the earlier ones
+    float wirelength = 0.0F;
+    float width = 0.0F;
+    float height = 0.0F;
+
+    // Adds the next block of the order, without relations. A mirrored orientation is reported and
+    // ends the process with status 0.
+    void addBlock(Orient orient, const Netlist& copy);
+
+    // Fixes the relation of block a to block b: `topology` says where a lies.
+    void relate(unsigned a, unsigned b, Topology topology);
+
+    // Every relation of the newest block is fixed.
+    bool isBlockComplete() const { return numBlocks == 0 || definedNodes == numBlocks - 1; }
+
+    // False when the relations close a cycle.
+    bool sortGraphs();
+    void findCoords();
+    // Takes width and height from the graphs; call it after findCoords.
+    void updateSizes();
+
+    // Puts the placed blocks of `copy` where the graphs say. Call it once per evaluation: it counts
+    // the blocks' pins in their nets as placed.
+    void updateBlockCoordsConstGraph(Netlist& copy) const;
+
+    // Wirelength of the nets of `copy`, which are unplaced by it; summed in their order.
+    static float evaluatePartialHPWL(Netlist& copy);
+    static float evaluateCompleteHPWL(Netlist& copy);
+
+    // Moves all placed blocks by one common step toward the terminals. With keepInside they stay
+    // inside the area: a step toward the origin is dropped, since the placement touches it already.
+    void combinedAlignToTerms(Netlist& copy, bool keepInside, Area area) const;
+
+    // Slides one block toward the pins of its nets as far as its neighbours and the area allow.
+    void combinedAlignBlock(Netlist& copy, Area area, unsigned blockIndex) const;
+
+    // Moves the block by `offset`, cut where it would run into a related block or leave the area.
+    // Sizes are cut to whole units here, on purpose.
+    void avoidOverlapp(Netlist& copy, Point offset, unsigned blockIndex, Area area) const;
+
+    // The whole way from relations to coordinates: the graphs' ones, the alignment to terminals
+    // when there are any, then three rounds of block alignment.
+    void placeAndAlign(Netlist& copy, bool areaConst, Area area) const;
+
+    Orient findPrepOrient(unsigned block) const { return blocksOrients[block]; }
+    // Where block a lies relative to b; a horizontal relation wins over a vertical one. A pair
+    // without a relation is reported and ends the process with status 0.
+    Topology findPrepTopology(unsigned a, unsigned b) const;
+
+    // Reads the blocks of `copy`, so bring them up to date first.
+    void printPlacement(const Netlist& copy, std::ostream& out) const;
+
+private:
+    void limitAlongX(const Netlist& copy, float& distance, unsigned blockIndex,
+                     float areaWidth) const;
+    void limitAlongY(const Netlist& copy, float& distance, unsigned blockIndex,
+                     float areaHeight) const;
+};
+
+}  // namespace korvel

@@ -1,0 +1,157 @@
+#include "Graphs.h"
+
+#include <algorithm>
+
+#include "Invariant.h"
+
+namespace korvel {
+
+namespace {
+
+void setBit(std::uint64_t* words, unsigned bit) {
+    words[bit / VertexSet::kWordBits] |= std::uint64_t{1} << (bit % VertexSet::kWordBits);
+}
+
+}  // namespace
+
+void ConsraintGraphList::addVert(unsigned int n) {
+    const unsigned words = (n + VertexSet::kWordBits - 1) / VertexSet::kWordBits;
+    if (words > rowWords) {
+        widenRows(words);
+    }
+    rows.resize(static_cast<std::size_t>(n) * kRowKinds * rowWords, 0);
+    spans.resize(n, {0.0F, 0.0F});
+    numVert = n;
+}
+
+void ConsraintGraphList::widenRows(unsigned words) {
+    std::vector<std::uint64_t> wide(static_cast<std::size_t>(numVert) * kRowKinds * words, 0);
+    for (std::size_t i = 0; i * rowWords < rows.size(); ++i) {
+        std::copy_n(rows.data() + i * rowWords, rowWords, wide.data() + i * words);
+    }
+    rows = std::move(wide);
+    rowWords = words;
+}
+
+void ConsraintGraphList::addEdge(unsigned int from, unsigned int to) {
+    KORVEL_INVARIANT((from < numVert) && (to < numVert), "(from < numVert)&&(to < numVert)");
+    cyclic = cyclic || from == to || reached(to).contains(from);
+    setBit(row(from, kOut), to);
+    setBit(row(to, kIn), from);
+    if (!cyclic) {
+        noteReached(from, to);
+    }
+    unsettled.push_back(from);
+    changed = true;
+}
+
+// Whatever reaches `from` now also reaches `to` and all behind it.
+void ConsraintGraphList::noteReached(unsigned from, unsigned to) {
+    const std::uint64_t* behind = row(to, kReached);
+    for (unsigned v = 0; v < numVert; ++v) {
+        if (v == from || reached(v).contains(from)) {
+            std::uint64_t* mine = row(v, kReached);
+            for (unsigned w = 0; w < rowWords; ++w) {
+                mine[w] |= behind[w];
+            }
+            setBit(mine, to);
+        }
+    }
+}
+
+void ConsraintGraphList::addWeight(unsigned int node, float weight) {
+    KORVEL_INVARIANT(node < numVert, "node < numVert");
+    spans[node].weight = weight;
+}
+
+bool ConsraintGraphList::topologicalSort() {
+    if (!changed) {
+        return true;
+    }
+    if (cyclic) {
+        return false;
+    }
+    changed = false;
+    sorted = true;
+    return true;
+}
+
+void ConsraintGraphList::findCoord() {
+    if (!sorted) {
+        return;
+    }
+    sorted = false;
+    for (const unsigned from : unsettled) {
+        settle(from);
+    }
+    unsettled.clear();
+    for (unsigned v = 0; v < numVert; ++v) {
+        if (getOutcomingEdges(v).empty()) {
+            length = std::max(length, spans[v].coord + spans[v].weight);
+        }
+    }
+}
+
+// Pushes the successors of `from` behind it, and theirs behind them.
+void ConsraintGraphList::settle(unsigned from) {
+    const float end = spans[from].coord + spans[from].weight;
+    for (const unsigned to : getOutcomingEdges(from)) {
+        if (end > spans[to].coord) {
+            spans[to].coord = end;
+            settle(to);
+        }
+    }
+}
+
+void ConsraintGraphList::calcConstraintGraph() {
+    topologicalSort();
+    findCoord();
+}
+
+void ConsraintGraphList::printCoordinates(std::ostream& out) const {
+    out << std::endl << "Coordinates: " << std::endl;
+    for (const Span& span : spans) {
+        out << span.coord << ' ';
+    }
+    out << std::endl << std::endl;
+}
+
+void UndirectedGraph::addEdge(unsigned from, unsigned to, float weight) {
+    KORVEL_INVARIANT((from < numVert) && (to < numVert), "(from < numVert)&&(to < numVert)");
+    adjacency[from].push_back({to, weight});
+    adjacency[to].push_back({from, weight});
+}
+
+float UndirectedGraph::score(unsigned vertex, bool toOrderedOnly) const {
+    float sum = 0.0F;
+    for (const ListPair& edge : adjacency[vertex]) {
+        if (!toOrderedOnly || ordered[edge.vertex]) {
+            sum += edge.weight;
+        }
+    }
+    return sum;
+}
+
+std::vector<unsigned> UndirectedGraph::findOrder() {
+    std::vector<unsigned> order;
+    unsigned choice = 0;
+    while (order.size() < numVert) {
+        const bool first = order.empty();
+        float best = 0.0F;
+        for (unsigned v = 0; v < numVert; ++v) {
+            if (ordered[v]) {
+                continue;
+            }
+            const float connection = score(v, !first);
+            if (connection > best) {
+                best = connection;
+                choice = v;
+            }
+        }
+        order.push_back(choice);
+        ordered[choice] = true;
+    }
+    return order;
+}
+
+}  // namespace korvel

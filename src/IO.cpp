@@ -1,0 +1,156 @@
+#include "IO.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <span>
+
+#include "ProcessEnd.h"
+
+namespace korvel {
+
+namespace {
+
+constexpr int kCommandLineError = 1;
+constexpr unsigned kMaxThreads = 1024;
+constexpr const char* kThreadsOption = "--threads";
+
+using Words = std::span<const char* const>;
+
+struct Option {
+    const char* word;
+    const char* longWord;
+    std::size_t argumentNum;
+    std::function<void(Placer&, Words)> apply;
+};
+
+const std::array<Option, 5> kOptions = {{
+    {"-f", "-filename", 1, [](Placer& p, Words words) { p.params.setInputName(words[0]); }},
+    {"-o", "-output", 1, [](Placer& p, Words words) { p.params.setOutputName(words[0]); }},
+    // The help text announces height and width; width and height is what is read, on purpose.
+    {"-a", "-area", 2,
+     [](Placer& p, Words words) {
+         p.params.setDieWidth(static_cast<float>(std::stod(words[0])));
+         p.params.setDieHight(static_cast<float>(std::stod(words[1])));
+         p.params.setAreaConst();
+     }},
+    {"-s", "-statistic", 0, [](Placer& p, Words) { p.setStatistics(); }},
+    {"-p", "-plot", 0, [](Placer& p, Words) { p.setPlot(); }},
+}};
+
+// The number of threads in a word of digits, or 0 when it is none from 1 to kMaxThreads.
+unsigned threadNum(const std::string& word) {
+    const bool digitsOnly = word.find_first_not_of("0123456789") == std::string::npos;
+    if (word.empty() || word.size() > 4 || !digitsOnly) {
+        return 0;
+    }
+    const auto number = static_cast<unsigned>(std::stoul(word));
+    return number <= kMaxThreads ? number : 0;
+}
+
+// How many words the base command line has, which knows no --threads.
+std::size_t baseWordNum(Words words) {
+    std::size_t number = words.size();
+    for (std::size_t i = 1; i + 1 < words.size(); ++i) {
+        if (std::string(words[i]) == kThreadsOption) {
+            number -= 2;
+            ++i;
+        }
+    }
+    return number;
+}
+
+}  // namespace
+
+void IO::parseCommandLineParams(const int& argc, const char* const argv[]) {
+    const Words words(argv, static_cast<std::size_t>(argc));
+    const char* program = words.empty() ? "" : words[0];
+    if (baseWordNum(words) < 5) {
+        const std::string first = words.size() == 2 ? words[1] : "";
+        if (first == "-h" || first == "-help") {
+            printHelp(program);
+            throw ProcessEnd{kCommandLineError};
+        }
+        // "Tamrit" is what this message says, on purpose.
+        placer.report() << std::endl
+                        << "===   Error: Not enough arguments!   ===" << std::endl
+                        << "Please refer to Tamrit HELP: " << program << " -h" << std::endl
+                        << std::endl;
+        throw ProcessEnd{kCommandLineError};
+    }
+
+    for (std::size_t at = 1; at < words.size();) {
+        const std::string word = words[at++];
+        if (word == kThreadsOption) {
+            const unsigned number = at < words.size() ? threadNum(words[at]) : 0;
+            if (number == 0) {
+                endOnCommandLine("Error: Wrong arguments! ", program);
+            }
+            placer.setNumThreads(number);
+            ++at;
+            continue;
+        }
+        const auto* const option =
+            std::find_if(kOptions.begin(), kOptions.end(), [&](const Option& candidate) {
+                return word == candidate.word || word == candidate.longWord;
+            });
+        if (option == kOptions.end() || words.size() - at < option->argumentNum) {
+            endOnCommandLine("Error: Wrong arguments! ", program);
+        }
+        option->apply(placer, words.subspan(at, option->argumentNum));
+        at += option->argumentNum;
+    }
+    if (!placer.params.getAreaConst()) {
+        endOnCommandLine("Error: Area argument is missing! ", program);
+    }
+    printSummary();
+}
+
+void IO::endOnCommandLine(const std::string& error, const char* program) {
+    placer.report() << std::endl
+                    << error << std::endl
+                    << "Please refer to Korvel help: " << program << " -h" << std::endl
+                    << std::endl;
+    throw ProcessEnd{kCommandLineError};
+}
+
+void IO::printHelp(const char* program) {
+    placer.report() << std::endl
+                    << "----- Korvel help: -----" << std::endl
+                    << "Usage: " << program
+                    << " -f <input_path/filename> -o <output_filename> -a <height> <width>"
+                    << std::endl
+                    << "Obligatory arguments: " << std::endl
+                    << "-f / -filename\t--\tPath and name of benchmark file" << std::endl
+                    << "-o / -output\t--\tName of output file" << std::endl
+                    << "-a / -area\t--\tHeight and width of interposer" << std::endl
+                    << "Optional arguments: " << std::endl
+                    << "-p / -plot\t--\tPlotting final placement (gnuplot is required)" << std::endl
+                    << "-s / -statistic\t--\tSave statistic data into file \"statistics.txt\" "
+                       "(automatically created)"
+                    << std::endl
+                    << std::endl;
+}
+
+void IO::printSummary() {
+    const Params& params = placer.params;
+    std::ostream& out = placer.report();
+    out << std::endl
+        << "===   Command line information   ===" << std::endl
+        << std::endl
+        << "Input Filename: " << params.getInputName() << std::endl
+        << "Output Filename: " << params.getOutputName() << std::endl
+        << "Placement Area:" << std::endl
+        << "  Width: " << params.getDieWidth() << std::endl
+        << "  Hight: " << params.getDieHight() << std::endl;
+    if (placer.wantsStatistics()) {
+        out << "Statistic will be saved to \"statistics.txt\"" << std::endl;
+    }
+    if (placer.wantsPlot()) {
+        out << "Initial and final placements will be plotted (requires Gnuplot!)" << std::endl;
+    }
+    out << std::endl;
+}
+
+}  // namespace korvel

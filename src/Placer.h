@@ -1,0 +1,172 @@
+// The placement engine: one object for the whole run. It owns the parameters, one copy of the
+// netlist per worker, the tables of lower bounds and the run's flags; the reader fills it, run()
+// places the benchmark.
+//
+// Everything runs on the main thread but the workers of a search, which live only inside BandB().
+// Worker k changes copy k alone; tables and flags are only read while workers live.
+//
+// The sources follow the groups below: Placer.cpp (state and driver), PlacerTables.cpp,
+// PlacerSearch.cpp, PlacerBranching.cpp, PlacerPlot.cpp.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "BBNode.h"
+#include "BoundTables.h"
+#include "Netlist.h"
+#include "Params.h"
+#include "SearchState.h"
+
+namespace korvel {
+
+class Placer {
+public:
+    // --- State -------------------------------------------------------------------------------
+
+    // `initWL` is the wirelength that the first search has to beat; 0 means none. Reports go to
+    // `out`, which must outlive the engine.
+    explicit Placer(float initWL, std::ostream& out = std::cout);
+
+    Params params;
+    // One per worker; the main thread uses copy 0 before and after a search.
+    std::vector<Netlist> copies;
+
+    std::ostream& report() { return out; }
+
+    // Before the netlist is filled.
+    void setNumThreads(unsigned number);
+    void setStatistics() { statistics = true; }
+    void setPlot() { plot = true; }
+    bool wantsStatistics() const { return statistics; }
+    bool wantsPlot() const { return plot; }
+
+    // The counts that the benchmark declares.
+    void setBlockNum(unsigned number) { numBlocks = number; }
+    void setTermNum(unsigned number) { numTerms = number; }
+    void setNetNum(unsigned number) { netNum = number; }
+    void setPinNum(unsigned number) { pinNum = number; }
+    unsigned getBlockNum() const { return numBlocks; }
+    unsigned getTermNum() const { return numTerms; }
+    unsigned getNetNum() const { return netNum; }
+    unsigned getPinNum() const { return pinNum; }
+
+    // To every copy.
+    void addBlock(const Block& block);
+    void addTerm(const Block& terminal);
+    void saveNetsIndexesToBlocks();
+
+    // Asks the running search, and all that would follow, to stop; from any thread. The run goes
+    // on with the best node found so far.
+    void requestStop() { stopRequested.store(true, std::memory_order_relaxed); }
+
+    // --- Driver ------------------------------------------------------------------------------
+
+    // Places the benchmark and reports; 0 always.
+    int run();
+
+    // One pass on the first numBlocks blocks: tables, then search.
+    void place();
+
+    // Puts the blocks into the order in which they are placed and renumbers them.
+    void ordering();
+
+    // --- Tables: lower bounds, rebuilt by every pass ------------------------------------------
+
+    void calcMinDistancesCombined();
+    void minimalOrintationalPairsCalc();
+    void calcMinTermDistCombined();
+    void updateRemainingDistances();
+    const BoundTables& getTables() const { return tables; }
+
+    // --- Search -------------------------------------------------------------------------------
+
+    // One branch-and-bound on the current tables, with all workers.
+    void BandB();
+
+    // What the last search found, as it was reported, and its counters.
+    const BBNode& getBestNode() const { return bestNode; }
+    const std::optional<SearchCounters>& getSearchCounters() const { return searchCounters; }
+
+    // Tests a node: cycles, area, bound. True keeps it. Places and aligns the blocks of `copy` and
+    // sets the node's wirelength when all relations of its newest block are fixed.
+    bool estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes, Netlist& copy) const;
+
+    // --- Branching ----------------------------------------------------------------------------
+
+    // Pushes the children of a kept node on `stack`, the most promising last. `node` is used up.
+    // Counts what the bound cuts.
+    void branch(NodeStack& stack, BBNode& node, float bestWL,
+                std::vector<std::uint64_t>& cutAtBranching, const Netlist& copy) const;
+
+    // Indexes of the keys in ascending order; the comparisons fix the order of equal keys.
+    static std::array<unsigned, 3> sortThreeNodes(const std::array<float, 4>& keys);
+    static std::array<unsigned, 4> sortFourNodes(const std::array<float, 4>& keys);
+
+    // --- Plot ---------------------------------------------------------------------------------
+
+    // Draws the placement of `copy` into outputName_suffix.png, through gnuplot.
+    void plotUncomPlacementBlueGrayOrange(const BBNode& node, const Netlist& copy,
+                                          const std::string& suffix);
+    void writePlotScript(const BBNode& node, const Netlist& copy, const std::string& suffix,
+                         std::ostream& script, std::ostream& data) const;
+
+private:
+    Area area() const { return {params.getDieWidth(), params.getDieHight()}; }
+    void banner(const std::string& text);
+
+    // Driver.
+    void calcUtilization();
+    void runStages();
+    void runInitialAndMain();
+    void runPlain();
+    void writeStatistics(const std::string& text);
+
+    // Search.
+    void BBcore(SearchState& state, unsigned thread);
+    bool takeNode(SearchState& state, BBNode& node) const;
+    void expandShared(SearchState& state, BBNode& node, SearchCounters& counters, Netlist& copy);
+    void workOwnStack(SearchState& state, NodeStack& ownStack, BBNode& node,
+                      SearchCounters& counters, Netlist& copy);
+    void updateBest(SearchState& state, const BBNode& node);
+    void finishSearch();
+    void reportSearch();
+
+    // Branching.
+    std::optional<Orient> steeredOrient(const BBNode& node, unsigned block) const;
+    std::optional<Topology> steeredTopology(const BBNode& node, unsigned a, unsigned b) const;
+    bool isSteered(const BBNode& node) const;
+    void fillRemDistances(BBNode& node, Orient orient) const;
+    void branchOrientations(NodeStack& stack, BBNode& node, float bestWL,
+                            const Netlist& copy) const;
+    void branchTopologies(NodeStack& stack, const BBNode& node, float bestWL,
+                          std::vector<std::uint64_t>& cutAtBranching) const;
+
+    std::ostream& out;
+    unsigned numBlocks = 0;  // from the benchmark, then those that the current pass places
+    unsigned numTerms = 0;
+    unsigned netNum = 0;
+    unsigned pinNum = 0;
+    unsigned numThreads;
+    BoundTables tables;
+    float initWL;
+    float levelCutFactor = 0.0F;
+    float utilization = 0.0F;
+    bool stageMode = false;
+    unsigned prevNumBlocks = 0;
+    unsigned prevLevels = 0;
+    BBNode prevBestNode;  // of the previous stage
+    bool initialPlacement = true;
+    bool statistics = false;
+    bool plot = false;
+    BBNode bestNode;
+    std::optional<SearchCounters> searchCounters;
+    std::atomic<bool> stopRequested{false};
+};
+
+}  // namespace korvel

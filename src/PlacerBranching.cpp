@@ -1,0 +1,206 @@
+// Branching: a kept node's children. A block gets its orientation first, then its relation to each
+// earlier block, one per level. Children are tested before they are made, so that a rejected one
+// costs a table look-up.
+
+#include <cstdlib>
+
+#include "Invariant.h"
+#include "Placer.h"
+
+namespace korvel {
+
+namespace {
+
+constexpr unsigned kMostChildren = 4;
+
+// The children of one node, before they are made: what is chosen, and where they belong in the
+// order of exploration.
+template <typename Choice>
+struct Children {
+    unsigned num = 0;
+    std::array<Choice, kMostChildren> choices;
+    std::array<float, kMostChildren> wirelengths;
+    std::array<float, kMostChildren> keys;
+
+    void add(Choice choice, float wirelength, float key) {
+        choices[num] = choice;
+        wirelengths[num] = wirelength;
+        keys[num] = key;
+        ++num;
+    }
+
+    // Calls `push` for each child, the smallest key last.
+    template <typename Push>
+    void inPushOrder(const Push& push) const {
+        std::array<unsigned, kMostChildren> order{0, 1, 2, 3};
+        switch (num) {
+            case 2:
+                if (keys[1] <= keys[0]) {
+                    order = {1, 0};
+                }
+                break;
+            case 3: {
+                const auto three = Placer::sortThreeNodes(keys);
+                std::copy(three.begin(), three.end(), order.begin());
+                break;
+            }
+            case 4:
+                order = Placer::sortFourNodes(keys);
+                break;
+            default:
+                break;
+        }
+        for (unsigned i = num; i-- > 0;) {
+            push(choices[order[i]], wirelengths[order[i]]);
+        }
+    }
+};
+
+}  // namespace
+
+void Placer::branch(NodeStack& stack, BBNode& node, float bestWL,
+                    std::vector<std::uint64_t>& cutAtBranching, const Netlist& copy) const {
+    if (node.isBlockComplete()) {
+        branchOrientations(stack, node, bestWL, copy);
+    } else if (node.definedNodes > node.numBlocks - 1) {
+        std::cout << "ERROR: Inadmissible value curBlockTotal or curBlockDef // Placer::branchingBB"
+                  << std::endl
+                  << "false numBlocks: " << numBlocks << std::endl;
+        std::exit(0);
+    } else {
+        branchTopologies(stack, node, bestWL, cutAtBranching);
+    }
+}
+
+// In staged mode the levels that the previous stage covered follow its best node, where it has an
+// answer.
+bool Placer::isSteered(const BBNode& node) const {
+    return prevNumBlocks != 0 && node.blockLevel <= prevLevels;
+}
+
+std::optional<Orient> Placer::steeredOrient(const BBNode& node, unsigned block) const {
+    if (isSteered(node) && block < prevBestNode.numBlocks) {
+        return prevBestNode.findPrepOrient(block);
+    }
+    return std::nullopt;
+}
+
+std::optional<Topology> Placer::steeredTopology(const BBNode& node, unsigned a, unsigned b) const {
+    if (isSteered(node) && a < prevBestNode.numBlocks) {
+        return prevBestNode.findPrepTopology(a, b);
+    }
+    return std::nullopt;
+}
+
+// The bounds on what is still to come when the next block takes `orient`: before each of its
+// relations, the least that they and all later blocks still add.
+void Placer::fillRemDistances(BBNode& node, Orient orient) const {
+    const unsigned next = node.numBlocks;
+    node.remDistances.resize(next + 1);
+    node.remDistances[next] = tables.minLevelRemainingDist[next + node.blockLevel];
+    for (unsigned j = next; j-- > 0;) {
+        node.remDistances[j] = tables.minOrientPairDist(next, j, orient, node.blocksOrients[j]) +
+                               node.remDistances[j + 1];
+    }
+}
+
+void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL,
+                                const Netlist& copy) const {
+    const unsigned next = node.numBlocks;
+    const std::optional<Orient> steered = steeredOrient(node, next);
+    Children<Orient> children;
+    for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
+        const auto orient = static_cast<Orient>(o);
+        if (steered && *steered != orient) {
+            continue;
+        }
+        const float termDist = tables.minTermDist[kUnmirroredOrients * next + o];
+        if (next != 0) {
+            fillRemDistances(node, orient);
+            if (bestWL < termDist + node.remDistances[0]) {
+                continue;
+            }
+        }
+        const float wirelength = numTerms != 0 ? node.wirelength + termDist : node.wirelength;
+        children.add(orient, wirelength, wirelength);
+    }
+    children.inPushOrder([&](Orient orient, float wirelength) {
+        if (next != 0) {
+            fillRemDistances(node, orient);
+        }
+        BBNode& child = stack.push(node);
+        child.addBlock(orient, copy);
+        ++child.blockLevel;
+        child.definedNodes = 0;
+        child.wirelength = wirelength;
+    });
+}
+
+void Placer::branchTopologies(NodeStack& stack, const BBNode& node, float bestWL,
+                              std::vector<std::uint64_t>& cutAtBranching) const {
+    const unsigned a = node.numBlocks - 1;
+    const unsigned b = node.definedNodes;
+    KORVEL_INVARIANT(node.remDistances.size() > b + 1,
+                     "curNode->remDistances.size()-1>=curBlockDef+1");
+    const float remaining = node.remDistances[b + 1];
+    const std::optional<Topology> steered = steeredTopology(node, a, b);
+    Children<Topology> children;
+    for (unsigned t = 0; t < static_cast<unsigned>(Topology::LAST); ++t) {
+        const auto topology = static_cast<Topology>(t);
+        if (steered && *steered != topology) {
+            continue;
+        }
+        const float distance =
+            tables.getMinDistances(a, b, node.blocksOrients[a], node.blocksOrients[b], topology);
+        if (distance + node.wirelength + remaining > bestWL) {
+            ++cutAtBranching[node.blockLevel - 1];
+            continue;
+        }
+        // A relation that costs much more than the level's cheapest one is given up, although its
+        // bound may still be below the best: on purpose, this is what makes the search fast.
+        if (distance - tables.levelMinDistance[node.blockLevel - 1] > bestWL * levelCutFactor) {
+            continue;
+        }
+        const float wirelength = node.wirelength + distance;
+        children.add(topology, wirelength, remaining + wirelength);
+    }
+    children.inPushOrder([&](Topology topology, float wirelength) {
+        BBNode& child = stack.push(node);
+        child.wirelength = wirelength;
+        child.relate(a, b, topology);
+        ++child.definedNodes;
+        ++child.blockLevel;
+    });
+}
+
+std::array<unsigned, 3> Placer::sortThreeNodes(const std::array<float, 4>& keys) {
+    const bool swapped = keys[0] > keys[1];
+    const unsigned lo = swapped ? 1 : 0;
+    const unsigned hi = swapped ? 0 : 1;
+    if (keys[hi] > keys[2]) {
+        if (keys[lo] > keys[2]) {
+            return {2, lo, hi};
+        }
+        return {lo, 2, hi};
+    }
+    return {lo, hi, 2};
+}
+
+std::array<unsigned, 4> Placer::sortFourNodes(const std::array<float, 4>& keys) {
+    const unsigned lo01 = keys[1] > keys[0] ? 0 : 1;
+    const unsigned hi01 = 1 - lo01;
+    const unsigned lo23 = keys[3] > keys[2] ? 2 : 3;
+    const unsigned hi23 = 5 - lo23;
+    const bool firstFrom01 = keys[lo23] > keys[lo01];
+    const unsigned first = firstFrom01 ? lo01 : lo23;
+    const unsigned x = firstFrom01 ? lo23 : lo01;
+    const bool lastFrom01 = keys[hi01] > keys[hi23];
+    const unsigned last = lastFrom01 ? hi01 : hi23;
+    const unsigned y = lastFrom01 ? hi23 : hi01;
+    if (keys[y] > keys[x]) {
+        return {first, x, y, last};
+    }
+    return {first, y, x, last};
+}
+
+}  // namespace korvel

@@ -1,0 +1,271 @@
+// The branch-and-bound search. Work is shared on demand: nodes of the first levels go through the
+// shared stack, so that all workers find work early; from then on a worker keeps its subtree to
+// itself, without locks, and hands over all its open nodes when another one has run out.
+
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <limits>
+#include <sstream>
+#include <thread>
+
+#include "Invariant.h"
+#include "Placer.h"
+
+namespace korvel {
+
+namespace {
+
+constexpr unsigned kSharedLevels = 3;
+constexpr double kNoBound = 0.0001;
+constexpr long kIdleWaitNanoseconds = 100'000;
+
+void sleepIdle() {
+    const timespec wait{0, kIdleWaitNanoseconds};
+    nanosleep(&wait, nullptr);
+}
+
+void countIn(SearchState& state) {
+    const std::lock_guard lock(state.activeMutex);
+    state.activeWorkers.store(state.activeWorkers.load() + 1);
+}
+
+void countOut(SearchState& state) {
+    const std::lock_guard lock(state.activeMutex);
+    state.activeWorkers.store(state.activeWorkers.load() - 1);
+}
+
+void requestShare(SearchState& state, bool wanted) {
+    if (state.shareRequest.load() != wanted) {
+        const std::lock_guard lock(state.flagMutex);
+        state.shareRequest.store(wanted);
+    }
+}
+
+bool isOver(SearchState& state) {
+    if (state.activeWorkers.load() != 0) {
+        return false;
+    }
+    const std::lock_guard lock(state.stackMutex);
+    return state.sharedStack.empty() && state.activeWorkers.load() == 0;
+}
+
+// Hands all of a worker's open nodes over, unless others still have some to take.
+void shareOwnStack(SearchState& state, NodeStack& ownStack) {
+    {
+        const std::lock_guard lock(state.stackMutex);
+        if (state.sharedStack.empty()) {
+            state.sharedStack.swap(ownStack);
+            state.sharedStackEmpty.store(false);
+        }
+    }
+    requestShare(state, false);
+}
+
+}  // namespace
+
+void SearchCounters::add(const SearchCounters& other) {
+    expandedNodes += other.expandedNodes;
+    sortedNodes += other.sortedNodes;
+    for (std::size_t level = 0; level < prunedByBound.size(); ++level) {
+        prunedByBound[level] += other.prunedByBound[level];
+        cutAtBranching[level] += other.cutAtBranching[level];
+    }
+}
+
+void Placer::BandB() {
+    banner("==   Start B&B   ==");
+    // Stages are not bounded by the one before, which placed a block less.
+    const bool hasBound = !stageMode && std::fabs(initWL) > kNoBound;
+    if (hasBound) {
+        out << "Initial WL: " << initWL << std::endl << std::endl;
+    }
+    out << numThreads << " concurrent threads are used" << std::endl << std::endl;
+
+    copies[0].unplaceAllNets();
+    SearchState state(numBlocks * (numBlocks + 1) / 2,
+                      hasBound ? initWL : std::numeric_limits<float>::max());
+    state.sharedStack.push(BBNode());
+    state.sharedStackEmpty.store(false);
+    std::vector<std::thread> workers;
+    for (unsigned thread = 0; thread < numThreads; ++thread) {
+        workers.emplace_back([this, &state, thread] { BBcore(state, thread); });
+    }
+    for (std::thread& worker : workers) {
+        worker.join();
+    }
+    bestNode = state.bestNode;
+    searchCounters = state.counters;
+
+    finishSearch();
+    reportSearch();
+    banner("===   End B&B   ===");
+}
+
+void Placer::BBcore(SearchState& state, unsigned thread) {
+    Netlist& copy = copies[thread];
+    SearchCounters counters(state.levelCount);
+    NodeStack ownStack;
+    BBNode node;
+    while (takeNode(state, node)) {
+        if (node.blockLevel < kSharedLevels) {
+            expandShared(state, node, counters, copy);
+        } else {
+            ownStack.push(node);
+            workOwnStack(state, ownStack, node, counters, copy);
+        }
+        countOut(state);
+    }
+    const std::lock_guard lock(state.bestMutex);
+    state.counters.add(counters);
+}
+
+// Waits for a node on the shared stack; false at the end of the search. A worker that gets one is
+// counted in.
+bool Placer::takeNode(SearchState& state, BBNode& node) const {
+    while (!stopRequested.load(std::memory_order_relaxed)) {
+        if (!state.sharedStackEmpty.load()) {
+            countIn(state);
+            {
+                const std::lock_guard lock(state.stackMutex);
+                if (!state.sharedStack.empty()) {
+                    state.sharedStack.popInto(node);
+                    state.sharedStackEmpty.store(state.sharedStack.empty());
+                    return true;
+                }
+            }
+            countOut(state);
+        } else if (isOver(state)) {
+            return false;
+        } else {
+            requestShare(state, true);
+            sleepIdle();
+        }
+    }
+    return false;
+}
+
+void Placer::expandShared(SearchState& state, BBNode& node, SearchCounters& counters,
+                          Netlist& copy) {
+    if (!estimateNode(node, state.bestWL.load(), counters.sortedNodes, copy)) {
+        ++counters.prunedByBound[node.blockLevel - 1];
+    } else if (node.blockLevel == state.levelCount) {
+        updateBest(state, node);
+    } else {
+        const std::lock_guard lock(state.stackMutex);
+        branch(state.sharedStack, node, state.bestWL.load(), counters.cutAtBranching, copy);
+        state.sharedStackEmpty.store(state.sharedStack.empty());
+    }
+    ++counters.expandedNodes;
+}
+
+// Works on the own stack until it is empty, or handed over to a worker that waits. A single node
+// is not worth handing over.
+void Placer::workOwnStack(SearchState& state, NodeStack& ownStack, BBNode& node,
+                          SearchCounters& counters, Netlist& copy) {
+    while (!ownStack.empty() && !stopRequested.load(std::memory_order_relaxed)) {
+        if (state.shareRequest.load() && ownStack.size() != 1) {
+            shareOwnStack(state, ownStack);
+            continue;
+        }
+        ownStack.popInto(node);
+        if (!estimateNode(node, state.bestWL.load(), counters.sortedNodes, copy)) {
+            ++counters.prunedByBound[node.blockLevel - 1];
+        } else if (node.blockLevel == state.levelCount) {
+            updateBest(state, node);
+        } else {
+            branch(ownStack, node, state.bestWL.load(), counters.cutAtBranching, copy);
+        }
+        ++counters.expandedNodes;
+    }
+}
+
+void Placer::updateBest(SearchState& state, const BBNode& node) {
+    const std::lock_guard lock(state.bestMutex);
+    if (state.bestWL.load() > node.wirelength) {
+        state.bestNode = node;
+        state.bestWL.store(node.wirelength);
+        out << "best solution is updated, bestWL (w/o one-die nets): " << node.wirelength
+            << std::endl;
+    }
+}
+
+bool Placer::estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes,
+                          Netlist& copy) const {
+    // 1. Nothing to measure before two blocks are related.
+    if (node.numBlocks < 2 || node.definedNodes == 0) {
+        return true;
+    }
+    if (node.definedNodes > node.numBlocks - 1) {
+        std::cout << "ERROR: Inadmissible value definedNodes or numBlocks // Placer::estimateNode"
+                  << std::endl
+                  << "definedNodes: " << node.definedNodes << std::endl
+                  << "numBlocks: " << node.numBlocks << std::endl;
+        std::exit(0);
+    }
+
+    // 2. Cheap tests first: a cycle in either graph, then the area.
+    if (!node.sortGraphs()) {
+        return false;
+    }
+    const bool complete = node.isBlockComplete();
+    if (complete) {
+        ++sortedNodes;
+    }
+    if (complete || params.getAreaConst()) {
+        node.findCoords();
+    }
+    if (params.getAreaConst()) {
+        node.updateSizes();
+        if (node.width > params.getDieWidth() || node.height > params.getDieHight()) {
+            return false;
+        }
+    }
+
+    // 3. Only block-complete nodes pay for alignment and wirelength.
+    if (complete) {
+        node.placeAndAlign(copy, params.getAreaConst(), area());
+        node.wirelength = BBNode::evaluatePartialHPWL(copy);
+    }
+
+    // 4. Keep strictly better bounds only: a tie cannot improve the best placement.
+    KORVEL_INVARIANT(node.remDistances.size() > node.definedNodes,
+                     "curNode->remDistances.size()-1>=curNode->definedNodes");
+    return bestWL > node.remDistances[node.definedNodes] + node.wirelength;
+}
+
+// Brings copy 0 to the best placement once more, and measures it.
+void Placer::finishSearch() {
+    Netlist& copy = copies[0];
+    bestNode.updateSizes();
+    bestNode.placeAndAlign(copy, params.getAreaConst(), area());
+    if (initialPlacement) {
+        return;  // keeps the wirelength of the search, without the nets on one die
+    }
+    if (plot) {
+        plotUncomPlacementBlueGrayOrange(bestNode, copy, "bestnode");
+    }
+    bestNode.wirelength = BBNode::evaluateCompleteHPWL(copy);
+}
+
+void Placer::reportSearch() {
+    if (stageMode) {
+        prevBestNode = bestNode;
+    }
+    out << std::endl
+        << (initialPlacement ? "initWL found (w/o one-die nets): " : "bestBBNode WL (all nets): ")
+        << bestNode.wirelength << std::endl
+        << std::endl
+        << "bestBBNode width: " << bestNode.width << std::endl
+        << "bestBBNode hight: " << bestNode.height << std::endl;
+    bestNode.printPlacement(copies[0], out);
+
+    if (initialPlacement) {
+        initWL = bestNode.wirelength;
+    }
+    std::ostringstream piece;
+    piece << (initialPlacement ? " || initWL: " : " || bestWL: ") << bestNode.wirelength;
+    writeStatistics(piece.str());
+}
+
+}  // namespace korvel

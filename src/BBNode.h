@@ -1,10 +1,10 @@
 // A node of the search tree: a partial placement of the first blocks of the block order. It holds
 // their orientations and their relations, as edges of two constraint graphs; coordinates are
-// written into a worker's copy of the netlist when the node is estimated or reported, and the
-// heuristics that slide the blocks toward their nets work on that copy.
+// written into a worker's placement when the node is estimated or reported, and the heuristics that
+// slide the blocks toward their nets work on that.
 //
-// A node is a value. It is worked on by one thread at a time, which passes its own copy of the
-// netlist. Copying a node into one that was as large before allocates nothing.
+// A node is a value. It is worked on by one thread at a time, which passes its own placement.
+// Copying a node into one that was as large before allocates nothing.
 #pragma once
 
 #include <vector>
@@ -12,6 +12,7 @@
 #include "BasicStructs.h"
 #include "Graphs.h"
 #include "Netlist.h"
+#include "WorkingPlacement.h"
 
 namespace korvel {
 
@@ -37,7 +38,7 @@ public:
 
     // Adds the next block of the order, without relations. A mirrored orientation is reported and
     // ends the process with status 0.
-    void addBlock(Orient orient, const Netlist& copy);
+    void addBlock(Orient orient, const Netlist& netlist);
 
     // Fixes the relation of block a to block b: `topology` says where a lies.
     void relate(unsigned a, unsigned b, Topology topology);
@@ -51,42 +52,40 @@ public:
     // Takes width and height from the graphs; call it after findCoords.
     void updateSizes();
 
-    // Puts the placed blocks of `copy` where the graphs say. Call it once per evaluation: it counts
-    // the blocks' pins in their nets as placed.
-    void updateBlockCoordsConstGraph(Netlist& copy) const;
-
-    // Wirelength of the nets of `copy`, which are unplaced by it; summed in their order.
-    static float evaluatePartialHPWL(Netlist& copy);
-    static float evaluateCompleteHPWL(Netlist& copy);
+    // Puts the placed blocks where the graphs say.
+    void updateBlockCoordsConstGraph(WorkingPlacement& placement) const;
 
     // Moves all placed blocks by one common step toward the terminals. With keepInside they stay
     // inside the area: a step toward the origin is dropped, since the placement touches it already.
-    void combinedAlignToTerms(Netlist& copy, bool keepInside, Area area) const;
+    void combinedAlignToTerms(WorkingPlacement& placement, bool keepInside, Area area) const;
 
     // Slides one block toward the pins of its nets as far as its neighbours and the area allow.
-    void combinedAlignBlock(Netlist& copy, Area area, unsigned blockIndex) const;
+    // False when it stays.
+    bool combinedAlignBlock(WorkingPlacement& placement, Area area, unsigned blockIndex) const;
 
     // Moves the block by `offset`, cut where it would run into a related block or leave the area.
-    // Sizes are cut to whole units here, on purpose.
-    void avoidOverlapp(Netlist& copy, Point offset, unsigned blockIndex, Area area) const;
+    // Sizes are cut to whole units here, on purpose. False when nothing is left to move.
+    bool avoidOverlapp(WorkingPlacement& placement, Point offset, unsigned blockIndex,
+                       Area area) const;
 
-    // The whole way from relations to coordinates: the graphs' ones, the alignment to terminals
-    // when there are any, then three rounds of block alignment.
-    void placeAndAlign(Netlist& copy, bool areaConst, Area area) const;
+    // The whole way from relations to coordinates: the graphs' ones, the alignment to terminals,
+    // then rounds of block alignment.
+    void placeAndAlign(WorkingPlacement& placement, bool areaConst, Area area) const;
 
     Orient findPrepOrient(unsigned block) const { return blocksOrients[block]; }
     // Where block a lies relative to b; a horizontal relation wins over a vertical one. A pair
     // without a relation is reported and ends the process with status 0.
     Topology findPrepTopology(unsigned a, unsigned b) const;
 
-    // Reads the blocks of `copy`, so bring them up to date first.
-    void printPlacement(const Netlist& copy, std::ostream& out) const;
+    // Reads the netlist's blocks, so bring them up to date first.
+    void printPlacement(const Netlist& netlist, std::ostream& out) const;
 
 private:
-    void limitAlongX(const Netlist& copy, float& distance, unsigned blockIndex,
-                     float areaWidth) const;
-    void limitAlongY(const Netlist& copy, float& distance, unsigned blockIndex,
-                     float areaHeight) const;
+    const ConsraintGraphList& graph(Axis axis) const {
+        return axis == kX ? horizontalGraph : verticalGraph;
+    }
+    float limitMove(const WorkingPlacement& placement, Axis axis, float distance, unsigned block,
+                    float areaExtent) const;
 };
 
 }  // namespace korvel

@@ -20,7 +20,7 @@ public:
     // the standard conversion throw, which nothing catches.
     void parseCommandLineParams(const int& argc, const char* const argv[]);
 
-    // Reads the three benchmark files into every copy of the engine's netlist.
+    // Reads the three benchmark files into the engine's netlist.
     void parseInput();
 
     // The readers of the three files, in the order in which they are to be called.
@@ -45,15 +45,14 @@ private:
     [[noreturn]] void endOnInput(const std::string& error);
     Block readHardBlock(std::istream& in, const std::string& name, unsigned index);
     Entry findEntry(const std::string& name) const;
-    static Block& entryOf(Netlist& copy, Entry entry);
+    Block& blockOf(Entry entry);
     void placeEntry(Entry entry, Point coord, Orient orient);
     PinRecord readPin(std::istream& in, const std::string& name);
     void buildNets(const std::vector<NetRecord>& records, std::size_t pinNum);
     void printParsingStatistic();
 
     Placer& placer;
-    // Position in the engine's block and terminal lists by name; the first of a name counts. Every
-    // copy has the same positions.
+    // Position in the engine's block and terminal lists by name; the first of a name counts.
     std::map<std::string, unsigned> blockPositions;
     std::map<std::string, unsigned> terminalPositions;
 };

@@ -74,8 +74,9 @@ struct IO::NetRecord {
     std::vector<PinRecord> pins;
 };
 
-Block& IO::entryOf(Netlist& copy, Entry entry) {
-    return entry.terminal ? copy.terminals[entry.position] : copy.blocks[entry.position];
+Block& IO::blockOf(Entry entry) {
+    Netlist& netlist = placer.netlist;
+    return entry.terminal ? netlist.terminals[entry.position] : netlist.blocks[entry.position];
 }
 
 void IO::endOnInput(const std::string& error) {
@@ -99,7 +100,9 @@ void IO::parseInput() {
     // The text names the other file, on purpose.
     std::ifstream nets = open(".nets", "ERROR: .pl file could not be opened successfully");
     parseNets(nets);
-    placer.saveNetsIndexesToBlocks();
+    for (Block& block : placer.netlist.blocks) {
+        block.findNetsIndexes(placer.report());
+    }
     printParsingStatistic();
 }
 
@@ -121,12 +124,12 @@ void IO::parseBlocks(std::istream& in) {
         }
         const std::string type = nextToken(in);
         if (type == "hardrectilinear") {
-            placer.addBlock(readHardBlock(in, name, bIndex));
+            placer.netlist.blocks.push_back(readHardBlock(in, name, bIndex));
             blockPositions.emplace(name, bIndex);
             ++bIndex;
             ++tIndex;
         } else if (type == "terminal") {
-            placer.addTerm(Block(static_cast<int>(tIndex), name, 0.0F, 0.0F));
+            placer.netlist.terminals.emplace_back(static_cast<int>(tIndex), name, 0.0F, 0.0F);
             terminalPositions.emplace(name, tIndex - bIndex);
             ++tIndex;
         } else if (type == "softrectangular") {
@@ -217,9 +220,7 @@ void IO::placeEntry(Entry entry, Point coord, Orient orient) {
     if (!entry.terminal && coord.x == 0 && coord.y == 0 && orient == Orient::N) {
         return;  // where a block stands from the start
     }
-    for (Netlist& copy : placer.copies) {
-        entryOf(copy, entry).updateBlockState(coord, orient, false);
-    }
+    blockOf(entry).updateBlockState(coord, orient, false);
 }
 
 void IO::parseNets(std::istream& in) {
@@ -295,26 +296,24 @@ IO::PinRecord IO::readPin(std::istream& in, const std::string& name) {
 
 // All counts are known here, so that no array grows while others point into it.
 void IO::buildNets(const std::vector<NetRecord>& records, std::size_t pinNum) {
-    for (Netlist& copy : placer.copies) {
-        copy.nets.reserve(records.size());
-        copy.pins.reserve(pinNum);
-        for (const NetRecord& record : records) {
-            Net& net =
-                copy.nets.emplace_back(static_cast<unsigned>(copy.nets.size()), record.degree);
-            for (const PinRecord& pinRecord : record.pins) {
-                const bool terminal = pinRecord.owner.terminal;
-                Block& owner = entryOf(copy, pinRecord.owner);
-                Pin& pin =
-                    copy.pins.emplace_back(static_cast<int>(copy.pins.size()), pinRecord.direction,
-                                           terminal ? owner.getCoord() : Point{}, pinRecord.offset,
-                                           terminal, owner.getWidth(), owner.getHeight(),
-                                           static_cast<unsigned>(owner.getIndex()), &net);
-                if (terminal) {
-                    pin.setPlaced();
-                }
-                owner.addPin(&pin);
-                net.addPin(&pin);
+    std::vector<Net>& nets = placer.netlist.nets;
+    std::vector<Pin>& pins = placer.netlist.pins;
+    nets.reserve(records.size());
+    pins.reserve(pinNum);
+    for (const NetRecord& record : records) {
+        Net& net = nets.emplace_back(static_cast<unsigned>(nets.size()), record.degree);
+        for (const PinRecord& pinRecord : record.pins) {
+            const bool terminal = pinRecord.owner.terminal;
+            Block& owner = blockOf(pinRecord.owner);
+            Pin& pin = pins.emplace_back(static_cast<int>(pins.size()), pinRecord.direction,
+                                         terminal ? owner.getCoord() : Point{}, pinRecord.offset,
+                                         terminal, owner.getWidth(), owner.getHeight(),
+                                         static_cast<unsigned>(owner.getIndex()), &net);
+            if (terminal) {
+                pin.setPlaced();
             }
+            owner.addPin(&pin);
+            net.addPin(&pin);
         }
     }
 }

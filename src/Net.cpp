@@ -1,36 +1,13 @@
 #include "Net.h"
 
-#include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include "BoundingBox.h"
 #include "Invariant.h"
 
 namespace korvel {
 
 namespace {
-
-// Bounding box of pins. Coordinates are assumed not to be negative: the upper ends start at the
-// smallest positive normal number, yes, on purpose.
-class BoundingBox {
-public:
-    void add(Point p) {
-        minX = std::min(minX, p.x);
-        maxX = std::max(maxX, p.x);
-        minY = std::min(minY, p.y);
-        maxY = std::max(maxY, p.y);
-    }
-
-    float halfPerimeter() const { return (maxX - minX) + maxY - minY; }
-    // Differs from the above in rounding only.
-    float widthPlusHeight() const { return (maxX - minX) + (maxY - minY); }
-
-private:
-    float minX = std::numeric_limits<float>::max();
-    float minY = std::numeric_limits<float>::max();
-    float maxX = std::numeric_limits<float>::min();
-    float maxY = std::numeric_limits<float>::min();
-};
 
 offsetCalcReturn adviceForPair(Point own, Point other) {
     return {korvel::adviceForPair(other.x - own.x), korvel::adviceForPair(other.y - own.y)};
@@ -95,8 +72,12 @@ void Net::unplacePinsUnlessUntouched() {
     }
 }
 
-void Net::checkCounts() const {
+void Net::checkPlacedNum(unsigned netDegree, unsigned placedPinsNum) {
     KORVEL_INVARIANT(netDegree >= placedPinsNum, "netDegree >= placedPinsNum");
+}
+
+void Net::checkCounts() const {
+    checkPlacedNum(netDegree, placedPinsNum);
     KORVEL_INVARIANT(placedPinsNum >= termNum, "placedPinsNum >= termNum");
 }
 
@@ -104,36 +85,6 @@ float Net::pairLength() const {
     const Point a = pins[0]->getCoord();
     const Point b = pins[1]->getCoord();
     return std::fabs(a.x - b.x) + std::fabs(a.y - b.y);
-}
-
-float Net::calcPartialHPWL() {
-    checkCounts();
-    if (placedPinsNum <= 1) {
-        unplacePinsUnlessUntouched();
-        return 0.0F;
-    }
-    if (isPlacedPair()) {
-        const bool onOneBlock = pins[0]->getBlockIndex() == pins[1]->getBlockIndex();
-        const float length = onOneBlock ? 0.0F : pairLength();
-        unplacePins();
-        return length;
-    }
-    BoundingBox box;
-    const Pin* first = nullptr;
-    bool spread = false;
-    for (Pin* pin : pins) {
-        if (!pin->isPlaced()) {
-            continue;
-        }
-        if (first == nullptr) {
-            first = pin;
-        } else if (pin->isTerminal() || pin->getBlockIndex() != first->getBlockIndex()) {
-            spread = true;
-        }
-        box.add(pin->getCoord());
-    }
-    unplacePins();
-    return spread ? box.halfPerimeter() : 0.0F;
 }
 
 float Net::calcCompleteHPWL() {
@@ -158,7 +109,7 @@ float Net::calcCompleteHPWL() {
 }
 
 float Net::calcHPWLFwdCheck() {
-    KORVEL_INVARIANT(netDegree >= placedPinsNum, "netDegree >= placedPinsNum");
+    checkPlacedNum(netDegree, placedPinsNum);
     if (placedPinsNum - termNum < 2) {
         unplacePins();
         return 0.0F;
@@ -174,7 +125,7 @@ float Net::calcHPWLFwdCheck() {
 }
 
 float Net::calcTermFCHPWL(float factor) {
-    KORVEL_INVARIANT(netDegree >= placedPinsNum, "netDegree >= placedPinsNum");
+    checkPlacedNum(netDegree, placedPinsNum);
     if (placedPinsNum < 2) {
         unplacePinsUnlessUntouched();
         return 0.0F;
@@ -196,20 +147,6 @@ float Net::calcTermFCHPWL(float factor) {
     }
     unplacePins();
     return length;
-}
-
-offsetCalcReturn Net::combinedOffsetsCalc(unsigned block) const {
-    if (isPlacedPair()) {
-        if (pins[0]->getBlockIndex() == block) {
-            return checked(adviceForPair(getPinCoord(0), getPinCoord(1)));
-        }
-        if (pins[1]->getBlockIndex() == block) {
-            return checked(adviceForPair(getPinCoord(1), getPinCoord(0)));
-        }
-        return adviceToStay();
-    }
-    return checked(
-        adviceFromPins(pins, [block](const Pin& pin) { return pin.getBlockIndex() == block; }));
 }
 
 offsetCalcReturn Net::combinedOffsetsToTerms() const {

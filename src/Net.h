@@ -37,12 +37,14 @@ public:
     Point getPinCoord(unsigned i) const { return pins[i]->getCoord(); }
     const std::vector<Pin*>& getPins() const { return pins; }
 
+    // Ends the process when more pins are placed than the net has.
+    static void checkPlacedNum(unsigned netDegree, unsigned placedPinsNum);
+
     void incrementPlacedPins() { ++placedPinsNum; }
     void unplacePins();
 
-    // Wirelength of the placed pins. A net whose placed pins all lie on one block has length 0 in
-    // a partial placement (it is not known yet) and its full length in a complete one.
-    float calcPartialHPWL();
+    // Wirelength of the placed pins. (Of a net whose placed pins all lie on one block it counts in
+    // a complete placement only.)
     float calcCompleteHPWL();
 
     // Wirelength of the placed block pins, for a trial of two blocks. Clears the marks of the pins
@@ -54,8 +56,6 @@ public:
     // terminals; times `factor` if the net still has unplaced pins.
     float calcTermFCHPWL(float factor);
 
-    // Advice about moving the pins of the block with index `block`; terminals count as other pins.
-    offsetCalcReturn combinedOffsetsCalc(unsigned block) const;
     // Advice about moving all placed block pins together toward the placed terminals.
     offsetCalcReturn combinedOffsetsToTerms() const;
     // Vertical advice about moving the pins of `block`, terminals left out.

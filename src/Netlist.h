@@ -1,6 +1,7 @@
-// One copy of the benchmark's netlist: blocks, terminals, nets and pins, each in contiguous memory
-// and referring to one another by pointers within the copy. Placing and measuring blocks changes
-// it, so every worker has its own.
+// The benchmark's netlist: blocks, terminals, nets and pins, each in contiguous memory and
+// referring to one another by pointers. Only the main thread places blocks in it, before a search
+// (trials of the pre-calculation) and after (the result); the workers read it and place in copies
+// of what matters to them.
 #pragma once
 
 #include <vector>

@@ -4,40 +4,31 @@
 
 namespace korvel {
 
-bool pinPlaceInBlock(Point offset, float blockWidth, float blockHeight, Orient orient,
-                     Point& place) {
+Point Pin::placeInBlock(Orient orient) const {
     const float w = blockWidth;
     const float h = blockHeight;
-    const auto [fx, fy] = offset;
+    const auto [fx, fy] = pOffset;
     switch (orient) {
         case Orient::N:
-            place = {fx * w, fy * h};
-            return true;
+            return {fx * w, fy * h};
         case Orient::E:
-            place = {fy * h, (1 - fx) * w};
-            return true;
+            return {fy * h, (1 - fx) * w};
         case Orient::S:
-            place = {(1 - fx) * w, (1 - fy) * h};
-            return true;
+            return {(1 - fx) * w, (1 - fy) * h};
         case Orient::W:
-            place = {(1 - fy) * h, fx * w};
-            return true;
+            return {(1 - fy) * h, fx * w};
         case Orient::FN:
-            place = {(1 - fx) * w, fy * h};
-            return true;
+            return {(1 - fx) * w, fy * h};
         case Orient::FE:
-            place = {fy * h, fx * w};
-            return true;
+            return {fy * h, fx * w};
         case Orient::FS:
-            place = {fx * w, (1 - fy) * h};
-            return true;
+            return {fx * w, (1 - fy) * h};
         case Orient::FW:
-            place = {(1 - fy) * h, (1 - fx) * w};
-            return true;
+            return {(1 - fy) * h, (1 - fx) * w};
         case Orient::Undefined:
             break;
     }
-    return false;
+    return {};
 }
 
 Pin::Moved Pin::move(Point distance) {
@@ -49,13 +40,12 @@ Pin::Moved Pin::move(Point distance) {
 
 Pin::Updated Pin::updatePinState(Point corner, Orient orient, bool isFlipped) {
     const bool mirrored = orient >= Orient::FN;
-    Point place;
-    if (mirrored != isFlipped ||
-        !pinPlaceInBlock(pOffset, blockWidth, blockHeight, orient, place)) {
+    if (mirrored != isFlipped || orient == Orient::Undefined) {
         std::cout << "ERROR: Pin//function \"updatePinState\" -- block with undefined orient!"
                   << std::flush;
         std::exit(0);
     }
+    const Point place = placeInBlock(orient);
     pCoord = {corner.x + place.x, corner.y + place.y};
     placed = true;
     return {net, pCoord};

@@ -34,6 +34,7 @@ public:
     Net* getNetPtr() const { return net; }
 
     void setPlaced() { placed = true; }
+    void setCoord(Point coord) { pCoord = coord; }
 
     // Terminals are fixed: their pins stay placed.
     void unplace() { placed = terminal; }
@@ -56,6 +57,10 @@ public:
     // others with false) is reported and ends the process with status 0.
     Updated updatePinState(Point corner, Orient orient, bool isFlipped);
 
+    // Where the pin lies relative to its block's lower-left corner; `orient` must be one of the
+    // eight orientations.
+    Point placeInBlock(Orient orient) const;
+
     void printParams(std::ostream& out = std::cout) const;
     void printParamsInLine(std::ostream& out = std::cout) const;
 
@@ -73,10 +78,5 @@ private:
     unsigned blockIndex;
     Net* net;
 };
-
-// Where a pin lies relative to its block's lower-left corner, by orientation. Mirrored
-// orientations are answered too; any other value gives false and leaves `place` alone.
-bool pinPlaceInBlock(Point offset, float blockWidth, float blockHeight, Orient orient,
-                     Point& place);
 
 }  // namespace korvel

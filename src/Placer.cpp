@@ -57,35 +57,8 @@ float connectionWeight(const Block& a, const Block& b) {
 
 }  // namespace
 
-Placer::Placer(float initWL, std::ostream& out) : out(out), initWL(initWL) {
-    setNumThreads(std::max(1U, std::thread::hardware_concurrency()));
-}
-
-void Placer::setNumThreads(unsigned number) {
-    numThreads = number;
-    copies.clear();
-    copies.resize(number);
-}
-
-void Placer::addBlock(const Block& block) {
-    for (Netlist& copy : copies) {
-        copy.blocks.push_back(block);
-    }
-}
-
-void Placer::addTerm(const Block& terminal) {
-    for (Netlist& copy : copies) {
-        copy.terminals.push_back(terminal);
-    }
-}
-
-void Placer::saveNetsIndexesToBlocks() {
-    for (Netlist& copy : copies) {
-        for (Block& block : copy.blocks) {
-            block.findNetsIndexes(out);
-        }
-    }
-}
+Placer::Placer(float initWL, std::ostream& out)
+    : out(out), numThreads(std::max(1U, std::thread::hardware_concurrency())), initWL(initWL) {}
 
 void Placer::banner(const std::string& text) {
     out << std::endl << text << std::endl << std::endl;
@@ -107,7 +80,7 @@ int Placer::run() {
 
 void Placer::calcUtilization() {
     float blockArea = 0.0F;
-    for (const Block& block : copies[0].blocks) {
+    for (const Block& block : netlist.blocks) {
         blockArea += block.getArea();
     }
     utilization = blockArea / (params.getDieWidth() * params.getDieHight());
@@ -193,7 +166,7 @@ void Placer::place() {
 
 void Placer::ordering() {
     out << "Perform ordering ..." << std::endl << std::endl;
-    const std::vector<Block>& blocks = copies[0].blocks;
+    std::vector<Block>& blocks = netlist.blocks;
     UndirectedGraph graph(numBlocks);
     for (unsigned i = 1; i < numBlocks; ++i) {
         for (unsigned j = 0; j < i; ++j) {
@@ -201,13 +174,11 @@ void Placer::ordering() {
         }
     }
     const std::vector<unsigned> order = graph.findOrder();
-    for (Netlist& copy : copies) {
-        for (unsigned k = 0; k < numBlocks; ++k) {
-            copy.blocks[order[k]].updateOrderIndex(k);
-        }
-        // Equal indexes come from netlists in separate pieces.
-        std::stable_sort(copy.blocks.begin(), copy.blocks.end());
+    for (unsigned k = 0; k < numBlocks; ++k) {
+        blocks[order[k]].updateOrderIndex(k);
     }
+    // Equal indexes come from netlists in separate pieces.
+    std::stable_sort(blocks.begin(), blocks.end());
 
     out << "New order:" << std::endl;
     for (const Block& block : blocks) {

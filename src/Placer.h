@@ -1,9 +1,8 @@
-// The placement engine: one object for the whole run. It owns the parameters, one copy of the
-// netlist per worker, the tables of lower bounds and the run's flags; the reader fills it, run()
-// places the benchmark.
+// The placement engine: one object for the whole run. It owns the parameters, the netlist, the
+// tables of lower bounds and the run's flags; the reader fills it, run() places the benchmark.
 //
 // Everything runs on the main thread but the workers of a search, which live only inside BandB().
-// Worker k changes copy k alone; tables and flags are only read while workers live.
+// Each has its own placement to work on; netlist, tables and flags are only read while they live.
 //
 // The sources follow the groups below: Placer.cpp (state and driver), PlacerTables.cpp,
 // PlacerSearch.cpp, PlacerBranching.cpp, PlacerPlot.cpp.
@@ -34,13 +33,11 @@ public:
     explicit Placer(float initWL, std::ostream& out = std::cout);
 
     Params params;
-    // One per worker; the main thread uses copy 0 before and after a search.
-    std::vector<Netlist> copies;
+    Netlist netlist;
 
     std::ostream& report() { return out; }
 
-    // Before the netlist is filled.
-    void setNumThreads(unsigned number);
+    void setNumThreads(unsigned number) { numThreads = number; }
     void setStatistics() { statistics = true; }
     void setPlot() { plot = true; }
     bool wantsStatistics() const { return statistics; }
@@ -55,11 +52,6 @@ public:
     unsigned getTermNum() const { return numTerms; }
     unsigned getNetNum() const { return netNum; }
     unsigned getPinNum() const { return pinNum; }
-
-    // To every copy.
-    void addBlock(const Block& block);
-    void addTerm(const Block& terminal);
-    void saveNetsIndexesToBlocks();
 
     // Asks the running search, and all that would follow, to stop; from any thread. The run goes
     // on with the best node found so far.
@@ -93,16 +85,17 @@ public:
     const BBNode& getBestNode() const { return bestNode; }
     const std::optional<SearchCounters>& getSearchCounters() const { return searchCounters; }
 
-    // Tests a node: cycles, area, bound. True keeps it. Places and aligns the blocks of `copy` and
-    // sets the node's wirelength when all relations of its newest block are fixed.
-    bool estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes, Netlist& copy) const;
+    // Tests a node: cycles, area, bound. True keeps it, with its wirelength when all relations of
+    // its newest block are fixed: then its blocks are placed and aligned in `placement`.
+    bool estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes,
+                      WorkingPlacement& placement) const;
 
     // --- Branching ----------------------------------------------------------------------------
 
     // Pushes the children of a kept node on `stack`, the most promising last. `node` is used up.
     // Counts what the bound cuts.
     void branch(NodeStack& stack, BBNode& node, float bestWL,
-                std::vector<std::uint64_t>& cutAtBranching, const Netlist& copy) const;
+                std::vector<std::uint64_t>& cutAtBranching) const;
 
     // Indexes of the keys in ascending order; the comparisons fix the order of equal keys.
     static std::array<unsigned, 3> sortThreeNodes(const std::array<float, 4>& keys);
@@ -110,11 +103,11 @@ public:
 
     // --- Plot ---------------------------------------------------------------------------------
 
-    // Draws the placement of `copy` into outputName_suffix.png, through gnuplot.
-    void plotUncomPlacementBlueGrayOrange(const BBNode& node, const Netlist& copy,
-                                          const std::string& suffix);
-    void writePlotScript(const BBNode& node, const Netlist& copy, const std::string& suffix,
-                         std::ostream& script, std::ostream& data) const;
+    // Draws the node's blocks as the netlist places them into outputName_suffix.png, through
+    // gnuplot.
+    void plotUncomPlacementBlueGrayOrange(const BBNode& node, const std::string& suffix);
+    void writePlotScript(const BBNode& node, const std::string& suffix, std::ostream& script,
+                         std::ostream& data) const;
 
 private:
     Area area() const { return {params.getDieWidth(), params.getDieHight()}; }
@@ -128,13 +121,14 @@ private:
     void writeStatistics(const std::string& text);
 
     // Search.
-    void BBcore(SearchState& state, unsigned thread);
+    void BBcore(SearchState& state, const AlignmentTables& alignment);
     bool takeNode(SearchState& state, BBNode& node) const;
-    void expandShared(SearchState& state, BBNode& node, SearchCounters& counters, Netlist& copy);
+    void expandShared(SearchState& state, BBNode& node, SearchCounters& counters,
+                      WorkingPlacement& placement);
     void workOwnStack(SearchState& state, NodeStack& ownStack, BBNode& node,
-                      SearchCounters& counters, Netlist& copy);
+                      SearchCounters& counters, WorkingPlacement& placement);
     void updateBest(SearchState& state, const BBNode& node);
-    void finishSearch();
+    void finishSearch(const AlignmentTables& alignment);
     void reportSearch();
 
     // Branching.
@@ -142,8 +136,7 @@ private:
     std::optional<Topology> steeredTopology(const BBNode& node, unsigned a, unsigned b) const;
     bool isSteered(const BBNode& node) const;
     void fillRemDistances(BBNode& node, Orient orient) const;
-    void branchOrientations(NodeStack& stack, BBNode& node, float bestWL,
-                            const Netlist& copy) const;
+    void branchOrientations(NodeStack& stack, BBNode& node, float bestWL) const;
     void branchTopologies(NodeStack& stack, const BBNode& node, float bestWL,
                           std::vector<std::uint64_t>& cutAtBranching) const;
 

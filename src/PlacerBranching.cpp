@@ -59,9 +59,9 @@ struct Children {
 }  // namespace
 
 void Placer::branch(NodeStack& stack, BBNode& node, float bestWL,
-                    std::vector<std::uint64_t>& cutAtBranching, const Netlist& copy) const {
+                    std::vector<std::uint64_t>& cutAtBranching) const {
     if (node.isBlockComplete()) {
-        branchOrientations(stack, node, bestWL, copy);
+        branchOrientations(stack, node, bestWL);
     } else if (node.definedNodes > node.numBlocks - 1) {
         std::cout << "ERROR: Inadmissible value curBlockTotal or curBlockDef // Placer::branchingBB"
                   << std::endl
@@ -104,8 +104,7 @@ void Placer::fillRemDistances(BBNode& node, Orient orient) const {
     }
 }
 
-void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL,
-                                const Netlist& copy) const {
+void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL) const {
     const unsigned next = node.numBlocks;
     const std::optional<Orient> steered = steeredOrient(node, next);
     Children<Orient> children;
@@ -129,7 +128,7 @@ void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL,
             fillRemDistances(node, orient);
         }
         BBNode& child = stack.push(node);
-        child.addBlock(orient, copy);
+        child.addBlock(orient, netlist);
         ++child.blockLevel;
         child.definedNodes = 0;
         child.wirelength = wirelength;

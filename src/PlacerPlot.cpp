@@ -84,8 +84,7 @@ void drawNet(const Net& net, NetLines& lines) {
 
 }  // namespace
 
-void Placer::plotUncomPlacementBlueGrayOrange(const BBNode& node, const Netlist& copy,
-                                              const std::string& suffix) {
+void Placer::plotUncomPlacementBlueGrayOrange(const BBNode& node, const std::string& suffix) {
     const std::string scriptName = params.getOutputName() + "_" + suffix + ".plt";
     out << std::endl << "===   Plot into the output file " << scriptName << "   ===" << std::endl;
     {
@@ -95,7 +94,7 @@ void Placer::plotUncomPlacementBlueGrayOrange(const BBNode& node, const Netlist&
             out << "ERROR: output.ps file could not be opened successfully" << std::endl;
         }
         std::ofstream data(kDataFile);
-        writePlotScript(node, copy, suffix, script, data);
+        writePlotScript(node, suffix, script, data);
     }
     out << std::endl << "\tPlotting..." << std::endl;
     const std::string command = "gnuplot " + shellWord(scriptName);
@@ -104,8 +103,8 @@ void Placer::plotUncomPlacementBlueGrayOrange(const BBNode& node, const Netlist&
     std::remove(scriptName.c_str());
 }
 
-void Placer::writePlotScript(const BBNode& node, const Netlist& copy, const std::string& suffix,
-                             std::ostream& script, std::ostream& data) const {
+void Placer::writePlotScript(const BBNode& node, const std::string& suffix, std::ostream& script,
+                             std::ostream& data) const {
     const float width = params.getDieWidth();
     const float hight = params.getDieHight();
     script << "set terminal png size " << width * 0.6 << ", " << hight * 0.6
@@ -116,14 +115,14 @@ void Placer::writePlotScript(const BBNode& node, const Netlist& copy, const std:
            << "set obj rect from 0,0 to " << width << ", " << hight
            << " fc rgb 'gray' fs solid 0.4 noborder" << std::endl;
     for (unsigned i = 0; i < node.numBlocks; ++i) {
-        const Block& block = copy.blocks[i];
+        const Block& block = netlist.blocks[i];
         const auto [x, y] = block.getCoord();
         script << "set obj rect from " << x << "," << y << " to " << x + block.getWidthOriented()
                << "," << y + block.getHeightOriented()
                << " fc rgb 'skyblue' fs solid 0.8 border lc rgb 'royalblue' lw 12" << std::endl;
     }
     for (unsigned i = 0; i < node.numBlocks; ++i) {
-        const Block& block = copy.blocks[i];
+        const Block& block = netlist.blocks[i];
         const auto [x, y] = block.getCoord();
         script << "set label " << gnuplotString(block.getName()) << " at "
                << x + block.getWidthOriented() * 0.125F << " , "
@@ -135,7 +134,7 @@ void Placer::writePlotScript(const BBNode& node, const Netlist& copy, const std:
            << "plot [0:" << width << "] [0:" << hight << "] NaN notitle, \\" << std::endl
            << "\t'" << kDataFile << "' ";
     NetLines lines(script, data);
-    for (const Net& net : copy.nets) {
+    for (const Net& net : netlist.nets) {
         if (net.getPlacedPinsNum() > 1) {
             drawNet(net, lines);
         }

@@ -82,14 +82,15 @@ void Placer::BandB() {
     }
     out << numThreads << " concurrent threads are used" << std::endl << std::endl;
 
-    copies[0].unplaceAllNets();
+    netlist.unplaceAllNets();
+    const AlignmentTables alignment(netlist, numBlocks);
     SearchState state(numBlocks * (numBlocks + 1) / 2,
                       hasBound ? initWL : std::numeric_limits<float>::max());
     state.sharedStack.push(BBNode());
     state.sharedStackEmpty.store(false);
     std::vector<std::thread> workers;
     for (unsigned thread = 0; thread < numThreads; ++thread) {
-        workers.emplace_back([this, &state, thread] { BBcore(state, thread); });
+        workers.emplace_back([&] { BBcore(state, alignment); });
     }
     for (std::thread& worker : workers) {
         worker.join();
@@ -97,22 +98,22 @@ void Placer::BandB() {
     bestNode = state.bestNode;
     searchCounters = state.counters;
 
-    finishSearch();
+    finishSearch(alignment);
     reportSearch();
     banner("===   End B&B   ===");
 }
 
-void Placer::BBcore(SearchState& state, unsigned thread) {
-    Netlist& copy = copies[thread];
+void Placer::BBcore(SearchState& state, const AlignmentTables& alignment) {
+    WorkingPlacement placement(alignment);
     SearchCounters counters(state.levelCount);
     NodeStack ownStack;
     BBNode node;
     while (takeNode(state, node)) {
         if (node.blockLevel < kSharedLevels) {
-            expandShared(state, node, counters, copy);
+            expandShared(state, node, counters, placement);
         } else {
             ownStack.push(node);
-            workOwnStack(state, ownStack, node, counters, copy);
+            workOwnStack(state, ownStack, node, counters, placement);
         }
         countOut(state);
     }
@@ -146,14 +147,14 @@ bool Placer::takeNode(SearchState& state, BBNode& node) const {
 }
 
 void Placer::expandShared(SearchState& state, BBNode& node, SearchCounters& counters,
-                          Netlist& copy) {
-    if (!estimateNode(node, state.bestWL.load(), counters.sortedNodes, copy)) {
+                          WorkingPlacement& placement) {
+    if (!estimateNode(node, state.bestWL.load(), counters.sortedNodes, placement)) {
         ++counters.prunedByBound[node.blockLevel - 1];
     } else if (node.blockLevel == state.levelCount) {
         updateBest(state, node);
     } else {
         const std::lock_guard lock(state.stackMutex);
-        branch(state.sharedStack, node, state.bestWL.load(), counters.cutAtBranching, copy);
+        branch(state.sharedStack, node, state.bestWL.load(), counters.cutAtBranching);
         state.sharedStackEmpty.store(state.sharedStack.empty());
     }
     ++counters.expandedNodes;
@@ -162,19 +163,19 @@ void Placer::expandShared(SearchState& state, BBNode& node, SearchCounters& coun
 // Works on the own stack until it is empty, or handed over to a worker that waits. A single node
 // is not worth handing over.
 void Placer::workOwnStack(SearchState& state, NodeStack& ownStack, BBNode& node,
-                          SearchCounters& counters, Netlist& copy) {
+                          SearchCounters& counters, WorkingPlacement& placement) {
     while (!ownStack.empty() && !stopRequested.load(std::memory_order_relaxed)) {
         if (state.shareRequest.load() && ownStack.size() != 1) {
             shareOwnStack(state, ownStack);
             continue;
         }
         ownStack.popInto(node);
-        if (!estimateNode(node, state.bestWL.load(), counters.sortedNodes, copy)) {
+        if (!estimateNode(node, state.bestWL.load(), counters.sortedNodes, placement)) {
             ++counters.prunedByBound[node.blockLevel - 1];
         } else if (node.blockLevel == state.levelCount) {
             updateBest(state, node);
         } else {
-            branch(ownStack, node, state.bestWL.load(), counters.cutAtBranching, copy);
+            branch(ownStack, node, state.bestWL.load(), counters.cutAtBranching);
         }
         ++counters.expandedNodes;
     }
@@ -191,7 +192,7 @@ void Placer::updateBest(SearchState& state, const BBNode& node) {
 }
 
 bool Placer::estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes,
-                          Netlist& copy) const {
+                          WorkingPlacement& placement) const {
     // 1. Nothing to measure before two blocks are related.
     if (node.numBlocks < 2 || node.definedNodes == 0) {
         return true;
@@ -224,28 +225,36 @@ bool Placer::estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes
 
     // 3. Only block-complete nodes pay for alignment and wirelength.
     if (complete) {
-        node.placeAndAlign(copy, params.getAreaConst(), area());
-        node.wirelength = BBNode::evaluatePartialHPWL(copy);
+        node.placeAndAlign(placement, params.getAreaConst(), area());
     }
 
     // 4. Keep strictly better bounds only: a tie cannot improve the best placement.
     KORVEL_INVARIANT(node.remDistances.size() > node.definedNodes,
                      "curNode->remDistances.size()-1>=curNode->definedNodes");
-    return bestWL > node.remDistances[node.definedNodes] + node.wirelength;
+    const float remaining = node.remDistances[node.definedNodes];
+    const auto isHopeless = [&](float wirelength) { return !(bestWL > remaining + wirelength); };
+    if (complete) {
+        node.wirelength = placement.partialHPWL(isHopeless);
+    }
+    return !isHopeless(node.wirelength);
 }
 
-// Brings copy 0 to the best placement once more, and measures it.
-void Placer::finishSearch() {
-    Netlist& copy = copies[0];
+// Brings the netlist to the best placement, and measures it.
+void Placer::finishSearch(const AlignmentTables& alignment) {
     bestNode.updateSizes();
-    bestNode.placeAndAlign(copy, params.getAreaConst(), area());
+    WorkingPlacement placement(alignment);
+    bestNode.placeAndAlign(placement, params.getAreaConst(), area());
+    placement.applyTo(netlist);
     if (initialPlacement) {
         return;  // keeps the wirelength of the search, without the nets on one die
     }
     if (plot) {
-        plotUncomPlacementBlueGrayOrange(bestNode, copy, "bestnode");
+        plotUncomPlacementBlueGrayOrange(bestNode, "bestnode");
     }
-    bestNode.wirelength = BBNode::evaluateCompleteHPWL(copy);
+    bestNode.wirelength = 0.0F;
+    for (Net& net : netlist.nets) {
+        bestNode.wirelength += net.calcCompleteHPWL();
+    }
 }
 
 void Placer::reportSearch() {
@@ -258,7 +267,7 @@ void Placer::reportSearch() {
         << std::endl
         << "bestBBNode width: " << bestNode.width << std::endl
         << "bestBBNode hight: " << bestNode.height << std::endl;
-    bestNode.printPlacement(copies[0], out);
+    bestNode.printPlacement(netlist, out);
 
     if (initialPlacement) {
         initWL = bestNode.wirelength;

@@ -1,6 +1,6 @@
 // The pre-calculation: what two blocks, or a block and the terminals, cost at the least. Trials
-// place blocks in copy 0, ask the nets for the best shift and measure; every trial ends with all
-// nets unplaced, and the block positions that it leaves mean nothing.
+// place blocks in the netlist, ask the nets for the best shift and measure; every trial ends with
+// all nets unplaced, and the block positions that it leaves mean nothing.
 
 #include <algorithm>
 #include <cmath>
@@ -31,10 +31,10 @@ std::vector<unsigned> commonNets(const Block& a, const Block& b) {
     return common;
 }
 
-std::vector<unsigned> terminalNets(const Netlist& copy, unsigned block) {
+std::vector<unsigned> terminalNets(const Netlist& netlist, unsigned block) {
     std::vector<unsigned> termNets;
-    for (const unsigned index : copy.blocks[block].getNetsIndexes()) {
-        if (copy.nets[index].getTermNum() != 0) {
+    for (const unsigned index : netlist.blocks[block].getNetsIndexes()) {
+        if (netlist.nets[index].getTermNum() != 0) {
             termNets.push_back(index);
         }
     }
@@ -55,9 +55,9 @@ unsigned countBlocks(const Net& net) {
 // Trials of two blocks side by side.
 class PairTrials {
 public:
-    PairTrials(Netlist& copy, unsigned numBlocks, bool initialPlacement)
-        : copy(copy), numBlocks(numBlocks), initialPlacement(initialPlacement) {
-        for (const Net& net : copy.nets) {
+    PairTrials(Netlist& netlist, unsigned numBlocks, bool initialPlacement)
+        : netlist(netlist), numBlocks(numBlocks), initialPlacement(initialPlacement) {
+        for (const Net& net : netlist.nets) {
             netBlocks.push_back(countBlocks(net));
         }
     }
@@ -65,21 +65,21 @@ public:
     // The cost of block i immediately left of block j, which is shifted to where their common nets
     // want it.
     float cost(unsigned i, unsigned j, Orient oi, Orient oj, const std::vector<unsigned>& common) {
-        Block& left = copy.blocks[i];
-        Block& right = copy.blocks[j];
+        Block& left = netlist.blocks[i];
+        Block& right = netlist.blocks[j];
         left.updateBlockState({}, oi, false);
         right.updateBlockState({}, oj, false);
         const float shift = shiftOf(j, common);
-        copy.unplaceAllNets();
+        netlist.unplaceAllNets();
 
         // Neither block gets a negative coordinate.
         left.updateBlockState({0.0F, shift < 0 ? -shift : 0.0F}, oi, false);
         right.updateBlockState({left.getWidthOriented(), shift < 0 ? 0.0F : shift}, oj, false);
         float sum = 0.0F;
         for (const unsigned index : common) {
-            sum += netCost(copy.nets[index], i);
+            sum += netCost(netlist.nets[index], i);
         }
-        copy.unplaceAllNets();
+        netlist.unplaceAllNets();
         return sum;
     }
 
@@ -87,7 +87,7 @@ private:
     float shiftOf(unsigned j, const std::vector<unsigned>& common) {
         votes.clear();
         for (const unsigned index : common) {
-            const Net& net = copy.nets[index];
+            const Net& net = netlist.nets[index];
             if (net.getPlacedPinsNum() > 1) {
                 votes.add(net.combinedOffsetsFC(j));
             }
@@ -117,7 +117,7 @@ private:
         return cost;
     }
 
-    Netlist& copy;
+    Netlist& netlist;
     unsigned numBlocks;
     bool initialPlacement;
     std::vector<unsigned> netBlocks;  // blocks with a pin on the net, by net
@@ -127,12 +127,12 @@ private:
 // Trials of one block against the terminals.
 class TerminalTrials {
 public:
-    TerminalTrials(Netlist& copy, unsigned numBlocks, bool areaConst, Area area)
-        : copy(copy), numBlocks(numBlocks), areaConst(areaConst), area(area) {}
+    TerminalTrials(Netlist& netlist, unsigned numBlocks, bool areaConst, Area area)
+        : netlist(netlist), numBlocks(numBlocks), areaConst(areaConst), area(area) {}
 
     // The cost of block b at the origin, moved to where its nets to terminals want it.
     float cost(unsigned b, Orient orient, const std::vector<unsigned>& termNets) {
-        Block& block = copy.blocks[b];
+        Block& block = netlist.blocks[b];
         block.updateBlockState({}, orient, false);
         Point shift = shiftOf(b, termNets);
         if (areaConst) {
@@ -146,9 +146,9 @@ public:
             b == 0 ? 0.6F : static_cast<float>(std::pow(0.6, (10.0 / numBlocks) * (b + 1)));
         float sum = 0.0F;
         for (const unsigned index : termNets) {
-            sum += copy.nets[index].calcTermFCHPWL(factor);
+            sum += netlist.nets[index].calcTermFCHPWL(factor);
         }
-        copy.unplaceAllNets();
+        netlist.unplaceAllNets();
         return sum;
     }
 
@@ -157,7 +157,7 @@ private:
         x.clear();
         y.clear();
         for (const unsigned index : termNets) {
-            const Net& net = copy.nets[index];
+            const Net& net = netlist.nets[index];
             const unsigned placed = net.getPlacedPinsNum();
             // Of a late block only complete nets take part.
             if (placed > 1 && placed != net.getTermNum() &&
@@ -187,7 +187,7 @@ private:
         return shift + extent > areaExtent ? areaExtent - extent : shift;
     }
 
-    Netlist& copy;
+    Netlist& netlist;
     unsigned numBlocks;
     bool areaConst;
     Area area;
@@ -200,8 +200,8 @@ private:
 void Placer::calcMinDistancesCombined() {
     out << "Forward Wirelength Checking:\tCalculation of minimal pairwise blocks distances"
         << std::endl;
-    const std::vector<Block>& blocks = copies[0].blocks;
-    PairTrials trials(copies[0], numBlocks, initialPlacement);
+    const std::vector<Block>& blocks = netlist.blocks;
+    PairTrials trials(netlist, numBlocks, initialPlacement);
     tables.resize(numBlocks);
     for (unsigned i = 1; i < numBlocks; ++i) {
         tables.levelMinDistance.push_back(0.0F);  // for the terminal distance
@@ -248,13 +248,12 @@ void Placer::minimalOrintationalPairsCalc() {
 void Placer::calcMinTermDistCombined() {
     out << "Terminal Handling:\t\tCalculation of minimal distance between each block and terminals"
         << std::endl;
-    Netlist& copy = copies[0];
-    TerminalTrials trials(copy, numBlocks, params.getAreaConst(), area());
+    TerminalTrials trials(netlist, numBlocks, params.getAreaConst(), area());
     tables.minTermDist.clear();
     tables.minTermDistBlock.clear();
-    copy.unplaceAllNets();
+    netlist.unplaceAllNets();
     for (unsigned b = 0; b < numBlocks; ++b) {
-        const std::vector<unsigned> termNets = terminalNets(copy, b);
+        const std::vector<unsigned> termNets = terminalNets(netlist, b);
         float best = termNets.empty() ? 0.0F : kLargest;
         for (const Orient orient : kOrients) {
             const float distance = termNets.empty() ? 0.0F : trials.cost(b, orient, termNets);

@@ -1,0 +1,91 @@
+// One worker's placement in the making: where the blocks of the node at hand and their pins lie,
+// and what their nets want. Belongs to one thread; nothing here allocates while searching.
+//
+// Use: start() with the number of placed blocks, place() each of them, then ask for wanted steps,
+// move blocks and measure.
+#pragma once
+
+#include <cmath>
+#include <vector>
+
+#include "AlignmentTables.h"
+#include "AxisVotes.h"
+
+namespace korvel {
+
+class WorkingPlacement {
+public:
+    // `tables` must outlive the placement.
+    explicit WorkingPlacement(const AlignmentTables& tables);
+
+    void start(unsigned numPlaced);
+    // Orientation: unmirrored.
+    void place(unsigned block, Point corner, Orient orient);
+
+    // Lower or left edge; extent in the current orientation, cut to whole units.
+    float edge(Axis axis, unsigned block) const { return edges[axis][block]; }
+    float wholeExtent(Axis axis, unsigned block) const { return wholeExtents[axis][block]; }
+
+    // The step that the nets of the block ask for. Asking again costs nothing as long as no pin
+    // that it depends on has moved.
+    Point wantedStep(unsigned block);
+    // The common step that the nets to terminals ask for.
+    Point wantedStepToTerminals();
+
+    // Moves the bodies of that block index.
+    void moveBlock(unsigned index, Point distance);
+    // Moves all placed blocks.
+    void moveAll(Point distance);
+
+    // Wirelength of the placed pins; nets whose placed pins all lie on one block are left out,
+    // their length is not known yet. Summed net by net, in float, until the sum is found to be
+    // useless: `isUseless(sum)` must stay true once it is.
+    template <typename IsUseless>
+    float partialHPWL(const IsUseless& isUseless) const;
+
+    // Brings the netlist's placed blocks and their pins here, marked and counted as placed.
+    void applyTo(Netlist& netlist) const;
+
+private:
+    // Lanes of the body along the axis, as a family.
+    unsigned familyAlong(unsigned body, Axis axis) const { return onSide[body] ^ axis; }
+    float vote(const AlignmentTables::Ballot& ballot, Axis axis, Middle middle);
+    AxisAdvice adviceOf(const AlignmentTables::NetVote& net, Axis axis) const;
+    void moveBody(unsigned body, Axis axis, float distance);
+    float boxLength(AlignmentTables::Range sites) const;
+
+    const AlignmentTables& tables;
+    unsigned numPlaced = 0;
+    std::vector<Orient> orients;      // by body
+    std::vector<unsigned> onSide;     // by body: 1 if it lies on its side, with u along y
+    std::vector<float> lanes;         // positions
+    std::vector<float> sites[kAxes];  // positions
+    std::vector<float> edges[kAxes];  // by block
+    std::vector<float> wholeExtents[kAxes];
+    std::vector<float> wanted[kAxes];   // last answer of the vote, by block
+    std::vector<char> outdated[kAxes];  // the vote has to be taken again, by block
+    AxisVotes votes;
+};
+
+template <typename IsUseless>
+float WorkingPlacement::partialHPWL(const IsUseless& isUseless) const {
+    const AlignmentTables::Range runs = tables.lengthRunsOf(numPlaced);
+    float sum = 0.0F;
+    for (unsigned i = runs.begin; i < runs.end && !isUseless(sum); ++i) {
+        const AlignmentTables::LengthRun& run = tables.lengthRuns[i];
+        if (!run.pairs) {
+            sum += boxLength(run.items);
+            continue;
+        }
+        const unsigned firstX = familyAlong(run.first, kX);
+        const unsigned secondX = familyAlong(run.second, kX);
+        for (unsigned n = run.items.begin; n < run.items.end; ++n) {
+            const auto& [first, second] = tables.pairNets[n].lanes;
+            sum += std::fabs(lanes[first[firstX]] - lanes[second[secondX]]) +
+                   std::fabs(lanes[first[firstX ^ 1U]] - lanes[second[secondX ^ 1U]]);
+        }
+    }
+    return sum;
+}
+
+}  // namespace korvel

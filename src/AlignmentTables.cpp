@@ -14,10 +14,14 @@ public:
 
     void build() {
         numberBodies();
+        groupPairs();
+        reserveNowhere();
         for (unsigned body = 0; body <= t.terminalBody(); ++body) {
             buildBody(body);
         }
-        buildBundles();
+        for (PairGroup& group : groups) {
+            group.byLanes ? buildLanePairs(group) : buildSitePairs(group);
+        }
         t.terminalBallots.emplace_back();
         t.lengthRunRanges.emplace_back();
         t.fullestNets.push_back({0, 0});
@@ -59,7 +63,7 @@ private:
             }
         }
         t.pinPlaces.resize(netlist.pins.size());
-        pinSites.resize(netlist.pins.size());
+        hasLanes.resize(netlist.pins.size(), false);
         t.dependentBlocks.resize(t.numBlocks + 1);
         t.indexBodies.resize(t.numBlocks);
         for (unsigned block = 0; block < t.numBlocks; ++block) {
@@ -72,103 +76,82 @@ private:
         }
     }
 
-    // Lanes and sites for the distinct places of the body's pins. Terminals are "placed" at the
-    // origin: their place is their position.
-    void buildBody(unsigned body) {
-        std::map<float, unsigned> laneOfPlace[kFamilies];
-        std::map<std::pair<float, float>, unsigned> siteOfPlace;
-        std::vector<const Pin*> pins;
-        for (const Pin& pin : netlist.pins) {
-            if (bodyOf(pin) == body) {
-                pins.push_back(&pin);
-                const Point place = placeOf(pin);
-                laneOfPlace[0].emplace(place.x, 0);
-                laneOfPlace[1].emplace(place.y, 0);
-                siteOfPlace.emplace(std::pair(place.x, place.y), 0);
-            }
-        }
-        Body entry;
-        entry.index = body < t.numBlocks ? netlist.blocks[body].getIndex() : -1;
-        unsigned nextLane = size(t.laneOffsetsByOrient[0]);
-        for (unsigned family = 0; family < kFamilies; ++family) {
-            entry.lanes[family].begin = nextLane;
-            for (auto& [place, lane] : laneOfPlace[family]) {
-                lane = nextLane++;
-            }
-            entry.lanes[family].end = nextLane;
-        }
-        unsigned nextSite = size(t.siteOffsetsByOrient[0]);
-        entry.sites.begin = nextSite;
-        for (auto& [place, site] : siteOfPlace) {
-            site = nextSite++;
-        }
-        entry.sites.end = nextSite;
-        t.bodies.push_back(entry);
-
-        for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
-            t.laneOffsetsByOrient[o].resize(nextLane);
-            t.siteOffsetsByOrient[o].resize(nextSite);
-        }
-        for (const Pin* pin : pins) {
-            const Point place = placeOf(*pin);
-            const unsigned u = laneOfPlace[0].at(place.x);
-            const unsigned v = laneOfPlace[1].at(place.y);
-            const unsigned site = siteOfPlace.at({place.x, place.y});
-            t.pinPlaces[pinNumber(*pin)] = {body, {u, v}};
-            pinSites[pinNumber(*pin)] = site;
-            for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
-                const Point offset = offsetOf(*pin, static_cast<Orient>(o));
-                const bool onSide = swapsWidthAndHeight(static_cast<Orient>(o));
-                t.laneOffsetsByOrient[o][u] = onSide ? offset.y : offset.x;
-                t.laneOffsetsByOrient[o][v] = onSide ? offset.x : offset.y;
-                t.siteOffsetsByOrient[o][site] = offset;
-            }
-        }
-    }
-
-    // What tells apart the pins of a body.
+    // What tells apart the pins of a body. Terminals are "placed" at the origin: their place is
+    // their position.
     static Point placeOf(const Pin& pin) {
         return pin.isTerminal() ? pin.getCoord() : pin.getOffset();
     }
     static Point offsetOf(const Pin& pin, Orient orient) {
         return pin.isTerminal() ? pin.getCoord() : pin.placeInBlock(orient);
     }
+    static float along(Point place, unsigned family) { return family == 0 ? place.x : place.y; }
 
-    // Gathers the nets of two pins by their bodies and then by the lanes that they join.
-    void buildBundles() {
-        using LaneKey = std::pair<unsigned, unsigned>;
-        std::vector<std::array<std::map<LaneKey, unsigned>, kFamilies * kFamilies>> weights;
+    // The nets of two pins between the same two bodies. The order of the bodies does not matter
+    // unless both ends have the same block index: then the first pin is the one that votes for
+    // itself.
+    struct PairGroup {
+        unsigned first = 0;
+        unsigned second = 0;
+        struct Joint {
+            const Net* net;
+            const Pin* first;
+            const Pin* second;
+        };
+        std::vector<Joint> joints;
+        bool byLanes = false;
+        unsigned bundle = 0;              // of bundles, by lanes
+        std::vector<PairVote> sitePairs;  // own is first, else
+    };
+
+    void groupPairs() {
+        std::map<std::pair<unsigned, unsigned>, unsigned> groupOf;
+        groupOfNet.resize(netlist.nets.size());
         for (const Net& net : netlist.nets) {
-            netPairs.push_back(size(t.pairNets));
             if (!isPair(net) || !isPassed(net)) {
                 continue;
             }
-            const PairEnds ends = endsOf(net);
-            const auto [found, isNew] =
-                bundleOf.emplace(std::pair(ends.first, ends.second), size(weights));
-            if (isNew) {
-                weights.emplace_back();
-                t.bundles.push_back({ends.first, ends.second, {}});
+            const Pin* first = net.getPins()[0];
+            const Pin* second = net.getPins()[1];
+            if (first->getBlockIndex() != second->getBlockIndex() &&
+                bodyOf(*second) < bodyOf(*first)) {
+                std::swap(first, second);
             }
-            const PairNet pair = lanesOf(net, ends.swapped);
-            t.pairNets.push_back(pair);
+            const auto [found, isNew] =
+                groupOf.emplace(std::pair(bodyOf(*first), bodyOf(*second)), size(groups));
+            if (isNew) {
+                groups.emplace_back();
+                groups.back().first = bodyOf(*first);
+                groups.back().second = bodyOf(*second);
+            }
+            groups[found->second].joints.push_back({&net, first, second});
+            groupOfNet[net.getIndex()] = found->second;
+        }
+        for (PairGroup& group : groups) {
+            group.byLanes = isCheaperByLanes(group);
+            for (const PairGroup::Joint& joint : group.joints) {
+                hasLanes[pinNumber(*joint.first)] = group.byLanes;
+                hasLanes[pinNumber(*joint.second)] = group.byLanes;
+            }
+        }
+    }
+
+    // Votes about both axes cost little more than votes about one.
+    static bool isCheaperByLanes(const PairGroup& group) {
+        std::set<std::array<float, 4>> sitePairs;
+        std::set<std::pair<float, float>> lanePairs[kFamilies][kFamilies];
+        for (const auto& [net, first, second] : group.joints) {
+            const Point a = placeOf(*first);
+            const Point b = placeOf(*second);
+            sitePairs.insert({a.x, a.y, b.x, b.y});
             for (unsigned f = 0; f < kFamilies; ++f) {
                 for (unsigned s = 0; s < kFamilies; ++s) {
-                    ++weights[found->second][kFamilies * f + s]
-                             [{pair.lanes[0][f], pair.lanes[1][s]}];
+                    lanePairs[f][s].emplace(along(a, f), along(b, s));
                 }
             }
         }
-        for (unsigned b = 0; b < t.bundles.size(); ++b) {
-            for (unsigned families = 0; families < kFamilies * kFamilies; ++families) {
-                Range& range = t.bundles[b].pairs[families];
-                range.begin = size(t.lanePairs);
-                for (const auto& [lanes, weight] : weights[b][families]) {
-                    t.lanePairs.push_back({lanes.first, lanes.second, weight});
-                }
-                range.end = size(t.lanePairs);
-            }
-        }
+        const std::size_t upright = lanePairs[0][0].size() + lanePairs[1][1].size();
+        const std::size_t onSide = lanePairs[0][1].size() + lanePairs[1][0].size();
+        return upright + onSide < 2 * sitePairs.size();
     }
 
     // All of the net's pins belong to terminals or to blocks of this pass.
@@ -177,28 +160,110 @@ private:
                            [&](const Pin* pin) { return bodyOf(*pin) <= t.terminalBody(); });
     }
 
-    struct PairEnds {
-        unsigned first;
-        unsigned second;
-        bool swapped;  // against the order of the net's pins
-    };
-    // The bodies of a net of two pins. Their order does not matter unless both ends have the same
-    // block index: then the first pin is the one that votes for itself.
-    PairEnds endsOf(const Net& net) const {
-        const Pin& a = *net.getPins()[0];
-        const Pin& b = *net.getPins()[1];
-        const bool swapped = a.getBlockIndex() != b.getBlockIndex() && bodyOf(b) < bodyOf(a);
-        return swapped ? PairEnds{bodyOf(b), bodyOf(a), true}
-                       : PairEnds{bodyOf(a), bodyOf(b), false};
+    void reserveNowhere() {
+        for (std::vector<Quad>& offsets : t.siteOffsetsByOrient) {
+            offsets.push_back(allLanes(kInfinity));
+        }
     }
 
-    PairNet lanesOf(const Net& net, bool swapped) const {
-        PairNet pair{};
-        for (unsigned end = 0; end < 2; ++end) {
-            const Pin& pin = *net.getPins()[swapped ? 1 - end : end];
-            std::copy_n(t.pinPlaces[pinNumber(pin)].lanes, kFamilies, pair.lanes[end]);
+    // Lanes and sites for the distinct places of the body's pins.
+    void buildBody(unsigned body) {
+        std::map<float, unsigned> laneOfPlace[kFamilies];
+        std::map<std::pair<float, float>, unsigned> siteOfPlace;
+        std::vector<const Pin*> pins;
+        for (const Pin& pin : netlist.pins) {
+            if (bodyOf(pin) != body) {
+                continue;
+            }
+            pins.push_back(&pin);
+            const Point place = placeOf(pin);
+            if (hasLanes[pinNumber(pin)]) {
+                laneOfPlace[0].emplace(place.x, 0);
+                laneOfPlace[1].emplace(place.y, 0);
+            } else {
+                siteOfPlace.emplace(std::pair(place.x, place.y), 0);
+            }
         }
-        return pair;
+        Body entry;
+        entry.index = body < t.numBlocks ? netlist.blocks[body].getIndex() : -1;
+        for (unsigned family = 0; family < kFamilies; ++family) {
+            entry.lanes[family] = numberPlaces(laneOfPlace[family], t.laneOffsetsByOrient);
+        }
+        entry.sites = numberPlaces(siteOfPlace, t.siteOffsetsByOrient);
+        t.bodies.push_back(entry);
+
+        for (const Pin* pin : pins) {
+            const Point place = placeOf(*pin);
+            PinPlace& kept = t.pinPlaces[pinNumber(*pin)];
+            kept = {body, kNowhere, {0, 0}};
+            if (hasLanes[pinNumber(*pin)]) {
+                kept.lanes[0] = laneOfPlace[0].at(place.x);
+                kept.lanes[1] = laneOfPlace[1].at(place.y);
+            } else {
+                kept.site = siteOfPlace.at({place.x, place.y});
+            }
+            for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
+                setOffsets(kept, static_cast<Orient>(o), offsetOf(*pin, static_cast<Orient>(o)));
+            }
+        }
+    }
+
+    // Numbers the places on from those that are there and makes room for their offsets.
+    template <typename Places, typename Offsets>
+    static Range numberPlaces(Places& places, Offsets& offsetsByOrient) {
+        Range range;
+        range.begin = size(offsetsByOrient[0]);
+        range.end = range.begin;
+        for (auto& [place, number] : places) {
+            number = range.end++;
+        }
+        for (auto& offsets : offsetsByOrient) {
+            offsets.resize(range.end);
+        }
+        return range;
+    }
+
+    void setOffsets(const PinPlace& kept, Orient orient, Point offset) {
+        const unsigned o = orientIndex(orient);
+        if (kept.site != kNowhere) {
+            t.siteOffsetsByOrient[o][kept.site] = quadOf(offset);
+            return;
+        }
+        const bool onSide = swapsWidthAndHeight(orient);
+        t.laneOffsetsByOrient[o][kept.lanes[0]] = onSide ? offset.y : offset.x;
+        t.laneOffsetsByOrient[o][kept.lanes[1]] = onSide ? offset.x : offset.y;
+    }
+
+    const PinPlace& keptAt(const Pin& pin) const { return t.pinPlaces[pinNumber(pin)]; }
+
+    void buildLanePairs(PairGroup& group) {
+        group.bundle = size(t.bundles);
+        Bundle bundle{group.first, group.second, {}};
+        for (unsigned f = 0; f < kFamilies; ++f) {
+            for (unsigned s = 0; s < kFamilies; ++s) {
+                std::map<std::pair<unsigned, unsigned>, unsigned> weights;
+                for (const auto& [net, first, second] : group.joints) {
+                    ++weights[{keptAt(*first).lanes[f], keptAt(*second).lanes[s]}];
+                }
+                Range& range = bundle.pairs[kFamilies * f + s];
+                range.begin = size(t.lanePairs);
+                for (const auto& [lanes, weight] : weights) {
+                    t.lanePairs.push_back({lanes.first, lanes.second, weight});
+                }
+                range.end = size(t.lanePairs);
+            }
+        }
+        t.bundles.push_back(bundle);
+    }
+
+    void buildSitePairs(PairGroup& group) const {
+        std::map<std::pair<unsigned, unsigned>, std::int32_t> weights;
+        for (const auto& [net, first, second] : group.joints) {
+            ++weights[{keptAt(*first).site, keptAt(*second).site}];
+        }
+        for (const auto& [sites, weight] : weights) {
+            group.sitePairs.push_back({sites.first, sites.second, weight});
+        }
     }
 
     // Collects one ballot at the end of the vote arrays.
@@ -206,42 +271,61 @@ private:
     public:
         explicit BallotBuilder(Builder& builder) : b(builder) {
             ballot.bundles.begin = size(b.t.bundleVotes);
+            ballot.pairs.begin = size(b.t.pairVotes);
             ballot.nets.begin = size(b.t.netVotes);
         }
 
         void addStay() { ++ballot.stays; }
 
-        // The net's whole bundle votes when its first net comes.
-        void addPair(const Net& net, bool ownIsFirstPin) {
-            const PairEnds ends = b.endsOf(net);
-            const unsigned bundle = b.bundleOf.at({ends.first, ends.second});
-            if (bundlesSeen.insert(bundle).second) {
-                b.t.bundleVotes.push_back({bundle, ownIsFirstPin == ends.swapped});
+        // All nets of the pair's group vote when the first of them comes.
+        void addPair(const Net& net, const Pin& own) {
+            const unsigned number = b.groupOfNet[net.getIndex()];
+            if (!groupsSeen.insert(number).second) {
+                return;
             }
-            bodies.insert({ends.first, ends.second});
+            const PairGroup& group = b.groups[number];
+            const bool ownIsFirst = b.ownIsFirst(group, net, own);
+            bodies.insert({group.first, group.second});
+            if (group.byLanes) {
+                b.t.bundleVotes.push_back({group.bundle, !ownIsFirst});
+                unsigned mostPairs = 0;
+                for (const Range pairs : b.t.bundles[group.bundle].pairs) {
+                    mostPairs = std::max(mostPairs, pairs.end - pairs.begin);
+                }
+                ballot.mostVotes += mostPairs;
+            }
+            for (const auto& [first, second, weight] : group.sitePairs) {
+                b.t.pairVotes.push_back(ownIsFirst ? PairVote{first, second, weight}
+                                                   : PairVote{second, first, weight});
+                ++ballot.mostVotes;
+            }
         }
 
         // Pins that are not placed are left out; a net without other pins advises nothing.
         template <typename IsOwn>
         void addNet(const Net& net, unsigned placed, const IsOwn& isOwn) {
-            NetVote vote;
-            vote.scan.begin = size(b.t.scanPins);
+            Range scan;
+            scan.begin = size(b.t.scanPins);
+            bool hasOther = false;
             for (const Pin* pin : net.getPins()) {
                 if (b.isPlaced(*pin, placed)) {
-                    b.t.scanPins.push_back({b.pinSites[b.pinNumber(*pin)], isOwn(*pin)});
+                    const unsigned site = b.keptAt(*pin).site;
+                    const bool own = isOwn(*pin);
+                    b.t.scanPins.push_back(own ? ScanPin{site, kNowhere} : ScanPin{kNowhere, site});
+                    hasOther = hasOther || !own;
                     bodies.insert(b.bodyOf(*pin));
                 }
             }
-            vote.scan.end = size(b.t.scanPins);
-            vote.own = listSites(vote.scan, true);
-            vote.other = listSites(vote.scan, false);
-            if (vote.other.begin != vote.other.end) {
-                b.t.netVotes.push_back(vote);
+            scan.end = size(b.t.scanPins);
+            if (hasOther) {
+                b.t.netVotes.push_back(scan);
+                ++ballot.mostVotes;
             }
         }
 
         Ballot finish() {
             ballot.bundles.end = size(b.t.bundleVotes);
+            ballot.pairs.end = size(b.t.pairVotes);
             ballot.nets.end = size(b.t.netVotes);
             return ballot;
         }
@@ -249,23 +333,18 @@ private:
         const std::set<unsigned>& bodiesSeen() const { return bodies; }
 
     private:
-        Range listSites(Range scan, bool own) {
-            Range list;
-            list.begin = size(b.t.siteLists);
-            for (unsigned i = scan.begin; i < scan.end; ++i) {
-                if (b.t.scanPins[i].own == own) {
-                    b.t.siteLists.push_back(b.t.scanPins[i].site);
-                }
-            }
-            list.end = size(b.t.siteLists);
-            return list;
-        }
-
         Builder& b;
         Ballot ballot;
-        std::set<unsigned> bundlesSeen;
+        std::set<unsigned> groupsSeen;
         std::set<unsigned> bodies;
     };
+
+    static bool ownIsFirst(const PairGroup& group, const Net& net, const Pin& own) {
+        const auto joint =
+            std::find_if(group.joints.begin(), group.joints.end(),
+                         [&](const auto& candidate) { return candidate.net == &net; });
+        return joint->first == &own;
+    }
 
     Ballot blockBallot(unsigned placed, unsigned block) {
         BallotBuilder ballot(*this);
@@ -279,9 +358,9 @@ private:
             if (!isPair(net)) {
                 ballot.addNet(net, placed, isOwn);
             } else if (isOwn(*net.getPins()[0])) {
-                ballot.addPair(net, true);
+                ballot.addPair(net, *net.getPins()[0]);
             } else if (isOwn(*net.getPins()[1])) {
-                ballot.addPair(net, false);
+                ballot.addPair(net, *net.getPins()[1]);
             } else {
                 ballot.addStay();
             }
@@ -303,7 +382,7 @@ private:
                 continue;
             }
             if (isPair(net)) {
-                ballot.addPair(net, !net.getPins()[0]->isTerminal());
+                ballot.addPair(net, *net.getPins()[net.getPins()[0]->isTerminal() ? 1 : 0]);
             } else {
                 ballot.addNet(net, placed, [](const Pin& pin) { return !pin.isTerminal(); });
             }
@@ -331,14 +410,14 @@ private:
                 continue;
             }
             if (isPair(net)) {
-                addToPairRun(net, runs.begin);
+                addPairLength(net, runs.begin);
                 continue;
             }
             LengthRun run{};
             run.items.begin = size(t.siteLists);
             for (const Pin* pin : net.getPins()) {
                 if (isPlaced(*pin, placed)) {
-                    t.siteLists.push_back(pinSites[pinNumber(*pin)]);
+                    t.siteLists.push_back(keptAt(*pin).site);
                 }
             }
             run.items.end = size(t.siteLists);
@@ -348,18 +427,36 @@ private:
         return runs;
     }
 
-    void addToPairRun(const Net& net, unsigned firstRun) {
-        const PairEnds ends = endsOf(net);
-        const unsigned pair = netPairs[net.getIndex()];
+    // Adds the net to the last run of this number of placed blocks if it goes on there.
+    void addPairLength(const Net& net, unsigned firstRun) {
+        const PairGroup& group = groups[groupOfNet[net.getIndex()]];
+        const Pin* first = net.getPins()[0];
+        const Pin* second = net.getPins()[1];
+        if (group.byLanes && bodyOf(*first) != group.first) {
+            std::swap(first, second);
+        }
+        LengthRun run{};
+        if (group.byLanes) {
+            const unsigned joint = size(t.laneJoints);
+            LaneJoint lanes{};
+            std::copy_n(keptAt(*first).lanes, kFamilies, lanes.lanes[0]);
+            std::copy_n(keptAt(*second).lanes, kFamilies, lanes.lanes[1]);
+            t.laneJoints.push_back(lanes);
+            run = {Length::Lanes, group.first, group.second, {joint, joint + 1}};
+        } else {
+            const unsigned pair = size(t.sitePairs);
+            t.sitePairs.push_back({keptAt(*first).site, keptAt(*second).site});
+            run = {Length::Sites, 0, 0, {pair, pair + 1}};
+        }
         if (t.lengthRuns.size() > firstRun) {
             LengthRun& last = t.lengthRuns.back();
-            if (last.pairs && last.first == ends.first && last.second == ends.second &&
-                last.items.end == pair && last.items.end - last.items.begin < kLongestRun) {
+            if (last.kind == run.kind && last.first == run.first && last.second == run.second &&
+                last.items.end - last.items.begin < kLongestRun) {
                 ++last.items.end;
                 return;
             }
         }
-        t.lengthRuns.push_back({true, ends.first, ends.second, {pair, pair + 1}});
+        t.lengthRuns.push_back(run);
     }
 
     // At least two pins are placed, and not all on one block. Of a terminal that comes first only
@@ -386,9 +483,9 @@ private:
     AlignmentTables& t;
     const Netlist& netlist;
     std::vector<unsigned> pinBodies;
-    std::vector<unsigned> pinSites;
-    std::vector<unsigned> netPairs;  // place in pairNets, of nets of two pins
-    std::map<std::pair<unsigned, unsigned>, unsigned> bundleOf;  // by bodies
+    std::vector<bool> hasLanes;  // by pin
+    std::vector<PairGroup> groups;
+    std::vector<unsigned> groupOfNet;  // of nets of two pins
 };
 
 AlignmentTables::AlignmentTables(const Netlist& netlist, unsigned numBlocks)

@@ -6,22 +6,25 @@
 // the netlist for each m is flat arrays of positions to compare.
 //
 // A "body" is what its pins move with: block i is body i, all terminals are one more body that
-// never moves. Many pins of a body share their coordinate along one axis (a column of bumps, pins
-// at the centre), so positions are kept per "lane": one u lane for each distinct place along the
-// block's width, one v lane for each along its height. A block that lies on its side has its u
-// lanes along y. Nets of two pins between the same two bodies are a "bundle", and ask for the same
-// step along an axis when they join the same two lanes: they vote once, with their number as
-// weight. Nets of more pins read their pins' places from "sites", which know both coordinates.
+// never moves. Pins of a body at the same place share a "site", which is where their position is
+// kept. Nets of two pins between the same two bodies are a "bundle"; those that join the same two
+// sites ask for the same step, so they vote once, with their number as weight.
+//
+// In large bundles (thousands of bumps between two dies) hardly two nets join the same sites, but
+// many join the same columns or rows of pins. There positions are kept per "lane": one u lane for
+// each distinct place along the block's width, one v lane for each along its height. Nets that join
+// the same two lanes along an axis vote once about it. A block that lies on its side has its u
+// lanes along y.
 #pragma once
 
 #include <array>
 #include <vector>
 
 #include "Netlist.h"
+#include "Quad.h"
+#include "StepVotes.h"
 
 namespace korvel {
-
-enum Axis : unsigned { kX, kY, kAxes };
 
 class AlignmentTables {
 public:
@@ -61,31 +64,41 @@ public:
         unsigned bundle;
         bool ownIsSecond;
     };
-    struct ScanPin {
-        unsigned site;
-        bool own;
+    struct PairVote {
+        unsigned own;         // site
+        unsigned other;       // site
+        std::int32_t weight;  // nets that join these sites
     };
-    // A net of more than two pins, or not all placed: its placed pins.
-    struct NetVote {
-        Range own;    // of siteLists
-        Range other;  // of siteLists
-        Range scan;   // of scanPins: all of them, in the net's order
+    // One pin of a net: its site on the side that it counts for, kNowhere on the other.
+    struct ScanPin {
+        unsigned own;
+        unsigned other;
     };
     struct Ballot {
-        Range bundles;       // of bundleVotes
-        Range nets;          // of netVotes
-        unsigned stays = 0;  // nets that want no step whatever the positions
+        Range bundles;           // of bundleVotes
+        Range pairs;             // of pairVotes
+        Range nets;              // of netVotes: of more than two pins, or not all placed
+        std::int32_t stays = 0;  // nets that want no step whatever the positions
+        unsigned mostVotes = 0;  // whatever the orientations
     };
 
-    struct PairNet {
-        unsigned lanes[2][kFamilies];  // of the first and of the second pin
-    };
+    // A site that no net reaches.
+    static constexpr unsigned kNowhere = 0;
+
+    enum class Length { Box, Sites, Lanes };
     // A net of more than two pins, or consecutive nets of two pins between the same bodies.
     struct LengthRun {
-        bool pairs;
-        unsigned first;   // body, of pairs
-        unsigned second;  // body, of pairs
-        Range items;      // of pairNets, or of siteLists
+        Length kind;
+        unsigned first;   // body, of lanes
+        unsigned second;  // body, of lanes
+        Range items;      // of siteLists, sitePairs or laneJoints
+    };
+    struct SitePair {
+        unsigned first;
+        unsigned second;
+    };
+    struct LaneJoint {
+        unsigned lanes[2][kFamilies];  // of the first and of the second pin
     };
 
     // The votes about block b with the first `placed` blocks placed, b < placed.
@@ -114,25 +127,28 @@ public:
     const std::vector<float>& laneOffsets(Orient orient) const {
         return laneOffsetsByOrient[orientIndex(orient)];
     }
-    const std::vector<Point>& siteOffsets(Orient orient) const {
+    const std::vector<Quad>& siteOffsets(Orient orient) const {
         return siteOffsetsByOrient[orientIndex(orient)];
     }
 
-    // The body and lanes of each pin of the netlist.
+    // Where each pin of the netlist is kept.
     struct PinPlace {
         unsigned body;
+        unsigned site;  // kNowhere if it has lanes
         unsigned lanes[kFamilies];
     };
 
     std::vector<Body> bodies;
-    std::vector<Bundle> bundles;
+    std::vector<Bundle> bundles;  // those with lanes
     std::vector<LanePair> lanePairs;
     std::vector<BundleVote> bundleVotes;
-    std::vector<NetVote> netVotes;
-    std::vector<unsigned> siteLists;
+    std::vector<PairVote> pairVotes;
+    std::vector<Range> netVotes;  // of scanPins: the net's placed pins, in its order
     std::vector<ScanPin> scanPins;
-    std::vector<PairNet> pairNets;
     std::vector<LengthRun> lengthRuns;
+    std::vector<unsigned> siteLists;
+    std::vector<SitePair> sitePairs;
+    std::vector<LaneJoint> laneJoints;
     std::vector<PinPlace> pinPlaces;
     std::vector<float> extents[kAxes];  // unrotated width and height by block
 
@@ -151,7 +167,7 @@ private:
     std::vector<std::vector<unsigned>> dependentBlocks;
     std::vector<std::vector<unsigned>> indexBodies;
     std::vector<float> laneOffsetsByOrient[kUnmirroredOrients];
-    std::vector<Point> siteOffsetsByOrient[kUnmirroredOrients];
+    std::vector<Quad> siteOffsetsByOrient[kUnmirroredOrients];
 };
 
 }  // namespace korvel

@@ -9,44 +9,48 @@ namespace korvel {
 
 namespace {
 
-offsetCalcReturn adviceForPair(Point own, Point other) {
-    return {korvel::adviceForPair(other.x - own.x), korvel::adviceForPair(other.y - own.y)};
+Quad positionOf(const Pin& pin) {
+    return quadOf(pin.getCoord());
 }
 
 offsetCalcReturn checked(const offsetCalcReturn& advice) {
-    KORVEL_INVARIANT(!(advice.x.forward && advice.x.backward),
+    KORVEL_INVARIANT(!(advice.moves[kRight] && advice.moves[kLeft]),
                      "!(retData.shouldBeMovedRight&&retData.shouldBeMovedleft)");
-    KORVEL_INVARIANT(!(advice.y.forward && advice.y.backward),
+    KORVEL_INVARIANT(!(advice.moves[kUp] && advice.moves[kDown]),
                      "!(retData.shouldBeMovedUp&&retData.shouldBeMovedDown)");
     return advice;
 }
 
-// Advice from all placed pins; `isOwn` tells the group that is to be moved.
+// Advice of the two pins of a net about moving the one that is the group's.
 template <typename IsOwn>
-offsetCalcReturn adviceFromPins(const std::vector<Pin*>& pins, const IsOwn& isOwn) {
-    AxisScan x;
-    AxisScan y;
-    for (const Pin* pin : pins) {
-        if (!pin->isPlaced()) {
-            continue;
-        }
-        const auto [px, py] = pin->getCoord();
-        if (isOwn(*pin)) {
-            x.addOwn(px);
-            y.addOwn(py);
-        } else {
-            x.addOther(px);
-            y.addOther(py);
-        }
+offsetCalcReturn adviceOfPair(const Pin& first, const Pin& second, const IsOwn& isOwn) {
+    if (isOwn(first)) {
+        return checked(adviceForPair(positionOf(second) - positionOf(first)));
     }
-    return {x.advice(), y.advice()};
+    if (isOwn(second)) {
+        return checked(adviceForPair(positionOf(first) - positionOf(second)));
+    }
+    return adviceToStay();
 }
 
-offsetCalcReturn adviceToStay() {
-    offsetCalcReturn advice;
-    advice.x.stay = true;
-    advice.y.stay = true;
-    return advice;
+// Advice from the pins that count; `isOwn` tells the group that is to be moved.
+template <typename Counts, typename IsOwn>
+offsetCalcReturn adviceFromPins(const std::vector<Pin*>& pins, const Counts& counts,
+                                const IsOwn& isOwn) {
+    NetScan scan;
+    bool hasOther = false;
+    for (const Pin* pin : pins) {
+        if (!counts(*pin)) {
+            continue;
+        }
+        if (isOwn(*pin)) {
+            scan.addOwn(positionOf(*pin));
+        } else {
+            scan.addOther(positionOf(*pin));
+            hasOther = true;
+        }
+    }
+    return hasOther ? checked(scan.advice()) : offsetCalcReturn{};
 }
 
 }  // namespace
@@ -151,47 +155,28 @@ float Net::calcTermFCHPWL(float factor) {
 
 offsetCalcReturn Net::combinedOffsetsToTerms() const {
     if (isPlacedPair()) {
-        if (pins[0]->isTerminal()) {
-            return checked(adviceForPair(getPinCoord(1), getPinCoord(0)));
+        const bool firstIsTerminal = pins[0]->isTerminal();
+        if (!firstIsTerminal && !pins[1]->isTerminal()) {
+            return adviceToStay();
         }
-        if (pins[1]->isTerminal()) {
-            return checked(adviceForPair(getPinCoord(0), getPinCoord(1)));
-        }
-        return adviceToStay();
+        return adviceOfPair(*pins[0], *pins[1],
+                            [&](const Pin& pin) { return (&pin == pins[0]) != firstIsTerminal; });
     }
-    return checked(adviceFromPins(pins, [](const Pin& pin) { return !pin.isTerminal(); }));
+    return adviceFromPins(
+        pins, [](const Pin& pin) { return pin.isPlaced(); },
+        [](const Pin& pin) { return !pin.isTerminal(); });
 }
 
-AxisAdvice Net::combinedOffsetsFC(unsigned block) const {
+offsetCalcReturn Net::combinedOffsetsFC(unsigned block) const {
     if (placedPinsNum - termNum < 2) {
         return {};
     }
-    AxisAdvice advice;
+    const auto isOwn = [block](const Pin& pin) { return pin.getBlockIndex() == block; };
     if (isPlacedPair()) {
-        if (pins[0]->getBlockIndex() == block) {
-            advice = adviceForPair(getPinCoord(1).y - getPinCoord(0).y);
-        } else if (pins[1]->getBlockIndex() == block) {
-            advice = adviceForPair(getPinCoord(0).y - getPinCoord(1).y);
-        } else {
-            advice.stay = true;
-        }
-    } else {
-        AxisScan y;
-        for (const Pin* pin : pins) {
-            if (!pin->isPlaced() || pin->isTerminal()) {
-                continue;
-            }
-            if (pin->getBlockIndex() == block) {
-                y.addOwn(pin->getCoord().y);
-            } else {
-                y.addOther(pin->getCoord().y);
-            }
-        }
-        advice = y.advice();
+        return adviceOfPair(*pins[0], *pins[1], isOwn);
     }
-    KORVEL_INVARIANT(!(advice.forward && advice.backward),
-                     "!(retData.shouldBeMovedUp&&retData.shouldBeMovedDown)");
-    return advice;
+    return adviceFromPins(
+        pins, [](const Pin& pin) { return pin.isPlaced() && !pin.isTerminal(); }, isOwn);
 }
 
 }  // namespace korvel

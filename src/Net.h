@@ -9,16 +9,10 @@
 
 #include <vector>
 
-#include "AxisAdvice.h"
+#include "NetAdvice.h"
 #include "Pin.h"
 
 namespace korvel {
-
-// One net's advice about moving a group of its pins; x forward is right, y forward is up.
-struct offsetCalcReturn {
-    AxisAdvice x;
-    AxisAdvice y;
-};
 
 class Net {
 public:
@@ -58,8 +52,8 @@ public:
 
     // Advice about moving all placed block pins together toward the placed terminals.
     offsetCalcReturn combinedOffsetsToTerms() const;
-    // Vertical advice about moving the pins of `block`, terminals left out.
-    AxisAdvice combinedOffsetsFC(unsigned block) const;
+    // Advice about moving the pins of `block`, terminals left out.
+    offsetCalcReturn combinedOffsetsFC(unsigned block) const;
 
 private:
     // Both pins of a two-pin net are placed: its box is found without a scan.

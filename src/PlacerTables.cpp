@@ -8,9 +8,9 @@
 #include <limits>
 #include <set>
 
-#include "AxisVotes.h"
 #include "Invariant.h"
 #include "Placer.h"
+#include "StepVotes.h"
 
 namespace korvel {
 
@@ -85,14 +85,14 @@ public:
 
 private:
     float shiftOf(unsigned j, const std::vector<unsigned>& common) {
-        votes.clear();
+        votes.clear(common.size());
         for (const unsigned index : common) {
             const Net& net = netlist.nets[index];
             if (net.getPlacedPinsNum() > 1) {
-                votes.add(net.combinedOffsetsFC(j));
+                votes.addWithFree(net.combinedOffsetsFC(j));
             }
         }
-        return votes.step(Middle::Lower);
+        return votes.step(kY, Middle::Lower);
     }
 
     // A net that goes on to other blocks counts in part: they will pay for it too. The factors are
@@ -121,7 +121,7 @@ private:
     unsigned numBlocks;
     bool initialPlacement;
     std::vector<unsigned> netBlocks;  // blocks with a pin on the net, by net
-    AxisVotes votes;
+    StepVotes votes;
 };
 
 // Trials of one block against the terminals.
@@ -154,20 +154,17 @@ public:
 
 private:
     Point shiftOf(unsigned b, const std::vector<unsigned>& termNets) {
-        x.clear();
-        y.clear();
+        votes.clear(termNets.size());
         for (const unsigned index : termNets) {
             const Net& net = netlist.nets[index];
             const unsigned placed = net.getPlacedPinsNum();
             // Of a late block only complete nets take part.
             if (placed > 1 && placed != net.getTermNum() &&
                 (placed == net.getDeclaredDegree() || b < 0.4 * numBlocks)) {
-                const offsetCalcReturn advice = net.combinedOffsetsToTerms();
-                x.add(advice.x);
-                y.add(advice.y);
+                votes.addWithFree(net.combinedOffsetsToTerms());
             }
         }
-        return {x.step(Middle::Upper), y.step(Middle::Upper)};
+        return votes.step(Middle::Upper);
     }
 
     // Cuts a shift at the area's right and top edges; a shift left and down is dropped. A cut shift
@@ -191,8 +188,7 @@ private:
     unsigned numBlocks;
     bool areaConst;
     Area area;
-    AxisVotes x;
-    AxisVotes y;
+    StepVotes votes;
 };
 
 }  // namespace

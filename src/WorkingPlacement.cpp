@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-
-#include "BoundingBox.h"
+#include <limits>
 
 namespace korvel {
 
@@ -14,24 +13,19 @@ WorkingPlacement::WorkingPlacement(const AlignmentTables& tables) : tables(table
     onSide.assign(bodyNum, 0);
     // Terminals are where their offsets say; blocks are placed later.
     lanes = tables.laneOffsets(Orient::N);
-    for (const Point site : tables.siteOffsets(Orient::N)) {
-        sites[kX].push_back(site.x);
-        sites[kY].push_back(site.y);
-    }
+    sites = tables.siteOffsets(Orient::N);
     for (const Axis axis : {kX, kY}) {
         edges[axis].assign(blockNum, 0.0F);
         wholeExtents[axis].assign(blockNum, 0.0F);
-        wanted[axis].assign(blockNum, 0.0F);
-        outdated[axis].assign(blockNum, 1);
     }
+    wanted.assign(blockNum, {});
+    outdated.assign(blockNum, 1);
 }
 
 void WorkingPlacement::start(unsigned number) {
     tables.checkPlacedCounts(number);
     numPlaced = number;
-    for (const Axis axis : {kX, kY}) {
-        std::fill_n(outdated[axis].begin(), number, 1);
-    }
+    std::fill_n(outdated.begin(), number, 1);
 }
 
 void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
@@ -48,116 +42,127 @@ void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
             lanes[i] = edges[axis][block] + offsets[i];
         }
     }
-    const std::vector<Point>& offsets = tables.siteOffsets(orient);
+    const std::vector<Quad>& offsets = tables.siteOffsets(orient);
+    const Quad cornerQuad = quadOf(corner);
     for (unsigned i = body.sites.begin; i < body.sites.end; ++i) {
-        sites[kX][i] = corner.x + offsets[i].x;
-        sites[kY][i] = corner.y + offsets[i].y;
+        sites[i] = cornerQuad + offsets[i];
     }
 }
 
 Point WorkingPlacement::wantedStep(unsigned block) {
-    for (const Axis axis : {kX, kY}) {
-        if (outdated[axis][block] != 0) {
-            outdated[axis][block] = 0;
-            wanted[axis][block] = vote(tables.blockBallot(numPlaced, block), axis, Middle::Lower);
-        }
+    if (outdated[block] != 0) {
+        outdated[block] = 0;
+        vote(tables.blockBallot(numPlaced, block));
+        wanted[block] = votes.step(Middle::Lower);
     }
-    return {wanted[kX][block], wanted[kY][block]};
+    return wanted[block];
 }
 
 Point WorkingPlacement::wantedStepToTerminals() {
-    const AlignmentTables::Ballot& ballot = tables.terminalBallot(numPlaced);
-    return {vote(ballot, kX, Middle::Upper), vote(ballot, kY, Middle::Upper)};
+    vote(tables.terminalBallot(numPlaced));
+    return votes.step(Middle::Upper);
 }
 
-float WorkingPlacement::vote(const AlignmentTables::Ballot& ballot, Axis axis, Middle middle) {
-    votes.clear();
-    votes.addStays(ballot.stays);
+void WorkingPlacement::vote(const AlignmentTables::Ballot& ballot) {
+    votes.clear(ballot.mostVotes + 1);
+    votes.add(adviceToStay(), ballot.stays);
     for (unsigned i = ballot.bundles.begin; i < ballot.bundles.end; ++i) {
-        const auto [index, ownIsSecond] = tables.bundleVotes[i];
-        const AlignmentTables::Bundle& bundle = tables.bundles[index];
-        const AlignmentTables::Range pairs =
-            bundle.pairs[AlignmentTables::kFamilies * familyAlong(bundle.first, axis) +
-                         familyAlong(bundle.second, axis)];
-        for (unsigned p = pairs.begin; p < pairs.end; ++p) {
-            const auto [first, second, weight] = tables.lanePairs[p];
-            const float offset = lanes[second] - lanes[first];
-            votes.addPairs(ownIsSecond ? -offset : offset, weight);
-        }
+        voteOfBundle(tables.bundleVotes[i], kX);
+        voteOfBundle(tables.bundleVotes[i], kY);
+    }
+    for (unsigned i = ballot.pairs.begin; i < ballot.pairs.end; ++i) {
+        const auto [own, other, weight] = tables.pairVotes[i];
+        votes.add(adviceForPair(sites[other] - sites[own]), weight);
     }
     for (unsigned i = ballot.nets.begin; i < ballot.nets.end; ++i) {
-        votes.add(adviceOf(tables.netVotes[i], axis));
+        voteOfNet(tables.netVotes[i]);
     }
-    return votes.step(middle);
 }
 
-AxisAdvice WorkingPlacement::adviceOf(const AlignmentTables::NetVote& net, Axis axis) const {
-    const std::vector<float>& positions = sites[axis];
-    AxisEnds own;
-    for (unsigned i = net.own.begin; i < net.own.end; ++i) {
-        own.add(positions[tables.siteLists[i]]);
+void WorkingPlacement::voteOfBundle(const AlignmentTables::BundleVote& vote, Axis axis) {
+    const AlignmentTables::Bundle& bundle = tables.bundles[vote.bundle];
+    const AlignmentTables::Range pairs =
+        bundle.pairs[AlignmentTables::kFamilies * familyAlong(bundle.first, axis) +
+                     familyAlong(bundle.second, axis)];
+    for (unsigned i = pairs.begin; i < pairs.end; ++i) {
+        const auto [first, second, weight] = tables.lanePairs[i];
+        const float offset = lanes[second] - lanes[first];
+        votes.addAlong(axis, vote.ownIsSecond ? -offset : offset, weight);
     }
-    AxisEnds other;
-    for (unsigned i = net.other.begin; i < net.other.end; ++i) {
-        other.add(positions[tables.siteLists[i]]);
+}
+
+void WorkingPlacement::voteOfNet(AlignmentTables::Range net) {
+    NetScan scan;
+    for (unsigned i = net.begin; i < net.end; ++i) {
+        // A position that is nowhere changes nothing on its side.
+        const auto [own, other] = tables.scanPins[i];
+        scan.addOwn(sites[own]);
+        scan.addOther(sites[other]);
     }
-    AxisAdvice advice;
-    if (adviceFromEnds(own, other, advice)) {
-        return advice;
-    }
-    AxisScan scan;
-    for (unsigned i = net.scan.begin; i < net.scan.end; ++i) {
-        const auto [site, isOwn] = tables.scanPins[i];
-        if (isOwn) {
-            scan.addOwn(positions[site]);
-        } else {
-            scan.addOther(positions[site]);
-        }
-    }
-    return scan.advice();
+    votes.addWithFree(scan.advice());
 }
 
 void WorkingPlacement::moveBlock(unsigned index, Point distance) {
     for (const unsigned body : tables.bodiesOf(index)) {
-        moveBody(body, kX, distance.x);
-        moveBody(body, kY, distance.y);
+        moveBody(body, distance);
     }
 }
 
 void WorkingPlacement::moveAll(Point distance) {
     for (unsigned block = 0; block < numPlaced; ++block) {
         if (tables.bodies[block].index < static_cast<int>(numPlaced)) {
-            moveBody(block, kX, distance.x);
-            moveBody(block, kY, distance.y);
+            moveBody(block, distance);
         }
     }
 }
 
-void WorkingPlacement::moveBody(unsigned body, Axis axis, float distance) {
-    if (distance == 0.0F) {
-        return;
+void WorkingPlacement::moveBody(unsigned index, Point distance) {
+    const AlignmentTables::Body& body = tables.bodies[index];
+    for (const Axis axis : {kX, kY}) {
+        const float along = axis == kX ? distance.x : distance.y;
+        edges[axis][index] += along;
+        const AlignmentTables::Range moved = body.lanes[familyAlong(index, axis)];
+        for (unsigned i = moved.begin; i < moved.end; ++i) {
+            lanes[i] += along;
+        }
     }
-    edges[axis][body] += distance;
-    const AlignmentTables::Range ownLanes = tables.bodies[body].lanes[familyAlong(body, axis)];
-    for (unsigned i = ownLanes.begin; i < ownLanes.end; ++i) {
-        lanes[i] += distance;
+    const Quad both = quadOf(distance);
+    for (unsigned i = body.sites.begin; i < body.sites.end; ++i) {
+        sites[i] += both;
     }
-    const AlignmentTables::Range ownSites = tables.bodies[body].sites;
-    for (unsigned i = ownSites.begin; i < ownSites.end; ++i) {
-        sites[axis][i] += distance;
-    }
-    for (const unsigned block : tables.dependents(body)) {
-        outdated[axis][block] = 1;
+    for (const unsigned block : tables.dependents(index)) {
+        outdated[block] = 1;
     }
 }
 
 float WorkingPlacement::boxLength(AlignmentTables::Range list) const {
-    BoundingBox box;
+    constexpr float kMost = std::numeric_limits<float>::max();
+    constexpr float kLeast = std::numeric_limits<float>::min();
+    Quad ends = {kMost, kMost, -kLeast, -kLeast};
     for (unsigned i = list.begin; i < list.end; ++i) {
-        const unsigned site = tables.siteLists[i];
-        box.add({sites[kX][site], sites[kY][site]});
+        ends = smaller(sites[tables.siteLists[i]], ends);
     }
-    return box.halfPerimeter();
+    return (-ends[2] - ends[0]) - ends[3] - ends[1];
+}
+
+float WorkingPlacement::addSitePairs(float sum, AlignmentTables::Range pairs) const {
+    for (unsigned i = pairs.begin; i < pairs.end; ++i) {
+        const auto [first, second] = tables.sitePairs[i];
+        const Quad distance = sites[first] - sites[second];
+        sum += std::fabs(distance[kX]) + std::fabs(distance[kY]);
+    }
+    return sum;
+}
+
+float WorkingPlacement::addLaneJoints(float sum, const AlignmentTables::LengthRun& run) const {
+    const unsigned firstX = familyAlong(run.first, kX);
+    const unsigned secondX = familyAlong(run.second, kX);
+    for (unsigned i = run.items.begin; i < run.items.end; ++i) {
+        const auto& [first, second] = tables.laneJoints[i].lanes;
+        sum += std::fabs(lanes[first[firstX]] - lanes[second[secondX]]) +
+               std::fabs(lanes[first[firstX ^ 1U]] - lanes[second[secondX ^ 1U]]);
+    }
+    return sum;
 }
 
 void WorkingPlacement::applyTo(Netlist& netlist) const {
@@ -165,8 +170,13 @@ void WorkingPlacement::applyTo(Netlist& netlist) const {
         netlist.blocks[i].updateBlockState({edges[kX][i], edges[kY][i]}, orients[i], false);
     }
     for (std::size_t i = 0; i < netlist.pins.size(); ++i) {
-        const auto& [body, pinLanes] = tables.pinPlaces[i];
-        if (body < numPlaced) {
+        const auto& [body, site, pinLanes] = tables.pinPlaces[i];
+        if (body >= numPlaced) {
+            continue;
+        }
+        if (site != AlignmentTables::kNowhere) {
+            netlist.pins[i].setCoord({sites[site][kX], sites[site][kY]});
+        } else {
             netlist.pins[i].setCoord(
                 {lanes[pinLanes[familyAlong(body, kX)]], lanes[pinLanes[familyAlong(body, kY)]]});
         }

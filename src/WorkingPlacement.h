@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "AlignmentTables.h"
-#include "AxisVotes.h"
+#include "StepVotes.h"
 
 namespace korvel {
 
@@ -49,22 +49,25 @@ public:
 private:
     // Lanes of the body along the axis, as a family.
     unsigned familyAlong(unsigned body, Axis axis) const { return onSide[body] ^ axis; }
-    float vote(const AlignmentTables::Ballot& ballot, Axis axis, Middle middle);
-    AxisAdvice adviceOf(const AlignmentTables::NetVote& net, Axis axis) const;
-    void moveBody(unsigned body, Axis axis, float distance);
-    float boxLength(AlignmentTables::Range sites) const;
+    void vote(const AlignmentTables::Ballot& ballot);
+    void voteOfBundle(const AlignmentTables::BundleVote& vote, Axis axis);
+    void voteOfNet(AlignmentTables::Range net);
+    void moveBody(unsigned body, Point distance);
+    float boxLength(AlignmentTables::Range list) const;
+    float addSitePairs(float sum, AlignmentTables::Range pairs) const;
+    float addLaneJoints(float sum, const AlignmentTables::LengthRun& run) const;
 
     const AlignmentTables& tables;
     unsigned numPlaced = 0;
-    std::vector<Orient> orients;      // by body
-    std::vector<unsigned> onSide;     // by body: 1 if it lies on its side, with u along y
-    std::vector<float> lanes;         // positions
-    std::vector<float> sites[kAxes];  // positions
-    std::vector<float> edges[kAxes];  // by block
-    std::vector<float> wholeExtents[kAxes];
-    std::vector<float> wanted[kAxes];   // last answer of the vote, by block
-    std::vector<char> outdated[kAxes];  // the vote has to be taken again, by block
-    AxisVotes votes;
+    std::vector<Orient> orients;             // by body
+    std::vector<unsigned> onSide;            // by body: 1 if it lies on its side, with u along y
+    std::vector<float> lanes;                // positions
+    std::vector<Quad> sites;                 // positions
+    std::vector<float> edges[kAxes];         // by block
+    std::vector<float> wholeExtents[kAxes];  // by block
+    std::vector<Point> wanted;               // last answer of the vote, by block
+    std::vector<char> outdated;              // the vote has to be taken again, by block
+    StepVotes votes;
 };
 
 template <typename IsUseless>
@@ -73,16 +76,16 @@ float WorkingPlacement::partialHPWL(const IsUseless& isUseless) const {
     float sum = 0.0F;
     for (unsigned i = runs.begin; i < runs.end && !isUseless(sum); ++i) {
         const AlignmentTables::LengthRun& run = tables.lengthRuns[i];
-        if (!run.pairs) {
-            sum += boxLength(run.items);
-            continue;
-        }
-        const unsigned firstX = familyAlong(run.first, kX);
-        const unsigned secondX = familyAlong(run.second, kX);
-        for (unsigned n = run.items.begin; n < run.items.end; ++n) {
-            const auto& [first, second] = tables.pairNets[n].lanes;
-            sum += std::fabs(lanes[first[firstX]] - lanes[second[secondX]]) +
-                   std::fabs(lanes[first[firstX ^ 1U]] - lanes[second[secondX ^ 1U]]);
+        switch (run.kind) {
+            case AlignmentTables::Length::Box:
+                sum += boxLength(run.items);
+                break;
+            case AlignmentTables::Length::Sites:
+                sum = addSitePairs(sum, run.items);
+                break;
+            case AlignmentTables::Length::Lanes:
+                sum = addLaneJoints(sum, run);
+                break;
         }
     }
     return sum;

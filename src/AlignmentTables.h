@@ -69,11 +69,6 @@ public:
         unsigned other;       // site
         std::int32_t weight;  // nets that join these sites
     };
-    // One pin of a net: its site on the side that it counts for, kNowhere on the other.
-    struct ScanPin {
-        unsigned own;
-        unsigned other;
-    };
     struct Ballot {
         Range bundles;           // of bundleVotes
         Range pairs;             // of pairVotes
@@ -82,8 +77,7 @@ public:
         unsigned mostVotes = 0;  // whatever the orientations
     };
 
-    // A site that no net reaches.
-    static constexpr unsigned kNowhere = 0;
+    static constexpr unsigned kNoSite = ~0U;
 
     enum class Length { Box, Sites, Lanes };
     // A net of more than two pins, or consecutive nets of two pins between the same bodies.
@@ -134,7 +128,7 @@ public:
     // Where each pin of the netlist is kept.
     struct PinPlace {
         unsigned body;
-        unsigned site;  // kNowhere if it has lanes
+        unsigned site;  // kNoSite if it has lanes
         unsigned lanes[kFamilies];
     };
 
@@ -143,8 +137,10 @@ public:
     std::vector<LanePair> lanePairs;
     std::vector<BundleVote> bundleVotes;
     std::vector<PairVote> pairVotes;
-    std::vector<Range> netVotes;  // of scanPins: the net's placed pins, in its order
-    std::vector<ScanPin> scanPins;
+    std::vector<Range> netVotes;  // of scanRuns
+    // A net's placed pins in its order: those that are not to be moved and those that are, in turn,
+    // as ranges of siteLists. The first may be empty.
+    std::vector<Range> scanRuns;
     std::vector<LengthRun> lengthRuns;
     std::vector<unsigned> siteLists;
     std::vector<SitePair> sitePairs;

@@ -20,7 +20,7 @@
 #include "BoundTables.h"
 #include "Netlist.h"
 #include "Params.h"
-#include "SearchState.h"
+#include "SearchWorker.h"
 
 namespace korvel {
 
@@ -86,16 +86,14 @@ public:
     const std::optional<SearchCounters>& getSearchCounters() const { return searchCounters; }
 
     // Tests a node: cycles, area, bound. True keeps it, with its wirelength when all relations of
-    // its newest block are fixed: then its blocks are placed and aligned in `placement`.
-    bool estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes,
-                      WorkingPlacement& placement) const;
+    // its newest block are fixed: then its blocks are placed and aligned in the worker's placement.
+    bool estimateNode(BBNode& node, float bestWL, SearchWorker& worker) const;
 
     // --- Branching ----------------------------------------------------------------------------
 
     // Pushes the children of a kept node on `stack`, the most promising last. `node` is used up.
     // Counts what the bound cuts.
-    void branch(NodeStack& stack, BBNode& node, float bestWL,
-                std::vector<std::uint64_t>& cutAtBranching) const;
+    void branch(NodeStack& stack, BBNode& node, float bestWL, SearchCounters& counters) const;
 
     // Indexes of the keys in ascending order; the comparisons fix the order of equal keys.
     static std::array<unsigned, 3> sortThreeNodes(const std::array<float, 4>& keys);
@@ -121,12 +119,11 @@ private:
     void writeStatistics(const std::string& text);
 
     // Search.
-    void BBcore(SearchState& state, const AlignmentTables& alignment);
+    void BBcore(SearchState& state, const SearchTables& shared);
     bool takeNode(SearchState& state, BBNode& node) const;
-    void expandShared(SearchState& state, BBNode& node, SearchCounters& counters,
-                      WorkingPlacement& placement);
-    void workOwnStack(SearchState& state, NodeStack& ownStack, BBNode& node,
-                      SearchCounters& counters, WorkingPlacement& placement);
+    void expandShared(SearchState& state, SearchWorker& worker);
+    void workOwnStack(SearchState& state, SearchWorker& worker);
+    bool isKept(SearchState& state, SearchWorker& worker);
     void updateBest(SearchState& state, const BBNode& node);
     void finishSearch(const AlignmentTables& alignment);
     void reportSearch();
@@ -138,7 +135,7 @@ private:
     void fillRemDistances(BBNode& node, Orient orient) const;
     void branchOrientations(NodeStack& stack, BBNode& node, float bestWL) const;
     void branchTopologies(NodeStack& stack, const BBNode& node, float bestWL,
-                          std::vector<std::uint64_t>& cutAtBranching) const;
+                          SearchCounters& counters) const;
 
     std::ostream& out;
     unsigned numBlocks = 0;  // from the benchmark, then those that the current pass places

@@ -58,8 +58,7 @@ struct Children {
 
 }  // namespace
 
-void Placer::branch(NodeStack& stack, BBNode& node, float bestWL,
-                    std::vector<std::uint64_t>& cutAtBranching) const {
+void Placer::branch(NodeStack& stack, BBNode& node, float bestWL, SearchCounters& counters) const {
     if (node.isBlockComplete()) {
         branchOrientations(stack, node, bestWL);
     } else if (node.definedNodes > node.numBlocks - 1) {
@@ -68,7 +67,7 @@ void Placer::branch(NodeStack& stack, BBNode& node, float bestWL,
                   << "false numBlocks: " << numBlocks << std::endl;
         std::exit(0);
     } else {
-        branchTopologies(stack, node, bestWL, cutAtBranching);
+        branchTopologies(stack, node, bestWL, counters);
     }
 }
 
@@ -136,7 +135,7 @@ void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL) co
 }
 
 void Placer::branchTopologies(NodeStack& stack, const BBNode& node, float bestWL,
-                              std::vector<std::uint64_t>& cutAtBranching) const {
+                              SearchCounters& counters) const {
     const unsigned a = node.numBlocks - 1;
     const unsigned b = node.definedNodes;
     KORVEL_INVARIANT(node.remDistances.size() > b + 1,
@@ -152,7 +151,7 @@ void Placer::branchTopologies(NodeStack& stack, const BBNode& node, float bestWL
         const float distance =
             tables.getMinDistances(a, b, node.blocksOrients[a], node.blocksOrients[b], topology);
         if (distance + node.wirelength + remaining > bestWL) {
-            ++cutAtBranching[node.blockLevel - 1];
+            ++counters.cutAtBranching[node.blockLevel - 1];
             continue;
         }
         // A relation that costs much more than the level's cheapest one is given up, although its

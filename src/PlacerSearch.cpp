@@ -42,6 +42,11 @@ void requestShare(SearchState& state, bool wanted) {
     }
 }
 
+// The wirelength is a float not smaller than any float that the bound does not pass.
+float roundDown(double bound) {
+    return std::nextafter(static_cast<float>(bound), 0.0F);
+}
+
 bool isOver(SearchState& state) {
     if (state.activeWorkers.load() != 0) {
         return false;
@@ -83,14 +88,14 @@ void Placer::BandB() {
     out << numThreads << " concurrent threads are used" << std::endl << std::endl;
 
     netlist.unplaceAllNets();
-    const AlignmentTables alignment(netlist, numBlocks);
+    const SearchTables shared(netlist, numBlocks, area());
     SearchState state(numBlocks * (numBlocks + 1) / 2,
                       hasBound ? initWL : std::numeric_limits<float>::max());
     state.sharedStack.push(BBNode());
     state.sharedStackEmpty.store(false);
     std::vector<std::thread> workers;
     for (unsigned thread = 0; thread < numThreads; ++thread) {
-        workers.emplace_back([&] { BBcore(state, alignment); });
+        workers.emplace_back([&] { BBcore(state, shared); });
     }
     for (std::thread& worker : workers) {
         worker.join();
@@ -98,27 +103,24 @@ void Placer::BandB() {
     bestNode = state.bestNode;
     searchCounters = state.counters;
 
-    finishSearch(alignment);
+    finishSearch(shared.alignment);
     reportSearch();
     banner("===   End B&B   ===");
 }
 
-void Placer::BBcore(SearchState& state, const AlignmentTables& alignment) {
-    WorkingPlacement placement(alignment);
-    SearchCounters counters(state.levelCount);
-    NodeStack ownStack;
-    BBNode node;
-    while (takeNode(state, node)) {
-        if (node.blockLevel < kSharedLevels) {
-            expandShared(state, node, counters, placement);
+void Placer::BBcore(SearchState& state, const SearchTables& shared) {
+    SearchWorker worker(shared, state.levelCount);
+    while (takeNode(state, worker.node)) {
+        if (worker.node.blockLevel < kSharedLevels) {
+            expandShared(state, worker);
         } else {
-            ownStack.push(node);
-            workOwnStack(state, ownStack, node, counters, placement);
+            worker.ownStack.push(worker.node);
+            workOwnStack(state, worker);
         }
         countOut(state);
     }
     const std::lock_guard lock(state.bestMutex);
-    state.counters.add(counters);
+    state.counters.add(worker.counters);
 }
 
 // Waits for a node on the shared stack; false at the end of the search. A worker that gets one is
@@ -146,39 +148,42 @@ bool Placer::takeNode(SearchState& state, BBNode& node) const {
     return false;
 }
 
-void Placer::expandShared(SearchState& state, BBNode& node, SearchCounters& counters,
-                          WorkingPlacement& placement) {
-    if (!estimateNode(node, state.bestWL.load(), counters.sortedNodes, placement)) {
-        ++counters.prunedByBound[node.blockLevel - 1];
-    } else if (node.blockLevel == state.levelCount) {
-        updateBest(state, node);
-    } else {
+void Placer::expandShared(SearchState& state, SearchWorker& worker) {
+    if (isKept(state, worker)) {
         const std::lock_guard lock(state.stackMutex);
-        branch(state.sharedStack, node, state.bestWL.load(), counters.cutAtBranching);
+        branch(state.sharedStack, worker.node, state.bestWL.load(), worker.counters);
         state.sharedStackEmpty.store(state.sharedStack.empty());
     }
-    ++counters.expandedNodes;
 }
 
 // Works on the own stack until it is empty, or handed over to a worker that waits. A single node
 // is not worth handing over.
-void Placer::workOwnStack(SearchState& state, NodeStack& ownStack, BBNode& node,
-                          SearchCounters& counters, WorkingPlacement& placement) {
-    while (!ownStack.empty() && !stopRequested.load(std::memory_order_relaxed)) {
-        if (state.shareRequest.load() && ownStack.size() != 1) {
-            shareOwnStack(state, ownStack);
+void Placer::workOwnStack(SearchState& state, SearchWorker& worker) {
+    while (!worker.ownStack.empty() && !stopRequested.load(std::memory_order_relaxed)) {
+        if (state.shareRequest.load() && worker.ownStack.size() != 1) {
+            shareOwnStack(state, worker.ownStack);
             continue;
         }
-        ownStack.popInto(node);
-        if (!estimateNode(node, state.bestWL.load(), counters.sortedNodes, placement)) {
-            ++counters.prunedByBound[node.blockLevel - 1];
-        } else if (node.blockLevel == state.levelCount) {
-            updateBest(state, node);
-        } else {
-            branch(ownStack, node, state.bestWL.load(), counters.cutAtBranching);
+        worker.ownStack.popInto(worker.node);
+        if (isKept(state, worker)) {
+            branch(worker.ownStack, worker.node, state.bestWL.load(), worker.counters);
         }
-        ++counters.expandedNodes;
     }
+}
+
+// Tests the worker's node. A complete one that passes may be the best, and is not branched.
+bool Placer::isKept(SearchState& state, SearchWorker& worker) {
+    const BBNode& node = worker.node;
+    ++worker.counters.expandedNodes;
+    if (!estimateNode(worker.node, state.bestWL.load(), worker)) {
+        ++worker.counters.prunedByBound[node.blockLevel - 1];
+        return false;
+    }
+    if (node.blockLevel == state.levelCount) {
+        updateBest(state, node);
+        return false;
+    }
+    return true;
 }
 
 void Placer::updateBest(SearchState& state, const BBNode& node) {
@@ -191,8 +196,7 @@ void Placer::updateBest(SearchState& state, const BBNode& node) {
     }
 }
 
-bool Placer::estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes,
-                          WorkingPlacement& placement) const {
+bool Placer::estimateNode(BBNode& node, float bestWL, SearchWorker& worker) const {
     // 1. Nothing to measure before two blocks are related.
     if (node.numBlocks < 2 || node.definedNodes == 0) {
         return true;
@@ -211,7 +215,7 @@ bool Placer::estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes
     }
     const bool complete = node.isBlockComplete();
     if (complete) {
-        ++sortedNodes;
+        ++worker.counters.sortedNodes;
     }
     if (complete || params.getAreaConst()) {
         node.findCoords();
@@ -223,18 +227,24 @@ bool Placer::estimateNode(BBNode& node, float bestWL, std::uint64_t& sortedNodes
         }
     }
 
-    // 3. Only block-complete nodes pay for alignment and wirelength.
-    if (complete) {
-        node.placeAndAlign(placement, params.getAreaConst(), area());
-    }
-
-    // 4. Keep strictly better bounds only: a tie cannot improve the best placement.
     KORVEL_INVARIANT(node.remDistances.size() > node.definedNodes,
                      "curNode->remDistances.size()-1>=curNode->definedNodes");
     const float remaining = node.remDistances[node.definedNodes];
+    // Strictly better bounds only: a tie cannot improve the best placement.
     const auto isHopeless = [&](float wirelength) { return !(bestWL > remaining + wirelength); };
+
+    // 3. Only block-complete nodes pay for alignment and wirelength, and of these not the ones
+    // that no alignment can save.
     if (complete) {
-        node.wirelength = placement.partialHPWL(isHopeless);
+        if (bestWL < std::numeric_limits<float>::max() && params.getAreaConst()) {
+            const LengthBound& bound = worker.tables.lengthBound;
+            const double enough = 1.0001 * (double{bestWL} - remaining);
+            if (isHopeless(roundDown(bound.leastLength(node, worker.boundSpace, enough)))) {
+                return false;
+            }
+        }
+        node.placeAndAlign(worker.placement, params.getAreaConst(), area());
+        node.wirelength = worker.placement.partialHPWL(isHopeless);
     }
     return !isHopeless(node.wirelength);
 }

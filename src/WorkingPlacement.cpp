@@ -17,15 +17,17 @@ WorkingPlacement::WorkingPlacement(const AlignmentTables& tables) : tables(table
     for (const Axis axis : {kX, kY}) {
         edges[axis].assign(blockNum, 0.0F);
         wholeExtents[axis].assign(blockNum, 0.0F);
+        wanted[axis].assign(blockNum, 0.0F);
+        outdated[axis].assign(blockNum, 1);
     }
-    wanted.assign(blockNum, {});
-    outdated.assign(blockNum, 1);
 }
 
 void WorkingPlacement::start(unsigned number) {
     tables.checkPlacedCounts(number);
     numPlaced = number;
-    std::fill_n(outdated.begin(), number, 1);
+    for (const Axis axis : {kX, kY}) {
+        std::fill_n(outdated[axis].begin(), number, 1);
+    }
 }
 
 void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
@@ -50,12 +52,16 @@ void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
 }
 
 Point WorkingPlacement::wantedStep(unsigned block) {
-    if (outdated[block] != 0) {
-        outdated[block] = 0;
+    if (outdated[kX][block] != 0 || outdated[kY][block] != 0) {
         vote(tables.blockBallot(numPlaced, block));
-        wanted[block] = votes.step(Middle::Lower);
+        for (const Axis axis : {kX, kY}) {
+            if (outdated[axis][block] != 0) {
+                wanted[axis][block] = votes.step(axis, Middle::Lower);
+                outdated[axis][block] = 0;
+            }
+        }
     }
-    return wanted[block];
+    return {wanted[kX][block], wanted[kY][block]};
 }
 
 Point WorkingPlacement::wantedStepToTerminals() {
@@ -91,15 +97,22 @@ void WorkingPlacement::voteOfBundle(const AlignmentTables::BundleVote& vote, Axi
     }
 }
 
-void WorkingPlacement::voteOfNet(AlignmentTables::Range net) {
+void WorkingPlacement::voteOfNet(AlignmentTables::Range runs) {
     NetScan scan;
-    for (unsigned i = net.begin; i < net.end; ++i) {
-        // A position that is nowhere changes nothing on its side.
-        const auto [own, other] = tables.scanPins[i];
-        scan.addOwn(sites[own]);
-        scan.addOther(sites[other]);
+    for (unsigned i = runs.begin; i < runs.end; ++i) {
+        scan.addOther(endsOf(tables.scanRuns[i], allLanes(kInfinity)));
+        if (++i < runs.end) {
+            scan.addOwn(endsOf(tables.scanRuns[i], allLanes(kInfinity)));
+        }
     }
     votes.addWithFree(scan.advice());
+}
+
+Quad WorkingPlacement::endsOf(AlignmentTables::Range list, Quad ends) const {
+    for (unsigned i = list.begin; i < list.end; ++i) {
+        ends = smaller(sites[tables.siteLists[i]], ends);
+    }
+    return ends;
 }
 
 void WorkingPlacement::moveBlock(unsigned index, Point distance) {
@@ -120,28 +133,28 @@ void WorkingPlacement::moveBody(unsigned index, Point distance) {
     const AlignmentTables::Body& body = tables.bodies[index];
     for (const Axis axis : {kX, kY}) {
         const float along = axis == kX ? distance.x : distance.y;
+        if (along == 0.0F) {
+            continue;
+        }
         edges[axis][index] += along;
         const AlignmentTables::Range moved = body.lanes[familyAlong(index, axis)];
         for (unsigned i = moved.begin; i < moved.end; ++i) {
             lanes[i] += along;
+        }
+        for (const unsigned block : tables.dependents(index)) {
+            outdated[axis][block] = 1;
         }
     }
     const Quad both = quadOf(distance);
     for (unsigned i = body.sites.begin; i < body.sites.end; ++i) {
         sites[i] += both;
     }
-    for (const unsigned block : tables.dependents(index)) {
-        outdated[block] = 1;
-    }
 }
 
 float WorkingPlacement::boxLength(AlignmentTables::Range list) const {
     constexpr float kMost = std::numeric_limits<float>::max();
     constexpr float kLeast = std::numeric_limits<float>::min();
-    Quad ends = {kMost, kMost, -kLeast, -kLeast};
-    for (unsigned i = list.begin; i < list.end; ++i) {
-        ends = smaller(sites[tables.siteLists[i]], ends);
-    }
+    const Quad ends = endsOf(list, Quad{kMost, kMost, -kLeast, -kLeast});
     return (-ends[2] - ends[0]) - ends[3] - ends[1];
 }
 
@@ -174,7 +187,7 @@ void WorkingPlacement::applyTo(Netlist& netlist) const {
         if (body >= numPlaced) {
             continue;
         }
-        if (site != AlignmentTables::kNowhere) {
+        if (site != AlignmentTables::kNoSite) {
             netlist.pins[i].setCoord({sites[site][kX], sites[site][kY]});
         } else {
             netlist.pins[i].setCoord(

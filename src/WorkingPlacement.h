@@ -51,7 +51,8 @@ private:
     unsigned familyAlong(unsigned body, Axis axis) const { return onSide[body] ^ axis; }
     void vote(const AlignmentTables::Ballot& ballot);
     void voteOfBundle(const AlignmentTables::BundleVote& vote, Axis axis);
-    void voteOfNet(AlignmentTables::Range net);
+    void voteOfNet(AlignmentTables::Range runs);
+    Quad endsOf(AlignmentTables::Range list, Quad ends) const;
     void moveBody(unsigned body, Point distance);
     float boxLength(AlignmentTables::Range list) const;
     float addSitePairs(float sum, AlignmentTables::Range pairs) const;
@@ -65,8 +66,8 @@ private:
     std::vector<Quad> sites;                 // positions
     std::vector<float> edges[kAxes];         // by block
     std::vector<float> wholeExtents[kAxes];  // by block
-    std::vector<Point> wanted;               // last answer of the vote, by block
-    std::vector<char> outdated;              // the vote has to be taken again, by block
+    std::vector<float> wanted[kAxes];        // last answer of the vote, by block
+    std::vector<char> outdated[kAxes];       // the vote has to be taken again, by block
     StepVotes votes;
 };
 

@@ -1,0 +1,38 @@
+// What one worker of a search has for itself: where it places blocks, its open nodes and its
+// counters. And what all workers read while it works.
+#pragma once
+
+#include "AlignmentTables.h"
+#include "LengthBound.h"
+#include "NodeStack.h"
+#include "SearchState.h"
+#include "WorkingPlacement.h"
+
+namespace korvel {
+
+// Worked out from the netlist before the workers start.
+struct SearchTables {
+    SearchTables(const Netlist& netlist, unsigned numBlocks, Area area)
+        : alignment(netlist, numBlocks), lengthBound(netlist, numBlocks, area) {}
+
+    AlignmentTables alignment;
+    LengthBound lengthBound;
+};
+
+struct SearchWorker {
+    // `shared` must outlive the worker.
+    SearchWorker(const SearchTables& shared, unsigned levelCount)
+        : tables(shared),
+          placement(shared.alignment),
+          boundSpace(shared.lengthBound.makeWorkspace()),
+          counters(levelCount) {}
+
+    const SearchTables& tables;
+    WorkingPlacement placement;
+    LengthBound::Workspace boundSpace;
+    NodeStack ownStack;
+    BBNode node;  // the one at hand
+    SearchCounters counters;
+};
+
+}  // namespace korvel

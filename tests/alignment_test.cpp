@@ -1,0 +1,162 @@
+// The fast way of aligning and measuring a node against the plain one, to the bit; and the bound
+// that spares it.
+
+#include "LengthBound.h"
+#include "plain_alignment.h"
+
+namespace korvel::test {
+namespace {
+
+// A node of the first dies in random orientations and relations that fits the area; empty if the
+// draw does not.
+BBNode randomNode(std::mt19937& random, const Netlist& netlist, unsigned dies, Area area) {
+    BBNode node;
+    for (unsigned a = 0; a < dies; ++a) {
+        node.addBlock(static_cast<Orient>(random() % 4), netlist);
+        for (unsigned b = 0; b < a; ++b) {
+            node.relate(a, b, static_cast<Topology>(random() % 4));
+            if (!node.sortGraphs()) {
+                return {};
+            }
+            node.findCoords();
+        }
+    }
+    node.updateSizes();
+    const bool fits = area.width == 0 || (node.width <= area.width && node.height <= area.height);
+    return fits ? node : BBNode();
+}
+
+// Many pins in few columns and rows between two dies, as bumps are.
+Design bumpDesign(unsigned seed) {
+    Design design = randomDesign(seed, {4, seed % 2 * 3, 6, seed % 4 > 1});
+    std::mt19937 random(seed);
+    const auto place = [&] { return 7.3F * static_cast<float>(random() % 9) - 29.0F; };
+    for (unsigned i = 0; i < 150; ++i) {
+        const unsigned a = i < 100 ? 0 : 2;
+        design.nets.push_back(
+            {{design.dies[a].name, 44.1F - 3.7F * static_cast<float>(i % 3), place()},
+             {design.dies[a + 1].name, -41.9F, place() + 1.1F}});
+    }
+    return design;
+}
+
+// Pins nearly in line, where the pins' order decides; sizes and places with long fractions.
+Design unevenDesign(unsigned seed) {
+    Design design = randomDesign(seed, {5, seed % 3 * 3, 25, true});
+    std::mt19937 random(seed);
+    const auto jitter = [&] { return static_cast<float>(random() % 100) * 0.0037F; };
+    for (Die& die : design.dies) {
+        die.width += jitter();
+        die.height += jitter();
+    }
+    for (auto& net : design.nets) {
+        for (PinAt& pin : net) {
+            pin.x = std::max(-50.0F, std::min(50.0F, pin.x + jitter()));
+        }
+    }
+    return design;
+}
+
+Design designOf(unsigned kind, unsigned seed) {
+    switch (kind) {
+        case 0:
+            return randomDesign(seed, {3 + seed % 5, seed % 4 * 2, 10 + seed % 30, seed % 2 == 0});
+        case 1:
+            return unevenDesign(seed);
+        default:
+            return bumpDesign(seed);
+    }
+}
+
+// How many nodes were compared.
+unsigned expectSame(Design design, std::mt19937& random) {
+    if (random() % 4 == 0) {
+        design.area = {};
+    }
+    Engine fast(design);
+    Engine plain(design);
+    fast.placer.ordering();
+    plain.placer.ordering();
+    const auto dies = static_cast<unsigned>(design.dies.size());
+    const AlignmentTables tables(fast.netlist, dies);
+    const LengthBound bound(fast.netlist, dies, design.area);
+    LengthBound::Workspace space = bound.makeWorkspace();
+    WorkingPlacement placement(tables);
+    unsigned compared = 0;
+    for (unsigned draw = 0; draw < 60; ++draw) {
+        const unsigned placed = 2 + static_cast<unsigned>(random()) % (dies - 1);
+        BBNode node = randomNode(random, fast.netlist, placed, design.area);
+        if (node.numBlocks == 0) {
+            continue;
+        }
+        SCOPED_TRACE(draw);
+        PlainAlignment alignment(node, plain.netlist, design.area);
+        alignment.run();
+        node.placeAndAlign(placement, design.area.width > 0, design.area);
+        placement.applyTo(fast.netlist);
+        for (std::size_t i = 0; i < fast.netlist.pins.size(); ++i) {
+            const Point a = fast.netlist.pins[i].getCoord();
+            const Point b = plain.netlist.pins[i].getCoord();
+            if (fast.netlist.pins[i].isPlaced()) {
+                EXPECT_TRUE(a.x == b.x && a.y == b.y) << "pin " << i;
+            }
+        }
+        const float length = placement.partialHPWL([](float) { return false; });
+        EXPECT_EQ(length, alignment.partialLength());
+        if (design.area.width > 0) {
+            constexpr double kAll = 1e30;
+            EXPECT_LE(bound.leastLength(node, space, kAll), length);
+        }
+        fast.netlist.unplaceAllNets();
+        ++compared;
+    }
+    return compared;
+}
+
+class Alignment : public testing::TestWithParam<unsigned> {};
+
+TEST_P(Alignment, FastAndPlainAgreeToTheBit) {
+    std::mt19937 random(GetParam());
+    unsigned compared = 0;
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        SCOPED_TRACE(seed);
+        compared += expectSame(designOf(GetParam(), seed), random);
+    }
+    EXPECT_GT(compared, 400U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Designs, Alignment, testing::Values(0U, 1U, 2U));
+
+// Dies of 10 x 10 with nets from the far edge of one to the far edge of its neighbour: 20 along x,
+// and the third die's centre is a die's height above the second's.
+TEST(LengthBound, CountsWhatRelationsKeepApart) {
+    Design design;
+    design.dies = {{"a", 10, 10}, {"b", 10, 10}, {"c", 10, 10}};
+    design.nets = {{{"a", -50, 0}, {"b", 50, 0}}, {{"a", -50, 0}, {"b", 50, 0}, {"c", 0, 0}}};
+    design.area = {100, 100};
+    Engine engine(design);
+    const LengthBound bound(engine.netlist, 3, design.area);
+    LengthBound::Workspace space = bound.makeWorkspace();
+    BBNode node;
+    const auto add = [&](Topology toA, Topology toB) {
+        node.addBlock(Orient::N, engine.netlist);
+        if (node.numBlocks > 1) {
+            node.relate(node.numBlocks - 1, 0, toA);
+        }
+        if (node.numBlocks > 2) {
+            node.relate(2, 1, toB);
+        }
+        node.sortGraphs();
+        node.findCoords();
+        node.updateSizes();
+    };
+    add({}, {});
+    add(Topology::R, {});
+    // The vertical graph has not seen the dies yet, so nothing is known for certain.
+    EXPECT_EQ(bound.leastLength(node, space, 1e30), 0);
+    add(Topology::R, Topology::A);
+    EXPECT_NEAR(bound.leastLength(node, space, 1e30), 20 + (20 + 10), 0.2);
+}
+
+}  // namespace
+}  // namespace korvel::test

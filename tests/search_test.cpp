@@ -1,0 +1,177 @@
+// The search: against plain enumeration, with several workers, stopped, and in stages.
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <thread>
+
+#include "helpers.h"
+
+namespace korvel::test {
+namespace {
+
+// The wirelengths of all orientations and relations of the dies, measured as the search does. What
+// it rejects before it measures must be longer than it claims.
+std::set<float> enumerate(const Design& design) {
+    Engine engine(design);
+    engine.placer.ordering();
+    const auto n = static_cast<unsigned>(design.dies.size());
+    const SearchTables tables(engine.netlist, n, design.area);
+    SearchWorker worker(tables, 0);
+    const bool areaConst = design.area.width > 0;
+    std::set<float> lengths;
+    for (unsigned code = 0; code < 1U << n * (n + 1); ++code) {
+        BBNode node;
+        bool possible = true;
+        unsigned rest = code;  // two bits per decision
+        for (unsigned a = 0; a < n; ++a) {
+            node.addBlock(static_cast<Orient>(rest & 3U), engine.netlist);
+            rest >>= 2U;
+            for (unsigned b = 0; b < a; ++b) {
+                node.relate(a, b, static_cast<Topology>(rest & 3U));
+                rest >>= 2U;
+                // At every step, since the sizes depend on it.
+                possible = possible && node.sortGraphs();
+                node.findCoords();
+            }
+        }
+        node.updateSizes();
+        if (!possible ||
+            (areaConst && (node.width > design.area.width || node.height > design.area.height))) {
+            continue;
+        }
+        node.placeAndAlign(worker.placement, areaConst, design.area);
+        const float length = worker.placement.partialHPWL([](float) { return false; });
+        lengths.insert(length);
+        if (areaConst) {
+            EXPECT_LE(tables.lengthBound.leastLength(node, worker.boundSpace, kInfinity), length)
+                << "arrangement " << code;
+        }
+    }
+    return lengths;
+}
+
+TEST(Search, FindsAnArrangementThatExistsAndMostlyTheBest) {
+    unsigned optimal = 0;
+    constexpr unsigned kDesigns = 24;
+    for (unsigned seed = 0; seed < kDesigns; ++seed) {
+        SCOPED_TRACE(seed);
+        Design design =
+            randomDesign(seed, {2 + seed % 2, seed % 3 * 2, 6 + seed % 5, seed % 4 < 2});
+        if (seed % 5 == 0) {
+            design.area = {};
+        }
+        const std::set<float> lengths = enumerate(design);
+        Engine engine(design);
+        engine.placer.ordering();
+        engine.placer.place();
+        const float found = engine.placer.getBestNode().wirelength;
+        EXPECT_EQ(lengths.count(found), 1U) << found;
+        optimal += found == *lengths.begin() ? 1 : 0;
+    }
+    // The bounds are tuned, not proven, so the best may be cut off. Often is a fault.
+    EXPECT_GE(optimal, kDesigns * 3 / 4);
+}
+
+TEST(Search, RunsAreSoundWithOneWorkerAndWithFour) {
+    for (unsigned seed = 100; seed < 108; ++seed) {
+        for (const unsigned threads : {1U, 4U}) {
+            SCOPED_TRACE(testing::Message() << "seed " << seed << ", threads " << threads);
+            const Design design = randomDesign(seed, {2 + seed % 3, seed % 2 * 4, 12});
+            Engine engine(design, threads);
+            EXPECT_EQ(engine.placer.run(), 0);
+            expectSoundRun(design, engine.report.str());
+        }
+    }
+}
+
+TEST(Search, OneDieAndAnAreaTooSmall) {
+    Engine one(Design{{{"d", 10, 4}}, {}, {{{"d", -50, -50}, {"d", 50, 50}}}, {20, 20}}, 2);
+    one.placer.run();
+    const std::vector<Pass> passes = readReport(one.report.str());
+    EXPECT_EQ(passes.at(0).updates, std::vector<double>{0});
+    EXPECT_EQ(passes.at(1).wirelength, 14);  // all nets now, also those on one die
+
+    Design design = randomDesign(1, {3, 0, 4});
+    design.area = {4, 4};
+    Engine small(design, 2);
+    small.placer.run();
+    for (const Pass& pass : readReport(small.report.str())) {
+        EXPECT_TRUE(pass.updates.empty());
+        EXPECT_TRUE(pass.placement.empty());
+    }
+}
+
+// A report that tells another thread when the first solution has been found. Only the writer reads
+// the text before the run is over.
+class WatchedReport : public std::stringbuf {
+public:
+    std::future<void> found() { return promise.get_future(); }
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        if (!told && std::string(text, static_cast<std::size_t>(size)).find("is updated") !=
+                         std::string::npos) {
+            told = true;
+            promise.set_value();
+        }
+        return std::stringbuf::xsputn(text, size);
+    }
+
+private:
+    bool told = false;
+    std::promise<void> promise;
+};
+
+TEST(Search, StopsPromptlyOnRequestAndReportsTheBestSoFar) {
+    const Design design = randomDesign(42, {10, 6, 60});
+    WatchedReport buffer;
+    std::ostream report(&buffer);
+    std::future<void> found = buffer.found();
+    Placer placer(0.0F, report);
+    load(placer, design, 3);
+    std::chrono::steady_clock::time_point asked;
+    std::thread stopper([&] {
+        found.wait();
+        asked = std::chrono::steady_clock::now();
+        placer.requestStop();
+    });
+    placer.run();
+    const auto ended = std::chrono::steady_clock::now();
+    stopper.join();
+    EXPECT_LT(ended - asked, std::chrono::seconds(15));
+    expectSoundRun(design, buffer.str());
+    EXPECT_TRUE(readReport(buffer.str()).at(1).updates.empty());
+}
+
+TEST(Search, ManyDiesArePlacedInStagesThatFollowEachOther) {
+    Design design;
+    for (unsigned i = 0; i < 100; ++i) {
+        design.dies.push_back({"d" + std::to_string(i), 1, 2});
+    }
+    design.area = {300, 300};
+    Engine engine(design);
+    engine.placer.run();
+    std::string banners;
+    std::istringstream lines(engine.report.str());
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("===", 0) == 0 && line.find("B&B") == std::string::npos) {
+            banners += line + "\n";
+        }
+    }
+    std::string expected = "===   Blocks placement six  ===\n";
+    for (unsigned n = 7; n <= 100; ++n) {
+        expected +=
+            "===   Blocks placement for " + std::to_string(n) + " blocks  ===\n===   End   ===\n";
+    }
+    EXPECT_EQ(banners, expected);
+    const std::vector<Pass> passes = readReport(engine.report.str());
+    ASSERT_EQ(passes.size(), 94U);
+    EXPECT_EQ(faults(design, passes.back()), "");
+    // One node for each level of the stage before, then the new die's orientations, a relation to
+    // die 0 for each of them, and the other relations for one.
+    EXPECT_LE(engine.placer.getSearchCounters()->expandedNodes, 1U + 4950 + 4 + 4 * 4 + 98 * 4);
+}
+
+}  // namespace
+}  // namespace korvel::test

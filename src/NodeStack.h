@@ -24,8 +24,14 @@ public:
         return slot;
     }
 
-    // Exchanges the top node with `node` and takes it off; there must be one.
-    void popInto(BBNode& node) { std::swap(node, slots[--count]); }
+    // The top node, which may be changed in place, until the next push; there must be one.
+    BBNode& top() { return slots[count - 1]; }
+    void pop() { --count; }
+    // Exchanges the top node with `node` and takes it off.
+    void popInto(BBNode& node) {
+        std::swap(node, top());
+        pop();
+    }
 
     void swap(NodeStack& other) {
         slots.swap(other.slots);

@@ -123,7 +123,7 @@ private:
     bool takeNode(SearchState& state, BBNode& node) const;
     void expandShared(SearchState& state, SearchWorker& worker);
     void workOwnStack(SearchState& state, SearchWorker& worker);
-    bool isKept(SearchState& state, SearchWorker& worker);
+    bool isKept(SearchState& state, SearchWorker& worker, BBNode& node);
     void updateBest(SearchState& state, const BBNode& node);
     void finishSearch(const AlignmentTables& alignment);
     void reportSearch();

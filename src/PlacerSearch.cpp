@@ -149,7 +149,7 @@ bool Placer::takeNode(SearchState& state, BBNode& node) const {
 }
 
 void Placer::expandShared(SearchState& state, SearchWorker& worker) {
-    if (isKept(state, worker)) {
+    if (isKept(state, worker, worker.node)) {
         const std::lock_guard lock(state.stackMutex);
         branch(state.sharedStack, worker.node, state.bestWL.load(), worker.counters);
         state.sharedStackEmpty.store(state.sharedStack.empty());
@@ -164,18 +164,20 @@ void Placer::workOwnStack(SearchState& state, SearchWorker& worker) {
             shareOwnStack(state, worker.ownStack);
             continue;
         }
-        worker.ownStack.popInto(worker.node);
-        if (isKept(state, worker)) {
+        // Most nodes end here, so they are tested where they lie.
+        if (isKept(state, worker, worker.ownStack.top())) {
+            worker.ownStack.popInto(worker.node);
             branch(worker.ownStack, worker.node, state.bestWL.load(), worker.counters);
+        } else {
+            worker.ownStack.pop();
         }
     }
 }
 
-// Tests the worker's node. A complete one that passes may be the best, and is not branched.
-bool Placer::isKept(SearchState& state, SearchWorker& worker) {
-    const BBNode& node = worker.node;
+// Tests a node. A complete one that passes may be the best, and is not branched.
+bool Placer::isKept(SearchState& state, SearchWorker& worker, BBNode& node) {
     ++worker.counters.expandedNodes;
-    if (!estimateNode(worker.node, state.bestWL.load(), worker)) {
+    if (!estimateNode(node, state.bestWL.load(), worker)) {
         ++worker.counters.prunedByBound[node.blockLevel - 1];
         return false;
     }

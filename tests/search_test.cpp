@@ -10,14 +10,13 @@
 namespace korvel::test {
 namespace {
 
-// The wirelengths of all orientations and relations of the dies, measured as the search does. What
-// it rejects before it measures must be longer than it claims.
+// The wirelengths of all orientations and relations of the dies, measured as the search does.
 std::set<float> enumerate(const Design& design) {
     Engine engine(design);
     engine.placer.ordering();
     const auto n = static_cast<unsigned>(design.dies.size());
-    const SearchTables tables(engine.netlist, n, design.area);
-    SearchWorker worker(tables, 0);
+    const AlignmentTables alignment(engine.netlist, n);
+    WorkingPlacement placement(alignment);
     const bool areaConst = design.area.width > 0;
     std::set<float> lengths;
     for (unsigned code = 0; code < 1U << n * (n + 1); ++code) {
@@ -40,13 +39,8 @@ std::set<float> enumerate(const Design& design) {
             (areaConst && (node.width > design.area.width || node.height > design.area.height))) {
             continue;
         }
-        node.placeAndAlign(worker.placement, areaConst, design.area);
-        const float length = worker.placement.partialHPWL([](float) { return false; });
-        lengths.insert(length);
-        if (areaConst) {
-            EXPECT_LE(tables.lengthBound.leastLength(node, worker.boundSpace, kInfinity), length)
-                << "arrangement " << code;
-        }
+        node.placeAndAlign(placement, areaConst, design.area);
+        lengths.insert(placement.partialHPWL([](float) { return false; }));
     }
     return lengths;
 }

@@ -47,8 +47,13 @@ private:
             std::count_if(net.getPins().begin(), net.getPins().end(),
                           [&](const Pin* pin) { return isPlaced(*pin, placed); }));
     }
+    // A net of two pins; of the first two if there are more of them than it declares.
     static bool isPair(const Net& net) {
-        return net.getDeclaredDegree() == 2 && net.getNetDegree() == 2;
+        return net.getDeclaredDegree() == 2 && net.getNetDegree() >= 2;
+    }
+    bool isPlacedPair(const Net& net, unsigned placed) const {
+        return isPair(net) && isPlaced(*net.getPins()[0], placed) &&
+               isPlaced(*net.getPins()[1], placed);
     }
 
     static unsigned size(const auto& array) { return static_cast<unsigned>(array.size()); }
@@ -56,12 +61,12 @@ private:
     void numberBodies() {
         pinBodies.assign(netlist.pins.size(), t.terminalBody());
         for (unsigned i = 0; i < netlist.blocks.size(); ++i) {
-            const unsigned body = i < t.numBlocks ? i : t.numBlocks + 1;
+            const unsigned body = i < t.numBlocks ? i : t.unplacedBody();
             for (const Pin* pin : netlist.blocks[i].getPins()) {
                 pinBodies[pinNumber(*pin)] = body;
             }
         }
-        t.pinPlaces.resize(netlist.pins.size());
+        t.pinPlaces.resize(netlist.pins.size(), {t.unplacedBody(), kNoSite, {0, 0}});
         hasLanes.resize(netlist.pins.size(), false);
         t.dependentBlocks.resize(t.numBlocks + 1);
         t.indexBodies.resize(t.numBlocks);
@@ -75,13 +80,9 @@ private:
         }
     }
 
-    // What tells apart the pins of a body. Terminals are "placed" at the origin: their place is
-    // their position.
+    // What tells apart the pins of a body.
     static Point placeOf(const Pin& pin) {
         return pin.isTerminal() ? pin.getCoord() : pin.getOffset();
-    }
-    static Point offsetOf(const Pin& pin, Orient orient) {
-        return pin.isTerminal() ? pin.getCoord() : pin.placeInBlock(orient);
     }
     static float along(Point place, unsigned family) { return family == 0 ? place.x : place.y; }
 
@@ -106,7 +107,7 @@ private:
         std::map<std::pair<unsigned, unsigned>, unsigned> groupOf;
         groupOfNet.resize(netlist.nets.size());
         for (const Net& net : netlist.nets) {
-            if (!isPair(net) || !isPassed(net)) {
+            if (!isPlacedPair(net, t.numBlocks)) {
                 continue;
             }
             const Pin* first = net.getPins()[0];
@@ -140,6 +141,9 @@ private:
         std::set<std::array<float, 4>> sitePairs;
         std::set<std::pair<float, float>> lanePairs[kFamilies][kFamilies];
         for (const auto& [net, first, second] : group.joints) {
+            if (net->getNetDegree() > 2) {
+                return false;  // its pins may vote one by one too, which takes sites
+            }
             const Point a = placeOf(*first);
             const Point b = placeOf(*second);
             sitePairs.insert({a.x, a.y, b.x, b.y});
@@ -152,12 +156,6 @@ private:
         const std::size_t upright = lanePairs[0][0].size() + lanePairs[1][1].size();
         const std::size_t onSide = lanePairs[0][1].size() + lanePairs[1][0].size();
         return upright + onSide < 3 * sitePairs.size();
-    }
-
-    // All of the net's pins belong to terminals or to blocks of this pass.
-    bool isPassed(const Net& net) const {
-        return std::all_of(net.getPins().begin(), net.getPins().end(),
-                           [&](const Pin* pin) { return bodyOf(*pin) <= t.terminalBody(); });
     }
 
     // Lanes and sites for the distinct places of the body's pins.
@@ -197,7 +195,7 @@ private:
                 kept.site = siteOfPlace.at({place.x, place.y});
             }
             for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
-                setOffsets(kept, static_cast<Orient>(o), offsetOf(*pin, static_cast<Orient>(o)));
+                setOffsets(kept, static_cast<Orient>(o), pin->placeInBlock(static_cast<Orient>(o)));
             }
         }
     }
@@ -361,7 +359,7 @@ private:
                 continue;
             }
             const auto isOwn = [block](const Pin& pin) { return pin.getBlockIndex() == block; };
-            if (!isPair(net)) {
+            if (!isPlacedPair(net, placed)) {
                 ballot.addNet(net, placed, isOwn);
             } else if (isOwn(*net.getPins()[0])) {
                 ballot.addPair(net, *net.getPins()[0]);
@@ -387,7 +385,7 @@ private:
             if (net.getTermNum() == 0 || placedPins < 2 || placedPins == net.getTermNum()) {
                 continue;
             }
-            if (isPair(net)) {
+            if (isPlacedPair(net, placed)) {
                 ballot.addPair(net, *net.getPins()[net.getPins()[0]->isTerminal() ? 1 : 0]);
             } else {
                 ballot.addNet(net, placed, [](const Pin& pin) { return !pin.isTerminal(); });
@@ -415,7 +413,7 @@ private:
             if (!isSpread(net, placed)) {
                 continue;
             }
-            if (isPair(net)) {
+            if (isPlacedPair(net, placed)) {
                 addPairLength(net, runs.begin);
                 continue;
             }
@@ -476,7 +474,7 @@ private:
             if (first == nullptr) {
                 first = pin;
             } else if (pin->getBlockIndex() != first->getBlockIndex() ||
-                       (pin->isTerminal() && !isPair(net))) {
+                       (pin->isTerminal() && !isPlacedPair(net, placed))) {
                 return true;
             }
         }

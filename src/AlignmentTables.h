@@ -115,6 +115,8 @@ public:
 
     unsigned getBlockNum() const { return numBlocks; }
     unsigned terminalBody() const { return numBlocks; }
+    // Of the pins on blocks that this pass does not place.
+    unsigned unplacedBody() const { return numBlocks + 1; }
 
     // Places relative to the corner of the block in an unmirrored orientation: of lanes along the
     // axis that they then have, of sites along both.

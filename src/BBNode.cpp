@@ -72,6 +72,7 @@ void BBNode::updateSizes() {
 }
 
 void BBNode::updateBlockCoordsConstGraph(WorkingPlacement& placement) const {
+    KORVEL_INVARIANT(numBlocks <= placement.getBlockNum(), "numBlocks <= blocks[thread].size()");
     placement.start(numBlocks);
     for (unsigned i = 0; i < numBlocks; ++i) {
         placement.place(i, {horizontalGraph.returnCoord(i), verticalGraph.returnCoord(i)},

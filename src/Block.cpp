@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 #include "Net.h"
 #include "Pin.h"
@@ -99,6 +100,14 @@ void Block::printParams(std::ostream& out) const {
         << "bCoordX: " << bCoord.x << std::endl
         << "bCoordY: " << bCoord.y << std::endl
         << "bOrient: " << OrientConverter::OrientToString(bOrient) << std::endl;
+}
+
+std::vector<unsigned> commonNets(const Block& a, const Block& b) {
+    std::vector<unsigned> common;
+    std::set_intersection(a.getNetsIndexes().begin(), a.getNetsIndexes().end(),
+                          b.getNetsIndexes().begin(), b.getNetsIndexes().end(),
+                          std::back_inserter(common));
+    return common;
 }
 
 }  // namespace korvel

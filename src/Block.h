@@ -70,4 +70,7 @@ private:
     bool isFlipped;
 };
 
+// The nets that both blocks are on, ascending.
+std::vector<unsigned> commonNets(const Block& a, const Block& b);
+
 }  // namespace korvel

@@ -77,7 +77,7 @@ bool ConsraintGraphList::topologicalSort() {
 }
 
 void ConsraintGraphList::findCoord() {
-    if (!sorted) {
+    if (!sorted || cyclic) {
         return;
     }
     sorted = false;

@@ -1,7 +1,8 @@
 #include "IO.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <array>
+#include <cstddef>
 #include <functional>
 #include <iostream>
 #include <span>
@@ -49,24 +50,40 @@ unsigned threadNum(const std::string& word) {
     return number <= kMaxThreads ? number : 0;
 }
 
-// How many words the base command line has, which knows no --threads.
-std::size_t baseWordNum(Words words) {
-    std::size_t number = words.size();
-    for (std::size_t i = 1; i + 1 < words.size(); ++i) {
-        if (std::string(words[i]) == kThreadsOption) {
-            number -= 2;
-            ++i;
+const Option* findOption(const std::string& word) {
+    const auto* const found = std::find_if(
+        kOptions.begin(), kOptions.end(),
+        [&](const Option& option) { return word == option.word || word == option.longWord; });
+    return found == kOptions.end() ? nullptr : found;
+}
+
+// Takes `--threads N` out of the command line and leaves the base one, which does not know it. What
+// is no number of threads stays, to be found wrong. The words that an option takes are its own.
+unsigned takeThreads(std::vector<const char*>& words) {
+    unsigned threads = 0;
+    for (std::size_t at = 1; at < words.size();) {
+        const unsigned number = words[at] == std::string(kThreadsOption) && at + 1 < words.size()
+                                    ? threadNum(words[at + 1])
+                                    : 0;
+        if (number != 0) {
+            threads = number;
+            const auto first = words.begin() + static_cast<std::ptrdiff_t>(at);
+            words.erase(first, first + 2);
+            continue;
         }
+        const Option* const option = findOption(words[at]);
+        at += 1 + (option != nullptr ? option->argumentNum : 0);
     }
-    return number;
+    return threads;
 }
 
 }  // namespace
 
 void IO::parseCommandLineParams(const int& argc, const char* const argv[]) {
-    const Words words(argv, static_cast<std::size_t>(argc));
+    std::vector<const char*> words(argv, argv + argc);
+    const unsigned threads = takeThreads(words);
     const char* program = words.empty() ? "" : words[0];
-    if (baseWordNum(words) < 5) {
+    if (words.size() < 5) {
         const std::string first = words.size() == 2 ? words[1] : "";
         if (first == "-h" || first == "-help") {
             printHelp(program);
@@ -82,24 +99,15 @@ void IO::parseCommandLineParams(const int& argc, const char* const argv[]) {
 
     for (std::size_t at = 1; at < words.size();) {
         const std::string word = words[at++];
-        if (word == kThreadsOption) {
-            const unsigned number = at < words.size() ? threadNum(words[at]) : 0;
-            if (number == 0) {
-                endOnCommandLine("Error: Wrong arguments! ", program);
-            }
-            placer.setNumThreads(number);
-            ++at;
-            continue;
-        }
-        const auto* const option =
-            std::find_if(kOptions.begin(), kOptions.end(), [&](const Option& candidate) {
-                return word == candidate.word || word == candidate.longWord;
-            });
-        if (option == kOptions.end() || words.size() - at < option->argumentNum) {
+        const Option* const option = findOption(word);
+        if (option == nullptr || words.size() - at < option->argumentNum) {
             endOnCommandLine("Error: Wrong arguments! ", program);
         }
-        option->apply(placer, words.subspan(at, option->argumentNum));
+        option->apply(placer, Words(words).subspan(at, option->argumentNum));
         at += option->argumentNum;
+    }
+    if (threads != 0) {
+        placer.setNumThreads(threads);
     }
     if (!placer.params.getAreaConst()) {
         endOnCommandLine("Error: Area argument is missing! ", program);

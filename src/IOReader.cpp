@@ -182,15 +182,8 @@ void IO::parsePlacement(std::istream& in) {
             continue;
         }
         const std::string name = token;
-        const Entry entry = findEntry(name);
-        if (!entry.found) {
-            endOnInput("ERROR by .pl file parsing: cannot find a block with name " + name +
-                       " in map");
-        }
         Point coord;
-        if (!(in >> coord.x >> coord.y)) {
-            endOnInput("ERROR by .pl file parsing: cannot read the position of " + name);
-        }
+        const bool hasCoord = static_cast<bool>(in >> coord.x >> coord.y);
         // Without dimensions the token already belongs to the next record.
         Orient orient = Orient::N;
         token = nextToken(in);
@@ -198,6 +191,14 @@ void IO::parsePlacement(std::istream& in) {
             skipPast(in, ':');
             orient = OrientConverter::StringToOrient(nextToken(in), placer.report());
             token = nextToken(in);
+        }
+        const Entry entry = findEntry(name);
+        if (!entry.found) {
+            endOnInput("ERROR by .pl file parsing: cannot find a block with name " + name +
+                       " in map");
+        }
+        if (!hasCoord) {
+            endOnInput("ERROR by .pl file parsing: cannot read the position of " + name);
         }
         placeEntry(entry, coord, orient);
     }

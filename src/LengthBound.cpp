@@ -14,7 +14,7 @@ namespace {
 // A block that is not limited along one axis may still drift along it by less than 0.001 each time
 // that it moves along the other; three rounds move the two blocks of a relation six times.
 constexpr double kDriftPerRelation = 0.007;
-// Some hundred units in the last place of the largest coordinates: each pin is moved a few times.
+// Some hundred units in the last place of the largest positions: each pin is moved a few times.
 constexpr double kRounding = 1e-5;
 constexpr double kUnitRoundoff = 1.0 / (1 << 24);
 
@@ -36,11 +36,23 @@ bool inOrder(const Netlist& netlist, unsigned numBlocks) {
 }
 
 Point placeOf(const Pin& pin, unsigned orient) {
-    return pin.isTerminal() ? pin.getCoord() : pin.placeInBlock(static_cast<Orient>(orient));
+    return pin.placeInBlock(static_cast<Orient>(orient));
 }
 
 float along(Point p, Axis axis) {
     return axis == kX ? p.x : p.y;
+}
+
+// Pins may lie far outside of their blocks.
+double farthestPin(const Netlist& netlist) {
+    double farthest = 0.0;
+    for (const Pin& pin : netlist.pins) {
+        for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
+            const Point place = placeOf(pin, o);
+            farthest = std::max({farthest, std::fabs(double{place.x}), std::fabs(double{place.y})});
+        }
+    }
+    return farthest;
 }
 
 }  // namespace
@@ -48,7 +60,8 @@ float along(Point p, Axis axis) {
 LengthBound::LengthBound(const Netlist& netlist, unsigned numBlocks, Area area)
     : numBlocks(numBlocks),
       area(area),
-      slack(numBlocks * kDriftPerRelation + kRounding * (area.width + area.height)),
+      slack(numBlocks * kDriftPerRelation +
+            kRounding * (area.width + area.height + farthestPin(netlist))),
       sumKept(1.0 - (static_cast<double>(netlist.nets.size()) + 16.0) * kUnitRoundoff),
       usable(inOrder(netlist, numBlocks)) {
     if (!usable) {
@@ -87,8 +100,12 @@ LengthBound::LengthBound(const Netlist& netlist, unsigned numBlocks, Area area)
         for (Distances& length : group.lengths) {
             length.finish();
         }
+        group.placed = 1 + (group.second == numBlocks ? group.first : group.second);
         pairGroups.push_back(std::move(group));
     }
+    const auto countsEarlier = [](const auto& a, const auto& b) { return a.placed < b.placed; };
+    std::stable_sort(pairGroups.begin(), pairGroups.end(), countsEarlier);
+    std::stable_sort(boxNets.begin(), boxNets.end(), countsEarlier);
 }
 
 // Blocks that this pass does not place come after the terminals.
@@ -120,8 +137,10 @@ void LengthBound::addBox(const Net& net) {
     if (members.size() >= 2) {
         BoxNet box;
         for (const auto& [body, member] : members) {
-            box.push_back(member);
+            box.members.push_back(member);
         }
+        const bool hasTerminal = box.members.back().body == numBlocks;
+        box.placed = 1 + box.members[hasTerminal ? 0 : 1].body;
         boxNets.push_back(std::move(box));
     }
 }
@@ -171,12 +190,16 @@ double LengthBound::leastLength(const BBNode& node, Workspace& space, double eno
     }
     double sum = 0.0;
     for (const PairGroup& group : pairGroups) {
-        if (isPlaced(group.first, node) && isPlaced(group.second, node)) {
-            sum += pairLength(group, node, kX, space) + pairLength(group, node, kY, space);
+        if (group.placed > node.numBlocks) {
+            break;
         }
+        sum += pairLength(group, node, kX, space) + pairLength(group, node, kY, space);
     }
-    for (auto net = boxNets.begin(); net != boxNets.end() && sum * sumKept < enough; ++net) {
-        sum += boxLength(*net, node, kX, space) + boxLength(*net, node, kY, space);
+    for (const BoxNet& net : boxNets) {
+        if (net.placed > node.numBlocks || sum * sumKept >= enough) {
+            break;
+        }
+        sum += boxLength(net, node, kX, space) + boxLength(net, node, kY, space);
     }
     return sum * sumKept;
 }
@@ -272,7 +295,7 @@ double LengthBound::boxLength(const BoxNet& net, const BBNode& node, Axis axis,
     unsigned number = 0;
     double leastHigh = std::numeric_limits<double>::lowest();
     double mostLow = std::numeric_limits<double>::max();
-    for (const Member& member : net) {
+    for (const Member& member : net.members) {
         if (!isPlaced(member.body, node)) {
             continue;
         }
@@ -285,9 +308,6 @@ double LengthBound::boxLength(const BoxNet& net, const BBNode& node, Axis axis,
         ++number;
         leastHigh = std::max(leastHigh, space.least[axis][member.body] + high);
         mostLow = std::min(mostLow, space.most[axis][member.body] + low);
-    }
-    if (number < 2) {
-        return 0.0;
     }
     double length = leastHigh - mostLow - 2 * slack;
     for (unsigned a = 0; a < std::min(number, kFew); ++a) {

@@ -65,6 +65,7 @@ private:
     };
 
     struct PairGroup {
+        unsigned placed;  // number of placed blocks from which it counts
         unsigned first;   // body
         unsigned second;  // body
         // By axis, orientation of first and of second.
@@ -76,7 +77,10 @@ private:
         float low[kUnmirroredOrients][kAxes];
         float high[kUnmirroredOrients][kAxes];
     };
-    using BoxNet = std::vector<Member>;  // ascending by body
+    struct BoxNet {
+        unsigned placed;  // number of placed blocks from which it counts: of at least two bodies
+        std::vector<Member> members;  // ascending by body
+    };
 
     static std::size_t lengthIndex(Axis axis, Orient first, Orient second) {
         return (static_cast<std::size_t>(axis) * kUnmirroredOrients + orientIndex(first)) *
@@ -102,8 +106,8 @@ private:
     double slack;    // what tolerances and rounding can take off a displacement
     double sumKept;  // part of the sum that rounding leaves for certain
     bool usable;
-    std::vector<PairGroup> pairGroups;
-    std::vector<BoxNet> boxNets;
+    std::vector<PairGroup> pairGroups;  // ascending by number of placed blocks
+    std::vector<BoxNet> boxNets;        // likewise
 };
 
 }  // namespace korvel

@@ -1,6 +1,6 @@
 // A net: pins that are to be joined, with a running count of those that are placed, its wirelength
-// (half the perimeter of the pins' bounding box) and its advice about moving blocks. Only the
-// owning thread touches a net: every worker has its own copy.
+// (half the perimeter of the pins' bounding box) and its advice about moving blocks. For the
+// main thread only.
 //
 // The wirelength operations reset the net for the next placement: they clear the marks of its
 // placed pins and set the count back to the terminals. So place all blocks first, then ask each

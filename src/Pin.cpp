@@ -5,6 +5,9 @@
 namespace korvel {
 
 Point Pin::placeInBlock(Orient orient) const {
+    if (terminal) {
+        return pCoord;
+    }
     const float w = blockWidth;
     const float h = blockHeight;
     const auto [fx, fy] = pOffset;

@@ -58,7 +58,7 @@ public:
     Updated updatePinState(Point corner, Orient orient, bool isFlipped);
 
     // Where the pin lies relative to its block's lower-left corner; `orient` must be one of the
-    // eight orientations.
+    // eight orientations. A terminal's pins are where they are: relative to the origin.
     Point placeInBlock(Orient orient) const;
 
     void printParams(std::ostream& out = std::cout) const;

@@ -41,18 +41,10 @@ std::string baseName(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
 
-unsigned commonNets(const Block& a, const Block& b) {
-    std::vector<unsigned> common;
-    std::set_intersection(a.getNetsIndexes().begin(), a.getNetsIndexes().end(),
-                          b.getNetsIndexes().begin(), b.getNetsIndexes().end(),
-                          std::back_inserter(common));
-    return static_cast<unsigned>(common.size());
-}
-
 // Shared nets times the mean of the two half perimeters.
 float connectionWeight(const Block& a, const Block& b) {
     const float halfPerimeters = a.getWidth() + a.getHeight() + b.getWidth() + b.getHeight();
-    return halfPerimeters * static_cast<float>(commonNets(a, b)) * 0.5F;
+    return halfPerimeters * static_cast<float>(commonNets(a, b).size()) * 0.5F;
 }
 
 }  // namespace

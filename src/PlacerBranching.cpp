@@ -2,6 +2,7 @@
 // earlier block, one per level. Children are tested before they are made, so that a rejected one
 // costs a table look-up.
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "Invariant.h"

@@ -23,14 +23,6 @@ constexpr std::array<Orient, kUnmirroredOrients> kOrients = {Orient::N, Orient::
 constexpr std::array<Topology, 4> kTopologies = {Topology::L, Topology::R, Topology::A,
                                                  Topology::B};
 
-std::vector<unsigned> commonNets(const Block& a, const Block& b) {
-    std::vector<unsigned> common;
-    std::set_intersection(a.getNetsIndexes().begin(), a.getNetsIndexes().end(),
-                          b.getNetsIndexes().begin(), b.getNetsIndexes().end(),
-                          std::back_inserter(common));
-    return common;
-}
-
 std::vector<unsigned> terminalNets(const Netlist& netlist, unsigned block) {
     std::vector<unsigned> termNets;
     for (const unsigned index : netlist.blocks[block].getNetsIndexes()) {

@@ -1,5 +1,5 @@
-// How an error ends the run: its message is written first, then this is thrown, and main turns it
-// into the exit status. The libraries themselves never call exit while workers are running.
+// How an error of the user ends the run: its message is written first, then this is thrown, and
+// main turns it into the exit status.
 #pragma once
 
 namespace korvel {

@@ -23,7 +23,6 @@ WorkingPlacement::WorkingPlacement(const AlignmentTables& tables) : tables(table
 }
 
 void WorkingPlacement::start(unsigned number) {
-    tables.checkPlacedCounts(number);
     numPlaced = number;
     for (const Axis axis : {kX, kY}) {
         std::fill_n(outdated[axis].begin(), number, 1);

@@ -18,6 +18,9 @@ public:
     // `tables` must outlive the placement.
     explicit WorkingPlacement(const AlignmentTables& tables);
 
+    // Blocks that can be placed.
+    unsigned getBlockNum() const { return tables.getBlockNum(); }
+
     void start(unsigned numPlaced);
     // Orientation: unmirrored.
     void place(unsigned block, Point corner, Orient orient);
@@ -73,6 +76,7 @@ private:
 
 template <typename IsUseless>
 float WorkingPlacement::partialHPWL(const IsUseless& isUseless) const {
+    tables.checkPlacedCounts(numPlaced);
     const AlignmentTables::Range runs = tables.lengthRunsOf(numPlaced);
     float sum = 0.0F;
     for (unsigned i = runs.begin; i < runs.end && !isUseless(sum); ++i) {

@@ -167,5 +167,31 @@ TEST(Search, ManyDiesArePlacedInStagesThatFollowEachOther) {
     EXPECT_LE(engine.placer.getSearchCounters()->expandedNodes, 1U + 4950 + 4 + 4 * 4 + 98 * 4);
 }
 
+// Nets of many pins in few columns between the first two dies, and others on dies that only later
+// stages place, are no business of the first stage.
+TEST(Search, StagesLeaveLaterDiesAlone) {
+    Design design;
+    for (unsigned i = 0; i < 100; ++i) {
+        design.dies.push_back({"d" + std::to_string(i), 8, 8});
+    }
+    for (unsigned i = 0; i < 36; ++i) {
+        const float x = 8.0F * static_cast<float>(i % 6) - 20.0F;
+        const float y = 8.0F * static_cast<float>(i / 6) - 20.0F;
+        design.nets.push_back({{"d0", x, y}, {"d1", x, y}});
+    }
+    design.nets.push_back({{"d50", 0, 0}, {"d51", 0, 0}});
+    design.area = {2000, 2000};
+    Engine engine(design);
+    Placer& placer = engine.placer;
+    placer.setBlockNum(7);
+    placer.ordering();
+    placer.place();
+    const Pin& later = engine.netlist.pins.back();
+    EXPECT_EQ(later.getCoord().x, 0);
+    EXPECT_FALSE(later.isPlaced());
+    EXPECT_EQ(engine.netlist.blocks[0].getPins().size(), 36U);
+    EXPECT_GT(placer.getBestNode().wirelength, 0);
+}
+
 }  // namespace
 }  // namespace korvel::test

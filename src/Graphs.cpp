@@ -22,6 +22,7 @@ void ConsraintGraphList::addVert(unsigned int n) {
     rows.resize(static_cast<std::size_t>(n) * kRowKinds * rowWords, 0);
     spans.resize(n, {0.0F, 0.0F});
     numVert = n;
+    measured = std::min(measured, n);
 }
 
 void ConsraintGraphList::widenRows(unsigned words) {
@@ -85,10 +86,15 @@ void ConsraintGraphList::findCoord() {
         settle(from);
     }
     unsettled.clear();
-    for (unsigned v = 0; v < numVert; ++v) {
-        if (getOutcomingEdges(v).empty()) {
-            length = std::max(length, spans[v].coord + spans[v].weight);
-        }
+    for (; measured < numVert; ++measured) {
+        noteEnd(measured);
+    }
+}
+
+// Only an end that has moved, or is new, can be larger than all seen before.
+void ConsraintGraphList::noteEnd(unsigned vertex) {
+    if (getOutcomingEdges(vertex).empty()) {
+        length = std::max(length, spans[vertex].coord + spans[vertex].weight);
     }
 }
 
@@ -98,6 +104,7 @@ void ConsraintGraphList::settle(unsigned from) {
     for (const unsigned to : getOutcomingEdges(from)) {
         if (end > spans[to].coord) {
             spans[to].coord = end;
+            noteEnd(to);
             settle(to);
         }
     }

@@ -63,6 +63,7 @@ private:
     void widenRows(unsigned words);
     void noteReached(unsigned from, unsigned to);
     void settle(unsigned from);
+    void noteEnd(unsigned vertex);
 
     struct Span {
         float weight;
@@ -73,7 +74,8 @@ private:
     unsigned rowWords = 1;
     bool changed = false;  // edges have come since the last successful sort
     bool cyclic = false;
-    bool sorted = false;  // a sort waits for findCoord
+    bool sorted = false;    // a sort waits for findCoord
+    unsigned measured = 0;  // vertices that findCoord has seen
     float length = 0.0F;
     std::vector<std::uint64_t> rows;
     std::vector<Span> spans;

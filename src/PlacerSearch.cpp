@@ -7,7 +7,9 @@
 #include <ctime>
 #include <limits>
 #include <sstream>
+#include <system_error>
 #include <thread>
+#include <vector>
 
 #include "Invariant.h"
 #include "Placer.h"
@@ -67,6 +69,22 @@ void shareOwnStack(SearchState& state, NodeStack& ownStack) {
     requestShare(state, false);
 }
 
+// As many as asked for, or as the system allows; at least one.
+template <typename Work>
+std::vector<std::thread> startWorkers(const Work& work, unsigned number) {
+    std::vector<std::thread> workers;
+    try {
+        while (workers.size() < number) {
+            workers.emplace_back(work);
+        }
+    } catch (const std::system_error&) {
+        if (workers.empty()) {
+            throw;
+        }
+    }
+    return workers;
+}
+
 }  // namespace
 
 void SearchCounters::add(const SearchCounters& other) {
@@ -93,11 +111,7 @@ void Placer::BandB() {
                       hasBound ? initWL : std::numeric_limits<float>::max());
     state.sharedStack.push(BBNode());
     state.sharedStackEmpty.store(false);
-    std::vector<std::thread> workers;
-    for (unsigned thread = 0; thread < numThreads; ++thread) {
-        workers.emplace_back([&] { BBcore(state, shared); });
-    }
-    for (std::thread& worker : workers) {
+    for (std::thread& worker : startWorkers([&] { BBcore(state, shared); }, numThreads)) {
         worker.join();
     }
     bestNode = state.bestNode;

@@ -92,7 +92,7 @@ TEST(ConstraintGraph, CyclesAreNoticedWithTheEdgeThatClosesThem) {
     for (unsigned seed = 0; seed < 60; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
-        const unsigned n = seed % 3 == 0 ? 70 : 2 + seed % 9;
+        const unsigned n = seed % 3 == 0 ? 140 : 2 + seed % 9;
         ConsraintGraphList graph;
         graph.addVert(n);
         Edges edges;

@@ -276,7 +276,7 @@ private:
                 return;
             }
             const PairGroup& group = b.groups[number];
-            const bool ownIsFirst = b.ownIsFirst(group, net, own);
+            const bool ownIsFirst = Builder::ownIsFirst(group, net, own);
             bodies.insert({group.first, group.second});
             if (group.byLanes) {
                 b.t.bundleVotes.push_back({group.bundle, !ownIsFirst});

@@ -93,7 +93,8 @@ private:
         const float length = net.calcHPWLFwdCheck();
         float cost = length;
         if (net.getPlacedPinsNum() < net.getDeclaredDegree()) {
-            double exponent = (netBlocks[net.getIndex()] + i) / 2;
+            const unsigned mean = (netBlocks[net.getIndex()] + i) / 2;  // rounded down, on purpose
+            double exponent = mean;
             if (numBlocks <= kFewBlocks) {
                 exponent *= 10.0 / numBlocks;
             }

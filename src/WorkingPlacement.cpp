@@ -6,14 +6,13 @@
 
 namespace korvel {
 
-WorkingPlacement::WorkingPlacement(const AlignmentTables& tables) : tables(tables) {
+// Terminals are where their offsets say; blocks are placed later.
+WorkingPlacement::WorkingPlacement(const AlignmentTables& tables)
+    : tables(tables), lanes(tables.laneOffsets(Orient::N)), sites(tables.siteOffsets(Orient::N)) {
     const std::size_t bodyNum = tables.bodies.size();
     const std::size_t blockNum = tables.getBlockNum();
     orients.assign(bodyNum, Orient::N);
     onSide.assign(bodyNum, 0);
-    // Terminals are where their offsets say; blocks are placed later.
-    lanes = tables.laneOffsets(Orient::N);
-    sites = tables.siteOffsets(Orient::N);
     for (const Axis axis : {kX, kY}) {
         edges[axis].assign(blockNum, 0.0F);
         wholeExtents[axis].assign(blockNum, 0.0F);

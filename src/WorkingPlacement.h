@@ -21,7 +21,7 @@ public:
     // Blocks that can be placed.
     unsigned getBlockNum() const { return tables.getBlockNum(); }
 
-    void start(unsigned numPlaced);
+    void start(unsigned number);
     // Orientation: unmirrored.
     void place(unsigned block, Point corner, Orient orient);
 
@@ -56,7 +56,7 @@ private:
     void voteOfBundle(const AlignmentTables::BundleVote& vote, Axis axis);
     void voteOfNet(AlignmentTables::Range runs);
     Quad endsOf(AlignmentTables::Range list, Quad ends) const;
-    void moveBody(unsigned body, Point distance);
+    void moveBody(unsigned index, Point distance);
     float boxLength(AlignmentTables::Range list) const;
     float addSitePairs(float sum, AlignmentTables::Range pairs) const;
     float addLaneJoints(float sum, const AlignmentTables::LengthRun& run) const;

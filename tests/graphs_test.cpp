@@ -191,10 +191,10 @@ TEST(Order, FollowsTheHeaviestConnections) {
 }
 
 // Weights: a-b (6 + 20) / 2, as their net counts once although it has four pins on them, and b-c
-// twice (20 + 10) / 2. So the order is b, c, a, and a again for want of a connection to "far".
+// twice (20 + 4) / 2. So the order is b, c, a, and a again for want of a connection to "far".
 TEST(Order, RenumbersBlocksAndTheirPins) {
     Design design;
-    design.dies = {{"a", 4, 2}, {"b", 12, 8}, {"c", 5, 5}, {"far", 1, 1}};
+    design.dies = {{"a", 4, 2}, {"b", 12, 8}, {"c", 2, 2}, {"far", 1, 1}};
     design.nets = {{{"a"}, {"b"}, {"a"}, {"b"}}, {{"b"}, {"c"}}, {{"c"}, {"b"}}, {{"far"}}};
     Engine engine(design);
     engine.placer.ordering();

@@ -121,8 +121,7 @@ TEST(Program, AppendsOneStatisticsLinePerRun) {
 TEST(Program, HandsAnyOutputNameToGnuplotAndCleansUp) {
     Program program;
     program.write(Design{{{"it's", 10, 4}}, {}, {}, {}});
-    program.write("gnuplot",
-                  "#!/bin/sh\necho \"$#\" > count\ncp -- \"$1\" script\ncp nets.txt n\n");
+    program.write("gnuplot", "#!/bin/sh\necho \"$#\" > count\ncp \"$1\" script\ncp nets.txt n\n");
     fs::permissions(program.folder / "gnuplot", fs::perms::owner_all);
     const std::pair<const char*, const char*> cases[] = {
         {"plain", "plain_bestnode"},

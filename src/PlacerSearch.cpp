@@ -44,7 +44,7 @@ void requestShare(SearchState& state, bool wanted) {
     }
 }
 
-// The wirelength is a float not smaller than any float that the bound does not pass.
+// Conversion to float may round the bound up, and then it would be none.
 float roundDown(double bound) {
     return std::nextafter(static_cast<float>(bound), 0.0F);
 }

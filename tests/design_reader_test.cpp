@@ -197,6 +197,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "d.blocks:6: error: die 'b': found the end of the line, expected a count"},
         Mistake{{kBlocks, "(2.5,0)", "(2.5,0"},
                 "d.blocks:6: error: die 'b': found the end of the line, expected ')'"},
+        Mistake{{kBlocks, "(0,0)", "(0,0"},
+                "d.blocks:6: error: die 'b': found '(0,3.5)', expected ')'"},
         Mistake{{kBlocks, "(2.5,0)", "(2.5 0)"},
                 "d.blocks:6: error: die 'b': found '0)', expected ','"},
         Mistake{{kBlocks, "(2.5,0)", "(2.5,)"},
@@ -223,6 +225,9 @@ INSTANTIATE_TEST_SUITE_P(
                 "d.blocks:6: error: die 'b': found 6 corners, expected the 4 of a rectangle"},
         Mistake{{kBlocks, "4 " + kB, "4294967295 " + kB},
                 "d.blocks:6: error: die 'b': found 4294967295 corners, expected the 4 of a "
+                "rectangle"},
+        Mistake{{kBlocks, "(2.5,0)", "(2.5,0) (1,1)"},
+                "d.blocks:6: error: die 'b': found a corner too many, expected the 4 of a "
                 "rectangle"},
         Mistake{{kBlocks, "(0,3.5)", "(1,3.5)"},
                 "d.blocks:6: error: die 'b': found corners of no rectangle, expected one along the "

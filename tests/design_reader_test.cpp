@@ -371,6 +371,13 @@ TEST(DesignReader, SaysEverythingAtOnceButNotTheSameTwice) {
               "d.nets:3: warning: found 6 pins, expected 5 as NumPins says\n");
 }
 
+TEST(DesignReader, TakesADieThatFitsWhenTurned) {
+    EXPECT_EQ(Reading(Files{}, {4, 15}).text, "");
+    EXPECT_EQ(Reading(Files{}, {3.9, 15}).text,
+              "d.blocks:5: error: die 'a': found a size of 10 x 4, expected one that fits into the "
+              "area of 3.9 x 15\n");
+}
+
 TEST(DesignReader, NamesDiesInNoNet) {
     Files files;
     files.nets = "NumNets : 0\nNumPins : 0\n";

@@ -273,15 +273,14 @@ std::size_t AxisOptimum::Sweep::passedAt(double distanceNow) const {
     return low;
 }
 
-// The first kink after which the slope is no longer negative. Kinks come in sorted sequences, so the
-// middle one of the longest is tried and halves it.
+// The first kink after which the slope is no longer negative. Kinks come in sorted sequences, so
+// the middle one of the longest is tried and halves it.
 double AxisOptimum::distanceToMinimum(int slope) {
     double best = kInfinity;
     while (true) {
-        const auto longest =
-            std::max_element(sweeps.begin(), sweeps.end(), [](const Sweep& a, const Sweep& b) {
-                return a.to - a.from < b.to - b.from;
-            });
+        const auto longest = std::max_element(
+            sweeps.begin(), sweeps.end(),
+            [](const Sweep& a, const Sweep& b) { return a.to - a.from < b.to - b.from; });
         if (longest == sweeps.end() || longest->to == longest->from) {
             break;
         }

@@ -38,8 +38,8 @@ public:
     void addPart(unsigned body, const PinRange& range);
 
     // Improves positions (by body, the ground left out) to the best ones and returns a length that
-    // no positions can go below. Gaps that cannot be kept all at once cost more than they could ever
-    // save; then the result says nothing, so see to it that they can.
+    // no positions can go below. Gaps that cannot be kept all at once cost more than they could
+    // ever save; then the result says nothing, so see to it that they can.
     double minimise(double* positions);
 
 private:
@@ -104,9 +104,9 @@ private:
     std::vector<std::size_t> netBegins;
     std::array<double, kMaxProofDies + 1> at{};  // by body
 
-    // How the length changes when a set moves up: the sum of `single` over its bodies and of `joint`
-    // over its pairs, plus 1 for each of `touched` that it touches, less 1 for each of `held` that
-    // it holds entirely.
+    // How the length changes when a set moves up: the sum of `single` over its bodies and of
+    // `joint` over its pairs, plus 1 for each of `touched` that it touches, less 1 for each of
+    // `held` that it holds entirely.
     std::array<int, kMaxProofDies + 1> single{};
     std::array<std::array<int, kMaxProofDies + 1>, kMaxProofDies + 1> joint{};
     std::vector<Set> touched;

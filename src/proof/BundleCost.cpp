@@ -20,8 +20,7 @@ void BundleCost::add(const PinRange& a, const PinRange& b) {
 }
 
 void BundleCost::finish() {
-    std::sort(kinks.begin(), kinks.end(),
-              [](const Kink& a, const Kink& b) { return a.at < b.at; });
+    std::sort(kinks.begin(), kinks.end(), [](const Kink& a, const Kink& b) { return a.at < b.at; });
     int slope = slopeAtLeft();
     std::size_t kept = 0;
     for (const Kink& kink : kinks) {

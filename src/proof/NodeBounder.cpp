@@ -43,8 +43,7 @@ ProofNode NodeBounder::root() {
     return node;
 }
 
-std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned die,
-                                               unsigned turn) {
+std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned die, unsigned turn) {
     if (model.room(die, 0, turn) < 0.0 || model.room(die, 1, turn) < 0.0) {
         return std::nullopt;
     }
@@ -85,8 +84,8 @@ bool NodeBounder::settle(ProofNode& node, const ProofNode& parent,
             workOut(node, axis);
         }
     }
-    node.bound = std::max(parent.bound, model.getFixedLength() + node.length[0] + node.length[1] +
-                                            outstanding(node));
+    node.bound = std::max(
+        parent.bound, model.getFixedLength() + node.length[0] + node.length[1] + outstanding(node));
     return node.bound < kInfinity;
 }
 

@@ -40,7 +40,6 @@ public:
     double overlap(const ProofNode& node, unsigned a, unsigned b) const;
 
 private:
-
     bool settle(ProofNode& node, const ProofNode& parent, std::array<bool, kAxisNum> changed);
     bool propagate(ProofNode& node, std::array<bool, kAxisNum>& changed);
     bool longestPaths(const ProofNode& node);
@@ -58,8 +57,8 @@ private:
 
     const ProofModel& model;
     AxisOptimum optimum;
-    std::vector<unsigned> bodies;                             // that take part now; the ground last
-    std::array<unsigned, kMaxProofDies + 1> numberOf{};       // of a body among those
+    std::vector<unsigned> bodies;                        // that take part now; the ground last
+    std::array<unsigned, kMaxProofDies + 1> numberOf{};  // of a body among those
     // How far one body is at least above another, along both axes.
     using Paths = std::array<std::array<double, kMaxProofDies + 1>, kMaxProofDies + 1>;
     std::array<Paths, kAxisNum> paths{};

@@ -14,8 +14,7 @@ unsigned bodyOf(const Design& design, const Design::Pin& pin) {
     return std::min<unsigned>(pin.body, static_cast<unsigned>(design.dies.size()));
 }
 
-void coverPin(const Design& design, const Design::Pin& pin,
-              std::array<PinRange, kTurns>& ranges) {
+void coverPin(const Design& design, const Design::Pin& pin, std::array<PinRange, kTurns>& ranges) {
     if (!design.isDie(pin.body)) {
         const Spot at = design.terminalOf(pin.body).at;
         ranges[0].cover(at.x);
@@ -158,8 +157,7 @@ void ProofModel::settleGround() {
                 if (room(die, axis, turn) < 0.0) {
                     least = kInfinity;
                 } else if (bundle != nullptr) {
-                    least += bundle->along(axis, turn, 0).leastWithin(
-                        -room(die, axis, turn), 0.0);
+                    least += bundle->along(axis, turn, 0).leastWithin(-room(die, axis, turn), 0.0);
                 }
             }
         }

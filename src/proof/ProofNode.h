@@ -35,7 +35,8 @@ struct ProofNode {
     std::array<double, kAxisNum> length{};
     std::array<std::array<double, kMaxProofDies>, kAxisNum> at{};
     std::array<std::uint8_t, kMaxProofDies> turn{};
-    // By pairIndex: where the lower die may lie to the higher one. What has one bit left is kept to.
+    // By pairIndex: where the lower die may lie to the higher one. What has one bit left is kept
+    // to.
     std::array<Whereabouts, kMaxProofDies*(kMaxProofDies - 1) / 2> where{};
     // By pairIndex: whether the pair's nets are part of `length`.
     std::array<bool, kMaxProofDies*(kMaxProofDies - 1) / 2> counted{};

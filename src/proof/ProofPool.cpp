@@ -16,7 +16,8 @@ ProofPool::ProofPool(const ProofNode& root, unsigned workers)
 std::optional<ProofNode> ProofPool::take(unsigned worker) {
     std::unique_lock lock(mutex);
     const auto nobodyWorks = [&] {
-        return std::all_of(busy.begin(), busy.end(), [](double bound) { return bound == kInfinity; });
+        return std::all_of(busy.begin(), busy.end(),
+                           [](double bound) { return bound == kInfinity; });
     };
     changed.wait(lock, [&] { return closed || !open.empty() || nobodyWorks(); });
     if (closed || open.empty()) {

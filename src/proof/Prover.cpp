@@ -102,8 +102,8 @@ void ProofWorker::report() {
     shareDone = 0.0;
     const std::lock_guard lock(shared.mutex);
     shared.closedBound = std::min(shared.closedBound, closedBound);
-    const double bound = std::min(
-        {shared.pool.lowestOpen(), shared.closedBound, shared.incumbent.wirelength()});
+    const double bound =
+        std::min({shared.pool.lowestOpen(), shared.closedBound, shared.incumbent.wirelength()});
     if (bound > shared.progress.lowerBound && bound < kInfinity) {
         shared.progress.lowerBound = bound;
     }
@@ -210,8 +210,7 @@ std::optional<std::pair<unsigned, unsigned>> ProofWorker::overlappingPair(const 
     double deepest = tolerance * std::max(shared.model.side(0), shared.model.side(1));
     for (unsigned high = 1; high < shared.model.getDieNum(); ++high) {
         for (unsigned low = 0; low < high && node.isTurned(high); ++low) {
-            if (!node.isTurned(low) ||
-                std::has_single_bit(node.where[pairIndex(low, high)])) {
+            if (!node.isTurned(low) || std::has_single_bit(node.where[pairIndex(low, high)])) {
                 continue;
             }
             const double depth = bounder.overlap(node, low, high);
@@ -265,8 +264,7 @@ ProofResult prove(const Design& design, Region region, const ProofOptions& optio
     }
     ProofResult result;
     result.nodes = progress.nodes;
-    result.lowerBound =
-        std::min({pool.lowestOpen(), shared.closedBound, incumbent.wirelength()});
+    result.lowerBound = std::min({pool.lowestOpen(), shared.closedBound, incumbent.wirelength()});
     if (pool.lowestOpen() < kInfinity) {
         return result;
     }

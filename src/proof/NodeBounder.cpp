@@ -10,10 +10,6 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// What counts as the same position, in parts of the region: far more than rounding errors, far less
-// than what matters to a length.
-constexpr double kNearness = 1e-11;
-
 constexpr unsigned axisOf(Topology where) {
     return where == Topology::L || where == Topology::R ? 0 : 1;
 }
@@ -29,7 +25,8 @@ Topology onlyOf(Whereabouts where) {
 
 }  // namespace
 
-NodeBounder::NodeBounder(const ProofModel& model) : model(model) {}
+NodeBounder::NodeBounder(const ProofModel& model, const Symmetry* symmetry)
+    : model(model), symmetry(symmetry) {}
 
 ProofNode NodeBounder::root() {
     ProofNode node;
@@ -45,6 +42,12 @@ std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned d
     }
     ProofNode child = node;
     child.turn[die] = static_cast<std::uint8_t>(turn);
+    if (symmetry != nullptr) {
+        if (!symmetry->mayBeFirst(child)) {
+            return std::nullopt;
+        }
+        symmetry->narrow(child);
+    }
     for (unsigned axis = 0; axis < kAxisNum; ++axis) {
         child.at[axis][die] = model.room(die, axis, turn) / 2.0;
     }

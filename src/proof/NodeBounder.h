@@ -20,12 +20,14 @@
 #include "proof/AxisOptimum.h"
 #include "proof/ProofModel.h"
 #include "proof/ProofNode.h"
+#include "proof/Symmetry.h"
 
 namespace korvel {
 
 class NodeBounder {
 public:
-    explicit NodeBounder(const ProofModel& model);
+    // With symmetries, placements of which another image is looked for count as none.
+    explicit NodeBounder(const ProofModel& model, const Symmetry* symmetry = nullptr);
 
     // All placements.
     ProofNode root();
@@ -58,6 +60,7 @@ private:
     }
 
     const ProofModel& model;
+    const Symmetry* symmetry;
     AxisOptimum optimum;
     std::vector<unsigned> bodies;                        // that take part now; the ground last
     std::array<unsigned, kMaxProofDies + 1> numberOf{};  // of a body among those

@@ -164,4 +164,22 @@ void ProofModel::settleGround() {
     }
 }
 
+double ProofModel::leastLength() const {
+    double sum = fixedLength;
+    for (const Bundle& bundle : bundles) {
+        double least = kInfinity;
+        for (unsigned turnA = 0; turnA < kTurns; ++turnA) {
+            if (bundle.b == ground()) {
+                least = std::min(least, groundLeast(bundle.a, turnA));
+                continue;
+            }
+            for (const auto& byWhere : pairLeasts[bundle.a * dieNum + bundle.b][turnA]) {
+                least = std::min(least, *std::min_element(byWhere.begin(), byWhere.end()));
+            }
+        }
+        sum += least;
+    }
+    return sum * (1.0 - kNearness);
+}
+
 }  // namespace korvel

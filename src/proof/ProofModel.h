@@ -21,6 +21,10 @@ inline constexpr unsigned kRelations = static_cast<unsigned>(Topology::LAST);
 // accept might be ruled out here.
 inline constexpr double kFit = 1e-9;
 
+// What counts as the same position, in parts of the region: far more than rounding errors, far less
+// than what matters to a length.
+inline constexpr double kNearness = 1e-11;
+
 // Along y a die looks as it does along x after one more quarter turn clockwise. So all tables are
 // made for x only and looked up with the turn that an axis sees. (The ground, which bears the
 // terminals and never turns, has its x in turn 0 and its y in turn 1 to fit in.)
@@ -74,6 +78,9 @@ public:
     double getFixedLength() const { return fixedLength; }
     int getNetNum() const { return netNum; }
     bool hasTerminalNets() const { return terminalNets; }
+
+    // The least that all nets can cost, each bundle as if there were no others.
+    double leastLength() const;
 
     // The least that the bundle between dies a < b can cost, by their turns and where a lies
     // relative to b, both inside the region; infinity if they do not fit like this.

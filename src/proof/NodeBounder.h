@@ -54,7 +54,8 @@ private:
     void addWideNets(const ProofNode& node, unsigned axis);
     void addGaps(const ProofNode& node, unsigned axis);
     double outstanding(const ProofNode& node) const;
-    double leastOf(const ProofNode& node, unsigned low, unsigned high) const;
+    double leastOfPair(const ProofNode& node, unsigned low, unsigned high) const;
+    double leastOfDie(const ProofNode& node, unsigned die) const;
     double extent(const ProofNode& node, unsigned die, unsigned axis) const {
         return model.extent(die, axis, node.turn[die]);
     }

@@ -85,7 +85,13 @@ public:
     // The least that the bundle between dies a < b can cost, by their turns and where a lies
     // relative to b, both inside the region; infinity if they do not fit like this.
     double pairLeast(unsigned a, unsigned b, unsigned turnA, unsigned turnB, unsigned where) const {
-        return pairLeasts[a * dieNum + b][turnA][turnB][where];
+        return relatedLeasts[a * dieNum + b][turnA][turnB][where];
+    }
+    // The least of the bundle between two dies in any relation, by the turn of the first; the
+    // second one's is given, or may be any if it is kTurns.
+    const std::array<double, kTurns>& pairLeasts(unsigned die, unsigned other,
+                                                 unsigned turnOther) const {
+        return anyRelationLeasts[die * dieNum + other][turnOther];
     }
     // The least that a die's nets to the ground can cost, by its turn, inside the region.
     double groundLeast(unsigned die, unsigned turn) const { return groundLeasts[die][turn]; }
@@ -97,6 +103,7 @@ private:
     void addToBundle(const WideNet& net);
     Bundle& bundleFor(unsigned a, unsigned b);
     void settlePairs();
+    void settleAnyRelation(unsigned a, unsigned b);
     void settleGround();
     double leastAt(unsigned a, unsigned b, unsigned turnA, unsigned turnB, unsigned where) const;
 
@@ -106,7 +113,8 @@ private:
     std::vector<Bundle> bundles;
     std::vector<int> bundleIndex;  // by two bodies; -1: none
     std::vector<WideNet> wideNets;
-    std::vector<ByTurnsAndWhere> pairLeasts;
+    std::vector<ByTurnsAndWhere> relatedLeasts;
+    std::vector<std::array<std::array<double, kTurns>, kTurns + 1>> anyRelationLeasts;
     std::vector<std::array<double, kTurns>> groundLeasts;
     double fixedLength = 0.0;
     int netNum = 0;

@@ -16,6 +16,12 @@ namespace {
 constexpr int kCommandLineError = 1;
 constexpr unsigned kMaxThreads = 1024;
 constexpr const char* kThreadsOption = "--threads";
+constexpr const char* kStatsOption = "--stats";
+
+struct LongOptions {
+    unsigned threads = 0;  // as many as the machine has
+    bool stats = false;
+};
 
 using Words = std::span<const char* const>;
 
@@ -57,31 +63,36 @@ const Option* findOption(const std::string& word) {
     return found == kOptions.end() ? nullptr : found;
 }
 
-// Takes `--threads N` out of the command line and leaves the base one, which does not know it. What
-// is no number of threads stays, to be found wrong. The words that an option takes are its own.
-unsigned takeThreads(std::vector<const char*>& words) {
-    unsigned threads = 0;
+// Takes `--threads N` and `--stats` out of the command line and leaves the base one, which does not
+// know them. What is no number of threads stays, to be found wrong. The words that an option takes
+// are its own.
+void takeLongOptions(std::vector<const char*>& words, LongOptions& options) {
     for (std::size_t at = 1; at < words.size();) {
-        const unsigned number = words[at] == std::string(kThreadsOption) && at + 1 < words.size()
-                                    ? threadNum(words[at + 1])
-                                    : 0;
-        if (number != 0) {
-            threads = number;
-            const auto first = words.begin() + static_cast<std::ptrdiff_t>(at);
-            words.erase(first, first + 2);
+        const std::string word = words[at];
+        const auto here = words.begin() + static_cast<std::ptrdiff_t>(at);
+        if (word == kStatsOption) {
+            options.stats = true;
+            words.erase(here);
             continue;
         }
-        const Option* const option = findOption(words[at]);
+        const unsigned threads =
+            word == kThreadsOption && at + 1 < words.size() ? threadNum(words[at + 1]) : 0;
+        if (threads != 0) {
+            options.threads = threads;
+            words.erase(here, here + 2);
+            continue;
+        }
+        const Option* const option = findOption(word);
         at += 1 + (option != nullptr ? option->argumentNum : 0);
     }
-    return threads;
 }
 
 }  // namespace
 
 void IO::parseCommandLineParams(const int& argc, const char* const argv[]) {
     std::vector<const char*> words(argv, argv + argc);
-    const unsigned threads = takeThreads(words);
+    LongOptions longOptions;
+    takeLongOptions(words, longOptions);
     const char* program = words.empty() ? "" : words[0];
     if (words.size() < 5) {
         const std::string first = words.size() == 2 ? words[1] : "";
@@ -106,8 +117,11 @@ void IO::parseCommandLineParams(const int& argc, const char* const argv[]) {
         option->apply(placer, Words(words).subspan(at, option->argumentNum));
         at += option->argumentNum;
     }
-    if (threads != 0) {
-        placer.setNumThreads(threads);
+    if (longOptions.threads != 0) {
+        placer.setNumThreads(longOptions.threads);
+    }
+    if (longOptions.stats) {
+        placer.setStats(std::cerr);
     }
     if (!placer.params.getAreaConst()) {
         endOnCommandLine("Error: Area argument is missing! ", program);

@@ -24,6 +24,16 @@ public:
         return slot;
     }
 
+    // The same, but `node` itself goes onto the stack; what it then holds is not defined.
+    BBNode& pushInstead(BBNode& node) {
+        if (count == slots.size()) {
+            slots.emplace_back();
+        }
+        BBNode& slot = slots[count++];
+        std::swap(slot, node);
+        return slot;
+    }
+
     // The top node, which may be changed in place, until the next push; there must be one.
     BBNode& top() { return slots[count - 1]; }
     void pop() { --count; }

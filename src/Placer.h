@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cstdint>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,6 +41,8 @@ public:
     void setNumThreads(unsigned number) { numThreads = number; }
     void setStatistics() { statistics = true; }
     void setPlot() { plot = true; }
+    // A line about each search goes to `out`, which must outlive the engine.
+    void setStats(std::ostream& to) { statsOut = &to; }
     bool wantsStatistics() const { return statistics; }
     bool wantsPlot() const { return plot; }
 
@@ -119,6 +122,8 @@ private:
     void writeStatistics(const std::string& text);
 
     // Search.
+    const SearchTables& prepareTables();
+    void search(SearchState& state, const SearchTables& shared);
     void BBcore(SearchState& state, const SearchTables& shared);
     bool takeNode(SearchState& state, BBNode& node) const;
     void expandShared(SearchState& state, SearchWorker& worker);
@@ -134,7 +139,7 @@ private:
     bool isSteered(const BBNode& node) const;
     void fillRemDistances(BBNode& node, Orient orient) const;
     void branchOrientations(NodeStack& stack, BBNode& node, float bestWL) const;
-    void branchTopologies(NodeStack& stack, const BBNode& node, float bestWL,
+    void branchTopologies(NodeStack& stack, BBNode& node, float bestWL,
                           SearchCounters& counters) const;
 
     std::ostream& out;
@@ -154,8 +159,10 @@ private:
     bool initialPlacement = true;
     bool statistics = false;
     bool plot = false;
+    std::ostream* statsOut = nullptr;
     BBNode bestNode;
     std::optional<SearchCounters> searchCounters;
+    std::unique_ptr<const SearchTables> searchTables;  // of the last search
     std::atomic<bool> stopRequested{false};
 };
 

@@ -30,9 +30,10 @@ struct Children {
         ++num;
     }
 
-    // Calls `push` for each child, the smallest key last.
-    template <typename Push>
-    void inPushOrder(const Push& push) const {
+    // Puts a copy of the node on the stack for each child, the smallest key last and on the node
+    // itself, and has it made by `make`.
+    template <typename Make>
+    void push(NodeStack& stack, BBNode& node, const Make& make) const {
         std::array<unsigned, kMostChildren> order{0, 1, 2, 3};
         switch (num) {
             case 2:
@@ -52,7 +53,9 @@ struct Children {
                 break;
         }
         for (unsigned i = num; i-- > 0;) {
-            push(choices[order[i]], wirelengths[order[i]]);
+            BBNode& child = i == 0 ? stack.pushInstead(node) : stack.push(node);
+            child.wirelength = wirelengths[order[i]];
+            make(child, choices[order[i]]);
         }
     }
 };
@@ -123,19 +126,17 @@ void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL) co
         const float wirelength = numTerms != 0 ? node.wirelength + termDist : node.wirelength;
         children.add(orient, wirelength, wirelength);
     }
-    children.inPushOrder([&](Orient orient, float wirelength) {
+    children.push(stack, node, [&](BBNode& child, Orient orient) {
         if (next != 0) {
-            fillRemDistances(node, orient);
+            fillRemDistances(child, orient);
         }
-        BBNode& child = stack.push(node);
         child.addBlock(orient, netlist);
         ++child.blockLevel;
         child.definedNodes = 0;
-        child.wirelength = wirelength;
     });
 }
 
-void Placer::branchTopologies(NodeStack& stack, const BBNode& node, float bestWL,
+void Placer::branchTopologies(NodeStack& stack, BBNode& node, float bestWL,
                               SearchCounters& counters) const {
     const unsigned a = node.numBlocks - 1;
     const unsigned b = node.definedNodes;
@@ -163,9 +164,7 @@ void Placer::branchTopologies(NodeStack& stack, const BBNode& node, float bestWL
         const float wirelength = node.wirelength + distance;
         children.add(topology, wirelength, remaining + wirelength);
     }
-    children.inPushOrder([&](Topology topology, float wirelength) {
-        BBNode& child = stack.push(node);
-        child.wirelength = wirelength;
+    children.push(stack, node, [&](BBNode& child, Topology topology) {
         child.relate(a, b, topology);
         ++child.definedNodes;
         ++child.blockLevel;

@@ -2,6 +2,7 @@
 // shared stack, so that all workers find work early; from then on a worker keeps its subtree to
 // itself, without locks, and hands over all its open nodes when another one has run out.
 
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -13,6 +14,7 @@
 
 #include "Invariant.h"
 #include "Placer.h"
+#include "SearchStats.h"
 
 namespace korvel {
 
@@ -106,20 +108,39 @@ void Placer::BandB() {
     out << numThreads << " concurrent threads are used" << std::endl << std::endl;
 
     netlist.unplaceAllNets();
-    const SearchTables shared(netlist, numBlocks, area());
+    const SearchTables& shared = prepareTables();
     SearchState state(numBlocks * (numBlocks + 1) / 2,
                       hasBound ? initWL : std::numeric_limits<float>::max());
-    state.sharedStack.push(BBNode());
-    state.sharedStackEmpty.store(false);
-    for (std::thread& worker : startWorkers([&] { BBcore(state, shared); }, numThreads)) {
-        worker.join();
-    }
+    search(state, shared);
     bestNode = state.bestNode;
     searchCounters = state.counters;
 
     finishSearch(shared.alignment);
     reportSearch();
     banner("===   End B&B   ===");
+}
+
+// The order of the blocks does not change from the initial to the main pass.
+const SearchTables& Placer::prepareTables() {
+    if (searchTables == nullptr || searchTables->alignment.getBlockNum() != numBlocks) {
+        searchTables = std::make_unique<const SearchTables>(netlist, numBlocks, area());
+    }
+    return *searchTables;
+}
+
+void Placer::search(SearchState& state, const SearchTables& shared) {
+    const auto start = std::chrono::steady_clock::now();
+    state.sharedStack.push(BBNode());
+    state.sharedStackEmpty.store(false);
+    for (std::thread& worker : startWorkers([&] { BBcore(state, shared); }, numThreads)) {
+        worker.join();
+    }
+    if (statsOut != nullptr) {
+        const std::string pass = stageMode          ? std::to_string(numBlocks) + " blocks"
+                                 : initialPlacement ? "initial"
+                                                    : "main";
+        printSearchStats(*statsOut, pass, state.counters, std::chrono::steady_clock::now() - start);
+    }
 }
 
 void Placer::BBcore(SearchState& state, const SearchTables& shared) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <functional>
 #include <iostream>
@@ -15,13 +16,7 @@ namespace {
 
 constexpr int kCommandLineError = 1;
 constexpr unsigned kMaxThreads = 1024;
-constexpr const char* kThreadsOption = "--threads";
-constexpr const char* kStatsOption = "--stats";
-
-struct LongOptions {
-    unsigned threads = 0;  // as many as the machine has
-    bool stats = false;
-};
+constexpr double kMostSecondsToRun = 1e6;
 
 using Words = std::span<const char* const>;
 
@@ -56,6 +51,42 @@ unsigned threadNum(const std::string& word) {
     return number <= kMaxThreads ? number : 0;
 }
 
+// The seconds in a decimal number, or 0 when it is none above 0 and up to kMostSecondsToRun.
+double secondNum(const std::string& word) {
+    const char* const end = word.data() + word.size();
+    double seconds = 0.0;
+    const auto [rest, error] = std::from_chars(word.data(), end, seconds, std::chars_format::fixed);
+    const bool isNumber = rest == end && error == std::errc();
+    return isNumber && seconds > 0.0 && seconds <= kMostSecondsToRun ? seconds : 0.0;
+}
+
+// What the base command line does not know.
+struct LongOptions {
+    unsigned threads = 0;  // as many as the machine has
+    bool stats = false;
+    double secondsToRun = 0.0;  // as many as it takes
+};
+
+struct LongOption {
+    const char* word;
+    std::size_t argumentNum;
+    bool (*take)(LongOptions&, Words);  // false when the arguments are no good
+};
+
+constexpr std::array<LongOption, 3> kLongOptions = {{
+    {"--threads", 1,
+     [](LongOptions& options, Words words) {
+         options.threads = threadNum(words[0]);
+         return options.threads != 0;
+     }},
+    {"--stats", 0, [](LongOptions& options, Words) { return options.stats = true; }},
+    {"--stop-after", 1,
+     [](LongOptions& options, Words words) {
+         options.secondsToRun = secondNum(words[0]);
+         return options.secondsToRun != 0.0;
+     }},
+}};
+
 const Option* findOption(const std::string& word) {
     const auto* const found = std::find_if(
         kOptions.begin(), kOptions.end(),
@@ -63,36 +94,41 @@ const Option* findOption(const std::string& word) {
     return found == kOptions.end() ? nullptr : found;
 }
 
-// Takes `--threads N` and `--stats` out of the command line and leaves the base one, which does not
-// know them. What is no number of threads stays, to be found wrong. The words that an option takes
-// are its own.
-void takeLongOptions(std::vector<const char*>& words, LongOptions& options) {
+// The number of words of the long option that `words` begin with; 0 when there is none, or not a
+// good one.
+std::size_t takeLongOption(Words words, LongOptions& taken) {
+    const auto* const option = std::find_if(
+        kLongOptions.begin(), kLongOptions.end(),
+        [&](const LongOption& candidate) { return words[0] == std::string(candidate.word); });
+    if (option == kLongOptions.end() || words.size() <= option->argumentNum ||
+        !option->take(taken, words.subspan(1, option->argumentNum))) {
+        return 0;
+    }
+    return 1 + option->argumentNum;
+}
+
+// Takes the long options out of the command line and leaves the base one. What is wrong about them
+// stays, to be found wrong. The words that an option takes are its own.
+LongOptions takeLongOptions(std::vector<const char*>& words) {
+    LongOptions taken;
     for (std::size_t at = 1; at < words.size();) {
-        const std::string word = words[at];
         const auto here = words.begin() + static_cast<std::ptrdiff_t>(at);
-        if (word == kStatsOption) {
-            options.stats = true;
-            words.erase(here);
+        const std::size_t number = takeLongOption(Words(words).subspan(at), taken);
+        if (number != 0) {
+            words.erase(here, here + static_cast<std::ptrdiff_t>(number));
             continue;
         }
-        const unsigned threads =
-            word == kThreadsOption && at + 1 < words.size() ? threadNum(words[at + 1]) : 0;
-        if (threads != 0) {
-            options.threads = threads;
-            words.erase(here, here + 2);
-            continue;
-        }
-        const Option* const option = findOption(word);
+        const Option* const option = findOption(words[at]);
         at += 1 + (option != nullptr ? option->argumentNum : 0);
     }
+    return taken;
 }
 
 }  // namespace
 
 void IO::parseCommandLineParams(const int& argc, const char* const argv[]) {
     std::vector<const char*> words(argv, argv + argc);
-    LongOptions longOptions;
-    takeLongOptions(words, longOptions);
+    const LongOptions longOptions = takeLongOptions(words);
     const char* program = words.empty() ? "" : words[0];
     if (words.size() < 5) {
         const std::string first = words.size() == 2 ? words[1] : "";
@@ -123,6 +159,7 @@ void IO::parseCommandLineParams(const int& argc, const char* const argv[]) {
     if (longOptions.stats) {
         placer.setStats(std::cerr);
     }
+    placer.setSecondsToRun(longOptions.secondsToRun);
     if (!placer.params.getAreaConst()) {
         endOnCommandLine("Error: Area argument is missing! ", program);
     }

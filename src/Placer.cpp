@@ -8,6 +8,7 @@
 #include <sstream>
 #include <thread>
 
+#include "CallAfter.h"
 #include "Graphs.h"
 
 namespace korvel {
@@ -57,6 +58,15 @@ void Placer::banner(const std::string& text) {
 }
 
 int Placer::run() {
+    std::jthread timer;
+    if (secondsToRun > 0.0) {
+        timer = callAfter(std::chrono::duration<double>(secondsToRun), [this] { requestStop(); });
+    }
+    runMode();
+    return 0;
+}
+
+void Placer::runMode() {
     if (params.getAreaConst()) {
         calcUtilization();
     }
@@ -67,7 +77,6 @@ int Placer::run() {
     } else {
         runPlain();
     }
-    return 0;
 }
 
 void Placer::calcUtilization() {

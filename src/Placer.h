@@ -1,8 +1,9 @@
 // The placement engine: one object for the whole run. It owns the parameters, the netlist, the
 // tables of lower bounds and the run's flags; the reader fills it, run() places the benchmark.
 //
-// Everything runs on the main thread but the workers of a search, which live only inside BandB().
-// Each has its own placement to work on; netlist, tables and flags are only read while they live.
+// Everything runs on the main thread but the workers of a search, which live only inside BandB(),
+// and the timer of a limited run. Each worker has its own placement to work on; netlist, tables and
+// flags are only read while they live.
 //
 // The sources follow the groups below: Placer.cpp (state and driver), PlacerTables.cpp,
 // PlacerSearch.cpp, PlacerBranching.cpp, PlacerPlot.cpp.
@@ -43,6 +44,8 @@ public:
     void setPlot() { plot = true; }
     // A line about each search goes to `out`, which must outlive the engine.
     void setStats(std::ostream& to) { statsOut = &to; }
+    // The run stops as if requestStop() were called after that many seconds; 0 means no limit.
+    void setSecondsToRun(double seconds) { secondsToRun = seconds; }
     bool wantsStatistics() const { return statistics; }
     bool wantsPlot() const { return plot; }
 
@@ -115,6 +118,7 @@ private:
     void banner(const std::string& text);
 
     // Driver.
+    void runMode();
     void calcUtilization();
     void runStages();
     void runInitialAndMain();
@@ -160,6 +164,7 @@ private:
     bool statistics = false;
     bool plot = false;
     std::ostream* statsOut = nullptr;
+    double secondsToRun = 0.0;
     BBNode bestNode;
     std::optional<SearchCounters> searchCounters;
     std::unique_ptr<const SearchTables> searchTables;  // of the last search

@@ -78,6 +78,12 @@ TEST(CommandLine, ErrorsAndHelpEndWithStatus1) {
         {"-f b -a 10 10 --threads +4", kWrong},
         {"-f b -a 10 10 --threads 4x", kWrong},
         {"-f b -a 10 10 --threads=4", kWrong},
+        {"-f b -a 10 10 --stop-after", kWrong},
+        {"-f b -a 10 10 --stop-after 0", kWrong},
+        {"-f b -a 10 10 --stop-after -1", kWrong},
+        {"-f b -a 10 10 --stop-after 1000001", kWrong},
+        {"-f b -a 10 10 --stop-after nan", kWrong},
+        {"-f b -a 10 10 --stop-after 2s", kWrong},
     };
     for (const auto& [line, text] : cases) {
         const Parsed parsed = parse(line);

@@ -138,6 +138,22 @@ TEST(Search, StopsPromptlyOnRequestAndReportsTheBestSoFar) {
     EXPECT_TRUE(readReport(buffer.str()).at(1).updates.empty());
 }
 
+// A run of its own accord would take very long in the first case, a timer that is waited for in the
+// second.
+TEST(Search, ALimitStopsLongRunsAndDoesNotHoldUpOthers) {
+    const Design large = randomDesign(42, {14, 6, 60});
+    Engine lengthy(large);
+    lengthy.placer.setSecondsToRun(0.1);
+    lengthy.placer.run();
+    EXPECT_EQ(readReport(lengthy.report.str()).size(), 2U);
+
+    const Design small = randomDesign(3, {3, 2, 8});
+    Engine brief(small);
+    brief.placer.setSecondsToRun(1e5);
+    brief.placer.run();
+    expectSoundRun(small, brief.report.str());
+}
+
 TEST(Search, ManyDiesArePlacedInStagesThatFollowEachOther) {
     Design design;
     for (unsigned i = 0; i < 100; ++i) {

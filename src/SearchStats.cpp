@@ -1,7 +1,6 @@
 #include "SearchStats.h"
 
-#include <sys/resource.h>
-
+#include <fstream>
 #include <iomanip>
 #include <numeric>
 #include <ostream>
@@ -15,10 +14,16 @@ std::uint64_t sum(const std::vector<std::uint64_t>& byLevel) {
     return std::accumulate(byLevel.begin(), byLevel.end(), std::uint64_t{0});
 }
 
+// As the kernel tells it: getrusage() would count the memory of whoever started the program, too.
 double peakMegabytes() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024.0;
+    const std::string mark = "VmHWM:";
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    while (status >> word && word != mark) {
+    }
+    double kilobytes = 0.0;
+    status >> kilobytes;
+    return kilobytes / 1024.0;
 }
 
 }  // namespace

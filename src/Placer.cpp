@@ -16,6 +16,8 @@ namespace {
 
 constexpr unsigned kMostBlocksInOnePass = 99;
 constexpr unsigned kFirstStageBlocks = 7;
+// Less than any sum of the weights of connections notices.
+constexpr float kFaintConnection = 1e-30F;
 
 using Clock = std::chrono::system_clock;
 
@@ -88,7 +90,7 @@ void Placer::runStages() {
     banner("===   Blocks placement six  ===");
     const Clock::time_point start = Clock::now();
     ordering();
-    while (allBlocks >= numBlocks) {
+    while (allBlocks >= numBlocks && !stopRequested.load(std::memory_order_relaxed)) {
         banner("===   Blocks placement for " + std::to_string(numBlocks) + " blocks  ===");
         place();
         banner("===   End   ===");
@@ -145,6 +147,10 @@ void Placer::writeStatistics(const std::string& text) {
 }
 
 void Placer::place() {
+    passEnded.store(false, std::memory_order_relaxed);
+    if (observer != nullptr) {
+        observer->passBegins(numBlocks);
+    }
     levelCutFactor = static_cast<float>(1.0 / (numBlocks + 1));
     banner("==   Pre-Calculations for B&B   ==");
     calcMinDistancesCombined();
@@ -154,6 +160,9 @@ void Placer::place() {
         updateRemainingDistances();
     }
     BandB();
+    if (observer != nullptr) {
+        observer->passEnds();
+    }
 }
 
 void Placer::ordering() {
@@ -162,7 +171,8 @@ void Placer::ordering() {
     UndirectedGraph graph(numBlocks);
     for (unsigned i = 1; i < numBlocks; ++i) {
         for (unsigned j = 0; j < i; ++j) {
-            graph.addEdge(i, j, connectionWeight(blocks[i], blocks[j]));
+            const float weight = connectionWeight(blocks[i], blocks[j]);
+            graph.addEdge(i, j, joinPieces ? std::max(weight, kFaintConnection) : weight);
         }
     }
     const std::vector<unsigned> order = graph.findOrder();

@@ -61,6 +61,9 @@ public:
     // connections between all blocks. The order of a connected one stays what it is.
     void setJoinPieces() { joinPieces = true; }
 
+    // The run places the blocks in stages.
+    bool isStaged() const { return stageMode; }
+
     // Asks the running search, and all that would follow, to stop; from any thread. The run goes
     // on with the best node found so far.
     void requestStop() { stopRequested.store(true, std::memory_order_relaxed); }

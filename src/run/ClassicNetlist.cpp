@@ -38,10 +38,9 @@ void loadPin(Netlist& netlist, const Design& design, const Design::Pin& from, Ne
         const Extent size = design.dies[from.body].size;
         offset = {fraction(from.offset.x, size.width), fraction(from.offset.y, size.height)};
     }
-    Pin& pin = netlist.pins.emplace_back(static_cast<int>(netlist.pins.size()), kBothWays,
-                                         owner.getCoord(), offset, !isDie, owner.getWidth(),
-                                         owner.getHeight(), static_cast<unsigned>(owner.getIndex()),
-                                         &net);
+    Pin& pin = netlist.pins.emplace_back(
+        static_cast<int>(netlist.pins.size()), kBothWays, owner.getCoord(), offset, !isDie,
+        owner.getWidth(), owner.getHeight(), static_cast<unsigned>(owner.getIndex()), &net);
     if (!isDie) {
         pin.setPlaced();
     }

@@ -15,8 +15,8 @@ class RunProgress {
 public:
     // What an engine can say at any time about the phase that it is in.
     struct Gauge {
-        std::uint64_t count = 0;  // of what the phase counts, since it began
-        std::optional<double> share = std::nullopt;       // of the work, 0 to 1
+        std::uint64_t count = 0;                     // of what the phase counts, since it began
+        std::optional<double> share = std::nullopt;  // of the work, 0 to 1
         std::optional<double> lowerBound = std::nullopt;  // no legal placement is shorter
     };
     struct View {

@@ -10,6 +10,10 @@ namespace korvel {
 
 using RunClock = std::chrono::steady_clock;
 
+inline RunClock::duration clockSpan(double seconds) {
+    return std::chrono::duration_cast<RunClock::duration>(std::chrono::duration<double>(seconds));
+}
+
 class StopTimer {
 public:
     StopTimer(RunClock::time_point moment, std::function<void()> ring);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "commands/Command.h"
+#include "report/Report.h"
 
 namespace korvel {
 
@@ -64,7 +65,7 @@ bool isCommand(int argc, const char* const argv[]) {
 int runCommand(int argc, const char* const argv[], std::ostream& out, std::ostream& err) {
     CommandRun run{out, err};
     CLI::App program("Korvel places dies on an interposer.", "korvel");
-    program.set_version_flag("--version", "korvel " KORVEL_VERSION, "Print the version and end");
+    program.set_version_flag("--version", programVersion(), "Print the version and end");
     program.set_help_flag("--help", "Print this help and end");
     program.require_subcommand(1);
     program.failure_message(usageFailure);

@@ -12,6 +12,8 @@
 
 namespace korvel {
 
+class BookshelfScanner;
+
 class IO {
 public:
     explicit IO(Placer& placer) : placer(placer) {}
@@ -24,9 +26,9 @@ public:
     void parseInput();
 
     // The readers of the three files, in the order in which they are to be called.
-    void parseBlocks(std::istream& in);
-    void parsePlacement(std::istream& in);
-    void parseNets(std::istream& in);
+    void parseBlocks(std::istream& file);
+    void parsePlacement(std::istream& file);
+    void parseNets(std::istream& file);
 
 private:
     // A name's block or terminal: its position in the engine's list of them.
@@ -43,11 +45,11 @@ private:
     void printSummary();
 
     [[noreturn]] void endOnInput(const std::string& error);
-    Block readHardBlock(std::istream& in, const std::string& name, unsigned index);
+    Block readHardBlock(BookshelfScanner& in, const std::string& name, unsigned index);
     Entry findEntry(const std::string& name) const;
     Block& blockOf(Entry entry);
     void placeEntry(Entry entry, Point coord, Orient orient);
-    PinRecord readPin(std::istream& in, const std::string& name);
+    PinRecord readPin(BookshelfScanner& in, const std::string& name);
     void buildNets(const std::vector<NetRecord>& records, std::size_t pinNum);
     void printParsingStatistic();
 

@@ -2,8 +2,8 @@
 // rejects is the base interface's contract, exit status 0 included.
 
 #include <fstream>
-#include <istream>
 
+#include "BookshelfScanner.h"
 #include "IO.h"
 #include "Invariant.h"
 #include "ProcessEnd.h"
@@ -13,47 +13,25 @@ namespace korvel {
 namespace {
 
 constexpr int kInputError = 0;
-constexpr std::streamsize kMaxSkipped = 512;
-constexpr unsigned kRectangleVertices = 4;
+constexpr unsigned kRectangleCorners = 4;
 
-void skipLine(std::istream& in) {
-    in.ignore(kMaxSkipped, '\n');
-}
-
-void skipPast(std::istream& in, char mark) {
-    in.ignore(kMaxSkipped, mark);
-}
-
-std::string nextToken(std::istream& in) {
+// Passes over everything up to the keyword.
+void skipToHeader(BookshelfScanner& in, const std::string& keyword) {
     std::string token;
-    in >> token;
-    return token;
-}
-
-// A token where a record is expected that starts none: the rest of its line is to be skipped.
-bool startsNoRecord(const std::string& token) {
-    return token.empty() || token[0] == '#';
-}
-
-// Passes over everything up to the keyword and the colon behind it.
-void skipToHeader(std::istream& in, const std::string& keyword) {
-    std::string token;
-    while (in >> token && token != keyword) {
-    }
-    in >> token;
+    do {
+        token = in.token();
+    } while (in && token != keyword);
 }
 
 // The count behind a header keyword; 0 when there is none.
-unsigned readHeaderCount(std::istream& in, const std::string& keyword) {
+unsigned readHeaderCount(BookshelfScanner& in, const std::string& keyword) {
     skipToHeader(in, keyword);
-    unsigned count = 0;
-    if (!(in >> count)) {
-        count = 0;
-        if (!in.eof()) {
-            in.clear();
-        }
+    const unsigned count = in.countAfterColon();
+    if (in) {
+        return count;
     }
-    return count;
+    in.recover();
+    return 0;
 }
 
 // Offsets are percent from the block's centre in the file, fractions from its corner in the model.
@@ -106,9 +84,11 @@ void IO::parseInput() {
     printParsingStatistic();
 }
 
-void IO::parseBlocks(std::istream& in) {
+void IO::parseBlocks(std::istream& file) {
+    BookshelfScanner in(file, BookshelfScanner::Records::kAcrossLines);
     skipToHeader(in, "NumSoftRectangularBlocks");
-    if (nextToken(in) != "0") {
+    in.token();
+    if (in.token() != "0") {
         endOnInput("ERROR: .blocks contains soft blocks -- this tool cannot work with soft blocks");
     }
     placer.setBlockNum(readHeaderCount(in, "NumHardRectilinearBlocks"));
@@ -117,12 +97,12 @@ void IO::parseBlocks(std::istream& in) {
     unsigned bIndex = 0;  // hard blocks read
     unsigned tIndex = 0;  // entries read: hard blocks and terminals
     while (in) {
-        const std::string name = nextToken(in);
-        if (startsNoRecord(name)) {
-            skipLine(in);
+        const std::string name = in.token();
+        if (BookshelfScanner::startsNoRecord(name)) {
+            in.skipLine();
             continue;
         }
-        const std::string type = nextToken(in);
+        const std::string type = in.token();
         if (type == "hardrectilinear") {
             placer.netlist.blocks.push_back(readHardBlock(in, name, bIndex));
             blockPositions.emplace(name, bIndex);
@@ -145,52 +125,42 @@ void IO::parseBlocks(std::istream& in) {
                      "placer.getTermNum() == tIndex-bIndex");
 }
 
-// Vertices 0 and 2 are opposite corners; the others do not matter.
-Block IO::readHardBlock(std::istream& in, const std::string& name, unsigned index) {
-    unsigned vertexNum = 0;
-    in >> vertexNum;
-    if (in && vertexNum > kRectangleVertices) {
+// Corners 0 and 2 are opposite; the others do not matter.
+Block IO::readHardBlock(BookshelfScanner& in, const std::string& name, unsigned index) {
+    const Outline<float> outline = in.outline<float>();
+    if (outline.cornerNum > kRectangleCorners) {
         placer.report()
             << "ERROR in parsing .blocks file: rectilinear blocks can be only rectangles for now"
             << std::endl;
     }
-    std::array<Point, 3> corners;
-    for (unsigned i = 0; in && i < vertexNum; ++i) {
-        Point vertex;
-        skipPast(in, '(');
-        in >> vertex.x;
-        skipPast(in, ',');
-        in >> vertex.y;
-        if (i < corners.size()) {
-            corners[i] = vertex;
-        }
-    }
-    if (!in || vertexNum < corners.size()) {
+    const auto& corners = outline.corners;
+    if (!in || outline.cornerNum < 3) {
         endOnInput("ERROR by .blocks file parsing: cannot read the vertices of block " + name);
     }
-    nextToken(in);
+    in.token();
     return Block(static_cast<int>(index), name, corners[2].x - corners[0].x,
                  corners[2].y - corners[0].y);
 }
 
-void IO::parsePlacement(std::istream& in) {
-    std::string token = nextToken(in);
+void IO::parsePlacement(std::istream& file) {
+    BookshelfScanner in(file, BookshelfScanner::Records::kAcrossLines);
+    std::string token = in.token();
     while (in || !token.empty()) {
-        if (startsNoRecord(token) || token == "UCLA" || token == "UMICH") {
-            skipLine(in);
-            token = nextToken(in);
+        if (BookshelfScanner::startsNoRecord(token) || token == "UCLA" || token == "UMICH") {
+            in.skipLine();
+            token = in.token();
             continue;
         }
         const std::string name = token;
-        Point coord;
-        const bool hasCoord = static_cast<bool>(in >> coord.x >> coord.y);
+        const Corner<float> coord = in.position<float>();
+        const bool hasCoord = static_cast<bool>(in);
         // Without dimensions the token already belongs to the next record.
         Orient orient = Orient::N;
-        token = nextToken(in);
+        token = in.token();
         if (token == "DIMS") {
-            skipPast(in, ':');
-            orient = OrientConverter::StringToOrient(nextToken(in), placer.report());
-            token = nextToken(in);
+            in.skipPast(':');
+            orient = OrientConverter::StringToOrient(in.token(), placer.report());
+            token = in.token();
         }
         const Entry entry = findEntry(name);
         if (!entry.found) {
@@ -200,7 +170,7 @@ void IO::parsePlacement(std::istream& in) {
         if (!hasCoord) {
             endOnInput("ERROR by .pl file parsing: cannot read the position of " + name);
         }
-        placeEntry(entry, coord, orient);
+        placeEntry(entry, {coord.x, coord.y}, orient);
     }
 }
 
@@ -224,25 +194,25 @@ void IO::placeEntry(Entry entry, Point coord, Orient orient) {
     blockOf(entry).updateBlockState(coord, orient, false);
 }
 
-void IO::parseNets(std::istream& in) {
+void IO::parseNets(std::istream& file) {
+    BookshelfScanner in(file, BookshelfScanner::Records::kAcrossLines);
     placer.setNetNum(readHeaderCount(in, "NumNets"));
     placer.setPinNum(readHeaderCount(in, "NumPins"));
 
     std::vector<NetRecord> nets;
     std::size_t pinNum = 0;
     while (in) {
-        const std::string token = nextToken(in);
-        if (startsNoRecord(token)) {
-            skipLine(in);
+        const std::string token = in.token();
+        if (BookshelfScanner::startsNoRecord(token)) {
+            in.skipLine();
             continue;
         }
         if (token == "NetDegree") {
-            nextToken(in);
-            NetRecord net{};
-            if (!(in >> net.degree)) {
+            const unsigned degree = in.countAfterColon();
+            if (!in) {
                 endOnInput("ERROR by .nets file parsing: cannot read the degree of a net");
             }
-            nets.push_back(std::move(net));
+            nets.push_back({degree, {}});
         } else {
             const PinRecord pin = readPin(in, token);
             if (nets.empty()) {
@@ -267,9 +237,9 @@ void IO::parseNets(std::istream& in) {
     }
 }
 
-IO::PinRecord IO::readPin(std::istream& in, const std::string& name) {
+IO::PinRecord IO::readPin(BookshelfScanner& in, const std::string& name) {
     PinRecord pin{};
-    in >> pin.direction;
+    pin.direction = in.character("a direction");
     pin.owner = findEntry(name);
     if (!pin.owner.found) {
         endOnInput("ERROR by .nets file parsing: cannot find a block with name " + name +
@@ -278,11 +248,8 @@ IO::PinRecord IO::readPin(std::istream& in, const std::string& name) {
     if (pin.owner.terminal) {
         return pin;
     }
-    Point percent;
-    skipPast(in, '%');
-    in >> percent.x;
-    skipPast(in, '%');
-    if (!(in >> percent.y)) {
+    const Corner<float> percent = in.percents<float>();
+    if (!in) {
         endOnInput("ERROR by .nets file parsing: cannot read the pin offsets of block " + name);
     }
     const Point pOffsets{fractionOfPercent(percent.x), fractionOfPercent(percent.y)};

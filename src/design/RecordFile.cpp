@@ -1,0 +1,129 @@
+#include "design/RecordFile.h"
+
+#include <algorithm>
+
+namespace korvel {
+
+namespace {
+
+constexpr std::size_t kMaxBytes = std::size_t{64} << 20;
+
+// How a file may begin that says which format it is in.
+bool isFormatLine(const std::string& word) {
+    return word == "UCSC" || word == "UCLA" || word == "UMICH";
+}
+
+std::string prefix(const std::string& subject) {
+    return subject.empty() ? subject : subject + ": ";
+}
+
+}  // namespace
+
+RecordFile::RecordFile(std::istream& source, const std::string& file, Diagnostics& diagnostics)
+    : scanner(source, BookshelfScanner::Records::kOnOneLine),
+      source(source),
+      file(file),
+      diagnostics(diagnostics) {}
+
+bool RecordFile::next() {
+    while (scanner.nextLine()) {
+        if (scanner.getByteNum() > kMaxBytes) {
+            diagnostics.error(file, 0, "found more than 64 MiB, expected less");
+            return false;
+        }
+        if (reportSlip({}) || scanner.nextPiece().empty()) {
+            continue;
+        }
+        word = scanner.token();
+        if (!isFormatLine(word)) {
+            return true;
+        }
+    }
+    if (source.bad()) {
+        diagnostics.error(file, 0, "found a file that cannot be read to its end");
+    }
+    return false;
+}
+
+bool RecordFile::reportSlip(const std::string& subject) {
+    const auto& slip = scanner.getSlip();
+    if (slip) {
+        const std::string found = slip->found.empty() ? "the end of the line" : shown(slip->found);
+        error(prefix(subject) + "found " + found + ", expected " + slip->expected);
+    }
+    return slip.has_value();
+}
+
+void RecordFile::passOverRest(const std::string& subject) {
+    const std::string_view rest = scanner.nextPiece();
+    if (!rest.empty()) {
+        warning(prefix(subject) + "found " + shown(rest) +
+                ", expected the end of the line; what follows is passed over");
+    }
+}
+
+FileHeaders::FileHeaders(std::initializer_list<const char*> keywords) {
+    for (const char* keyword : keywords) {
+        headers.push_back({keyword, 0, std::nullopt});
+    }
+}
+
+bool FileHeaders::take(RecordFile& file) {
+    const std::string& word = file.getWord();
+    const auto header = std::find_if(headers.begin(), headers.end(), [&](const Header& candidate) {
+        return word == candidate.keyword || word.rfind(candidate.keyword + ":", 0) == 0;
+    });
+    if (header == headers.end()) {
+        return false;
+    }
+    if (header->line != 0) {
+        file.error("found " + header->keyword + " again, expected it once (line " +
+                   std::to_string(header->line) + " has it first)");
+    } else {
+        read(file, *header);
+    }
+    return true;
+}
+
+void FileHeaders::read(RecordFile& file, Header& header) const {
+    header.line = file.getLine();
+    if (ended) {
+        file.error("found " + header.keyword + " behind a record, expected it before the first");
+    }
+    if (file.getWord() != header.keyword) {
+        file.error("found " + shown(file.getWord()) + ", expected '" + header.keyword +
+                   " : COUNT'");
+        return;
+    }
+    const unsigned count = file.scanner.countAfterColon();
+    if (!file.reportSlip(header.keyword)) {
+        header.count = count;
+        file.passOverRest(header.keyword);
+    }
+}
+
+bool FileHeaders::areComplete() const {
+    return std::all_of(headers.begin(), headers.end(),
+                       [](const Header& header) { return header.line != 0; });
+}
+
+void FileHeaders::reportMissing(RecordFile& file) const {
+    for (const Header& header : headers) {
+        if (header.line == 0) {
+            file.error(0, "found no line that begins with " + header.keyword + ", expected '" +
+                              header.keyword + " : COUNT'");
+        }
+    }
+}
+
+std::string FileHeaders::disagreement(std::size_t which, std::size_t found,
+                                      const std::string& things) const {
+    const Header& header = headers[which];
+    if (!header.count || *header.count == found) {
+        return {};
+    }
+    return "found " + std::to_string(found) + " " + things + ", expected " +
+           std::to_string(*header.count) + " as " + header.keyword + " says";
+}
+
+}  // namespace korvel

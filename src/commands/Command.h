@@ -34,6 +34,7 @@ CLI::App& addCommand(CLI::App& program, const std::string& name, const std::stri
 void addArea(CLI::App& command, Region& region);
 
 // `run` outlives the program's parsing; the streams are used from the calling thread only.
+void addPlace(CLI::App& program, CommandRun& run);
 void addCheck(CLI::App& program, CommandRun& run);
 void addDraw(CLI::App& program, CommandRun& run);
 

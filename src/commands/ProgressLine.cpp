@@ -101,9 +101,9 @@ std::string progressText(const Run& run) {
     const double best = run.bestLength();
     std::string text = view.phase.empty() ? "" : view.phase + "  ";
     text += timeText(run);
-    text += std::isfinite(best) ? "  HPWL " + numberText(best) + " after " +
-                                      durationText(run.bestFoundAfter())
-                                : "  nothing legal yet";
+    text += std::isfinite(best)
+                ? "  HPWL " + numberText(best) + " after " + durationText(run.bestFoundAfter())
+                : "  nothing legal yet";
     if (view.gauge.count > 0) {
         text += "  " + workText(view);
     }

@@ -26,7 +26,7 @@ private:
     std::function<void()> first;
     sigset_t watched{};
     sigset_t maskBefore{};
-    int signals = -1;  // readable when a watched signal has come
+    int signals = -1;   // readable when a watched signal has come
     int farewell = -1;  // readable when the watch is over
     std::thread watcher;
 };

@@ -112,6 +112,9 @@ void Placer::BandB() {
     const SearchTables shared(netlist, numBlocks, area());
     SearchState state(numBlocks * (numBlocks + 1) / 2,
                       hasBound ? initWL : std::numeric_limits<float>::max());
+    if (observer != nullptr) {
+        observer->searchBegins();
+    }
     state.sharedStack.push(BBNode());
     state.sharedStackEmpty.store(false);
     for (std::thread& worker : startWorkers([&] { BBcore(state, shared); }, numThreads)) {

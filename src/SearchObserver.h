@@ -18,7 +18,12 @@ public:
 
     // A pass that places the first blocks of the order begins, or has ended. Main thread.
     virtual void passBegins(unsigned /*blocks*/) {}
+    // Its tables are made.
+    virtual void searchBegins() {}
     virtual void passEnds() {}
+
+    // How many blocks the stage after that of so many places; more than these. Main thread.
+    virtual unsigned nextStage(unsigned blocks) { return blocks + 1; }
 
     // A new best node of the pass, and where it is aligned. From any worker, one call at a time.
     virtual void improved(const BBNode& /*node*/, const WorkingPlacement& /*placement*/) {}

@@ -82,10 +82,33 @@ void ClassicEngine::passBegins(unsigned blocks) {
     passShare = 0.0;
     passEndedEarly = false;
     if (deadline && placer.isStaged()) {
-        const auto stagesLeft = static_cast<long>(design.dies.size() - blocks + 1);
-        passDeadline = passBegan + (*deadline - passBegan) / stagesLeft;
+        passDeadline = passBegan + (*deadline - passBegan) / (1L + stagesAfter(blocks));
     }
     phase.emplace(progress, passes.back().name, "nodes", [this] { return gauge(); });
+}
+
+void ClassicEngine::searchBegins() {
+    preparation = RunClock::now() - passBegan;
+}
+
+// How many stages there is time for, if half of the time is left for searching. Tables grow with
+// the square of the dies, so those still to come cost a third of the last ones' each.
+unsigned ClassicEngine::stagesAfter(unsigned blocks) const {
+    const auto left = static_cast<unsigned>(design.dies.size()) - blocks;
+    if (!deadline || left == 0) {
+        return left;
+    }
+    using Seconds = std::chrono::duration<double>;
+    const double growth = static_cast<double>(design.dies.size()) / blocks;
+    const double cost = Seconds(preparation).count() * growth * growth / 3.0;
+    const double available = Seconds(*deadline - RunClock::now()).count() / 2.0;
+    return static_cast<unsigned>(std::clamp(available / cost, 1.0, static_cast<double>(left)));
+}
+
+unsigned ClassicEngine::nextStage(unsigned blocks) {
+    const auto left = static_cast<unsigned>(design.dies.size()) - blocks;
+    const unsigned stages = std::max(1U, stagesAfter(blocks));
+    return blocks + std::max(1U, (left + stages - 1) / stages);
 }
 
 void ClassicEngine::passEnds() {

@@ -20,11 +20,15 @@ inline constexpr int kReportFormat = 1;
 // "korvel 0.1.0".
 std::string programVersion();
 
-// format, program, command, design, region, dies, judgement.
-Json reportOn(const std::string& command, const Design& design, Region region,
-              const Placement& placement, const Judgement& judgement);
+// The beginning of every report: format, program, command, legal, design, region. `isLegal` is the
+// answer in short, and false if there is no placement.
+Json reportOn(const std::string& command, const Design& design, Region region, bool isLegal);
+
+// Adds dies and judgement.
+void addPlacement(Json& report, const Design& design, const Placement& placement,
+                  const Judgement& judgement);
 
 // Indented, ending with a newline. Bytes that are no UTF-8, which names can have, become U+FFFD.
-std::string textOf(const Json& report);
+std::string jsonText(const Json& report);
 
 }  // namespace korvel

@@ -92,13 +92,18 @@ std::string aligned(const Rows& rows, const std::string& sides) {
     return text;
 }
 
-Rows summaryRows(const Design& design, Region region, const Judgement& judgement) {
+Rows designRows(const Design& design, Region region) {
     return {
         {"Design", design.name},
         {"", countText(design.dies.size(), "die", "dies") + ", " +
                  countText(design.terminals.size(), "terminal", "terminals") + ", " +
                  countText(design.nets.size(), "net", "nets")},
         {"Area", sizeText({region.width, region.height})},
+    };
+}
+
+Rows judgementRows(const Judgement& judgement) {
+    return {
         {"Utilization", percentText(judgement.utilization)},
         {"Wirelength", numberText(judgement.wirelength) + " (HPWL)"},
         {"", numberText(judgement.wirelengthBetweenDies) + " without nets on one die"},
@@ -117,6 +122,19 @@ std::string diesTable(const Design& design, const Placement& placement) {
                         numberText(size.height)});
     }
     return aligned(rows, "lrrlrr");
+}
+
+std::string faultCounts(const Judgement& judgement) {
+    std::string text;
+    const auto add = [&text](std::size_t number, const char* one, const char* many) {
+        if (number > 0) {
+            text += (text.empty() ? "" : ", ") + countText(number, one, many);
+        }
+    };
+    add(judgement.overlapNum, "overlap", "overlaps");
+    add(judgement.outside.size(), "die outside", "dies outside");
+    add(judgement.mirrored.size(), "die mirrored", "dies mirrored");
+    return text;
 }
 
 std::string faultsText(const Design& design, const Placement& placement,

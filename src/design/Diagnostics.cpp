@@ -86,7 +86,7 @@ void Diagnostics::print(std::ostream& out) const {
 std::string shown(std::string_view piece) {
     std::string text = "'";
     for (std::string_view rest = piece; !rest.empty();) {
-        if (piece.size() - rest.size() >= kLongestPiece) {
+        if (text.size() > kLongestPiece) {
             text += "...";
             break;
         }

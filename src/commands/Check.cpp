@@ -69,11 +69,8 @@ std::string verdict(const Checked& result) {
 }
 
 std::string summaryOf(const Checked& result) {
-    Rows rows = designRows(result.design, result.region);
-    if (result.judgement) {
-        const Rows measures = judgementRows(*result.judgement);
-        rows.insert(rows.end(), measures.begin(), measures.end());
-    }
+    Rows rows = result.judgement ? summaryRows(result.design, result.region, *result.judgement)
+                                 : designRows(result.design, result.region);
     rows.push_back({"Legal", verdict(result)});
     std::string text = aligned(rows, "ll");
     if (result.judgement) {
@@ -84,13 +81,13 @@ std::string summaryOf(const Checked& result) {
 }
 
 std::string jsonOf(const Checked& result) {
-    Json report = reportOn("check", result.design, result.region, result.isLegal());
-    report["missing"] = result.missing;
-    report["unknown"] = result.unknown;
-    if (result.judgement) {
-        addPlacement(report, result.design, *result.placement, *result.judgement);
-    }
-    return jsonText(report);
+    const auto& [design, region, missing, unknown, placement, judgement] = result;
+    Json report = judgement ? reportOn("check", design, region, *placement, *judgement)
+                            : reportHead("check", design, region, false);
+    report["legal"] = result.isLegal();
+    report["missing"] = missing;
+    report["unknown"] = unknown;
+    return textOf(report);
 }
 
 int check(const CheckOptions& options, CommandRun& run) {

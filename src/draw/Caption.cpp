@@ -63,7 +63,7 @@ std::vector<LegendEntry> legendOf(const CaptionFacts& facts) {
          "lower left corner in orientation N"}};
     if (!facts.bundles.betweenDies.empty()) {
         legend.push_back({stroke(7.0, colour::kBundle),
-                          "nets between dies, at the thickest " +
+                          "nets between two dies, up to " +
                               numberText(std::round(facts.bundles.betweenDies.front().weight))});
     }
     if (!facts.design.terminals.empty()) {

@@ -195,17 +195,38 @@ std::string drawLine(const Design& design, const Bundle& bundle, const char* kin
                       svgTitle(titleOf(design, bundle)));
 }
 
-// The area of a stroke grows with the number of nets less than these do: few stay visible beside
-// many. Thin ones lie on top, where the mouse finds them.
+// Many lines are drawn lighter, so that dies are still seen behind them.
+double opacityOf(std::size_t lineNum) {
+    constexpr double kOfFew = 0.6;
+    constexpr double kHalved = 700.0;
+    return kOfFew / (1.0 + static_cast<double>(lineNum) / kHalved);
+}
+
+// A part of the narrower side of a middling die, so that bundles do not bury what they join.
+double thickestBundle(const Design& design, const View& view) {
+    constexpr double kPart = 0.16;
+    constexpr double kLeast = 4.0;
+    constexpr double kMost = 14.0;
+    std::vector<double> sides;
+    for (const Design::Die& die : design.dies) {
+        sides.push_back(view.lengthOf(std::min(die.size.width, die.size.height)));
+    }
+    const auto middle = sides.begin() + static_cast<std::ptrdiff_t>(sides.size() / 2);
+    std::nth_element(sides.begin(), middle, sides.end());
+    return std::clamp(kPart * *middle, kLeast, kMost);
+}
+
+// Widths grow with the square root of the number of nets, so that few stay visible beside many.
+// Thin bundles lie on top, where the mouse finds them.
 std::string drawBundles(const Design& design, const std::vector<Bundle>& bundles,
                         const View& view) {
-    constexpr double kThickest = 14.0;
     constexpr double kOneNet = 1.6;
     constexpr double kThinnest = 0.5;
     if (bundles.empty()) {
         return "";
     }
-    const double unit = std::min(kOneNet, kThickest / std::sqrt(bundles.front().weight));
+    const double thickest = thickestBundle(design, view);
+    const double unit = std::min(kOneNet, thickest / std::sqrt(bundles.front().weight));
     std::string lines;
     for (std::size_t at = 0; at < std::min(bundles.size(), kMostBundles); ++at) {
         const double width = std::max(kThinnest, unit * std::sqrt(bundles[at].weight));
@@ -214,7 +235,7 @@ std::string drawBundles(const Design& design, const std::vector<Bundle>& bundles
     return svgElement("g",
                       {{"id", "bundles"},
                        {"stroke", colour::kBundle},
-                       {"stroke-opacity", 0.6},
+                       {"stroke-opacity", opacityOf(bundles.size())},
                        {"stroke-linecap", "round"}},
                       lines);
 }
@@ -224,8 +245,11 @@ std::string drawWires(const Design& design, const std::vector<Bundle>& wires, co
     for (const Bundle& wire : wires) {
         lines += drawLine(design, wire, "wire", 0.8, view);
     }
-    return svgElement(
-        "g", {{"id", "wires"}, {"stroke", colour::kTerminal}, {"stroke-opacity", 0.55}}, lines);
+    return svgElement("g",
+                      {{"id", "wires"},
+                       {"stroke", colour::kTerminal},
+                       {"stroke-opacity", opacityOf(wires.size())}},
+                      lines);
 }
 
 std::string drawTerminals(const Design& design, const View& view) {

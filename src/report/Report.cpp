@@ -66,7 +66,7 @@ std::string programVersion() {
     return "korvel " KORVEL_VERSION;
 }
 
-Json reportOn(const std::string& command, const Design& design, Region region, bool isLegal) {
+Json reportHead(const std::string& command, const Design& design, Region region, bool isLegal) {
     return {{"format", kReportFormat},
             {"program", programVersion()},
             {"command", command},
@@ -75,16 +75,19 @@ Json reportOn(const std::string& command, const Design& design, Region region, b
             {"region", {{"width", region.width}, {"height", region.height}}}};
 }
 
-void addPlacement(Json& report, const Design& design, const Placement& placement,
-                  const Judgement& judgement) {
+Json reportOn(const std::string& command, const Design& design, Region region,
+              const Placement& placement, const Judgement& judgement) {
+    const bool isWhole = placement.size() == design.dies.size();
+    Json report = reportHead(command, design, region, isWhole && judgement.isLegal());
     Json& dies = report["dies"] = Json::array();
     for (std::size_t die = 0; die < placement.size(); ++die) {
         dies.push_back(dieFields(design.dies[die], placement[die]));
     }
     report["judgement"] = judgementFields(design, judgement);
+    return report;
 }
 
-std::string jsonText(const Json& report) {
+std::string textOf(const Json& report) {
     constexpr int kIndent = 2;
     return report.dump(kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -22,13 +22,13 @@ std::string programVersion();
 
 // The beginning of every report: format, program, command, legal, design, region. `isLegal` is the
 // answer in short, and false if there is no placement.
-Json reportOn(const std::string& command, const Design& design, Region region, bool isLegal);
+Json reportHead(const std::string& command, const Design& design, Region region, bool isLegal);
 
-// Adds dies and judgement.
-void addPlacement(Json& report, const Design& design, const Placement& placement,
-                  const Judgement& judgement);
+// The head, dies and judgement. Without dies, nothing is legal.
+Json reportOn(const std::string& command, const Design& design, Region region,
+              const Placement& placement, const Judgement& judgement);
 
 // Indented, ending with a newline. Bytes that are no UTF-8, which names can have, become U+FFFD.
-std::string jsonText(const Json& report);
+std::string textOf(const Json& report);
 
 }  // namespace korvel

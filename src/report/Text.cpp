@@ -102,14 +102,17 @@ Rows designRows(const Design& design, Region region) {
     };
 }
 
-Rows judgementRows(const Judgement& judgement) {
-    return {
-        {"Utilization", percentText(judgement.utilization)},
-        {"Wirelength", numberText(judgement.wirelength) + " (HPWL)"},
-        {"", numberText(judgement.wirelengthBetweenDies) + " without nets on one die"},
-        {"Extent", sizeText(judgement.extent) + " from (" + numberText(judgement.low.x) + ", " +
-                       numberText(judgement.low.y) + ")"},
-    };
+Rows summaryRows(const Design& design, Region region, const Judgement& judgement) {
+    Rows rows = designRows(design, region);
+    rows.push_back({"Utilization", percentText(judgement.utilization)});
+    rows.push_back({"Wirelength", numberText(judgement.wirelength) + " (HPWL)"});
+    if (judgement.wirelengthBetweenDies < judgement.wirelength) {
+        rows.push_back(
+            {"", numberText(judgement.wirelengthBetweenDies) + " without nets on one die"});
+    }
+    rows.push_back({"Extent", sizeText(judgement.extent) + " from (" + numberText(judgement.low.x) +
+                                  ", " + numberText(judgement.low.y) + ")"});
+    return rows;
 }
 
 std::string diesTable(const Design& design, const Placement& placement) {

@@ -22,9 +22,11 @@ std::string countText(std::size_t number, const std::string& one, const std::str
 // the left, 'l', or to the right, 'r'.
 std::string aligned(const Rows& rows, const std::string& sides);
 
-// Rows of two columns: design and area; utilization, wirelength and extent.
+// Rows of two columns: design and area.
 Rows designRows(const Design& design, Region region);
-Rows judgementRows(const Judgement& judgement);
+
+// The same, then utilization, wirelength and extent.
+Rows summaryRows(const Design& design, Region region, const Judgement& judgement);
 
 // A line per die: name, x, y, orientation, size as it lies; with a heading.
 std::string diesTable(const Design& design, const Placement& placement);

@@ -2,6 +2,10 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <utility>
+
+#include "design/DesignReader.h"
+#include "design/WholeFile.h"
 
 namespace korvel {
 
@@ -34,6 +38,44 @@ void addArea(CLI::App& command, Region& region) {
         ->type_name("W H")
         ->check(faultOfLength)
         ->required();
+}
+
+void addJson(CLI::App& command, std::string& path) {
+    command
+        .add_option("--json", path,
+                    "Write the report as JSON; with - to standard output, and nothing else there")
+        ->type_name("FILE");
+}
+
+void addPlacedDesign(CLI::App& command, PlacedDesignPaths& paths) {
+    command
+        .add_option("DESIGN", paths.design,
+                    "The design's path, with or without .blocks, .pl or .nets")
+        ->type_name("")
+        ->required();
+    command.add_option("PLACEMENT", paths.placement, "The placement, a .pl file")
+        ->type_name("")
+        ->required();
+}
+
+std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Region region,
+                                             std::ostream& err) {
+    Diagnostics diagnostics;
+    std::optional<PlacedDesign> placed;
+    if (auto design = readDesign(paths.design, region, diagnostics)) {
+        ReadPlacement placement = readPlacement(paths.placement, *design, diagnostics);
+        placed = PlacedDesign{std::move(*design), std::move(placement)};
+    }
+    diagnostics.print(err);
+    return diagnostics.hasErrors() ? std::nullopt : std::move(placed);
+}
+
+bool writeFile(const std::string& path, const std::string& content, std::ostream& err) {
+    const std::error_code fault = writeWhole(path, content);
+    if (fault) {
+        err << path << ": error: could not be written: " << fault.message() << "\n";
+    }
+    return !fault;
 }
 
 }  // namespace korvel

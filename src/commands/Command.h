@@ -4,10 +4,12 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <ostream>
 #include <string>
 
 #include "design/Design.h"
+#include "design/PlacementFile.h"
 
 namespace korvel {
 
@@ -32,6 +34,28 @@ CLI::App& addCommand(CLI::App& program, const std::string& name, const std::stri
 
 // `--area W H`, obligatory: two positive finite numbers, in the unit of the design.
 void addArea(CLI::App& command, Region& region);
+
+// `--json FILE`: the report for programs; - for standard output, and nothing else there.
+void addJson(CLI::App& command, std::string& path);
+
+// The words DESIGN and PLACEMENT of the command line.
+struct PlacedDesignPaths {
+    std::string design;
+    std::string placement;
+};
+void addPlacedDesign(CLI::App& command, PlacedDesignPaths& paths);
+
+// A design and what a file says of its placement. None if one of them cannot be used; everything
+// that is wrong or odd is said on `err`.
+struct PlacedDesign {
+    Design design;
+    ReadPlacement placement;
+};
+std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Region region,
+                                             std::ostream& err);
+
+// Writes a file whole or not at all; says on `err` why not, and whether.
+bool writeFile(const std::string& path, const std::string& content, std::ostream& err);
 
 // `run` outlives the program's parsing; the streams are used from the calling thread only.
 void addPlace(CLI::App& program, CommandRun& run);

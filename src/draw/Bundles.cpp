@@ -9,15 +9,6 @@ namespace korvel {
 
 namespace {
 
-Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin) {
-    if (!design.isDie(pin.body)) {
-        return design.terminalOf(pin.body).at;
-    }
-    const PlacedDie& placed = placement[pin.body];
-    const Spot offset = turned(pin.offset, design.dies[pin.body].size, placed.orient);
-    return {placed.at.x + offset.x, placed.at.y + offset.y};
-}
-
 // Where a net touches a body: the middle of its pins there.
 struct Touch {
     unsigned body;

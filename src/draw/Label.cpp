@@ -9,9 +9,9 @@ namespace korvel {
 namespace {
 
 constexpr double kLargestFont = 26.0;
-constexpr double kSmallestFont = 6.5;
+constexpr double kSmallestFont = 5.0;
 // Of a box; the rest is its margin, and where the mark of the orientation is.
-constexpr double kUsableAlong = 0.84;
+constexpr double kUsableAlong = 0.88;
 constexpr double kUsableAcross = 0.55;
 // A vertical name is harder to read: it has to be so much larger.
 constexpr double kWorthTurning = 1.3;

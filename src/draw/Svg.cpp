@@ -48,8 +48,7 @@ bool begins(std::string_view text, const Lead& lead) {
 }
 
 bool isAllowedInXml(std::string_view character) {
-    const bool isControl =
-        character.size() == 1 && static_cast<unsigned char>(character[0]) < ' ';
+    const bool isControl = character.size() == 1 && static_cast<unsigned char>(character[0]) < ' ';
     return !character.empty() && (!isControl || character == "\n" || character == "\t") &&
            character != "\xEF\xBF\xBE" && character != "\xEF\xBF\xBF";
 }

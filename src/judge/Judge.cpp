@@ -49,15 +49,6 @@ std::vector<Lying> whereDiesLie(const Design& design, const Placement& placement
     return lying;
 }
 
-Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin) {
-    if (!design.isDie(pin.body)) {
-        return design.terminalOf(pin.body).at;
-    }
-    const PlacedDie& placed = placement[pin.body];
-    const Spot offset = turned(pin.offset, design.dies[pin.body].size, placed.orient);
-    return {placed.at.x + offset.x, placed.at.y + offset.y};
-}
-
 bool isOnOneBody(const Design::Net& net) {
     return std::all_of(net.pins.begin(), net.pins.end(), [&net](const Design::Pin& pin) {
         return pin.body == net.pins.front().body;

@@ -34,8 +34,7 @@ Json outsideFields(const Design& design, const Judgement::Outside& outside) {
 }
 
 Json judgementFields(const Design& design, const Judgement& judgement) {
-    Json fields{{"legal", judgement.isLegal()},
-                {"tolerance", judgement.tolerance},
+    Json fields{{"tolerance", judgement.tolerance},
                 {"wirelength", judgement.wirelength},
                 {"wirelengthBetweenDies", judgement.wirelengthBetweenDies},
                 {"utilization", judgement.utilization},
@@ -67,13 +66,19 @@ std::string programVersion() {
     return "korvel " KORVEL_VERSION;
 }
 
+Json reportHead(const std::string& command, const Design& design, Region region, bool isLegal) {
+    return {{"format", kReportFormat},
+            {"program", programVersion()},
+            {"command", command},
+            {"legal", isLegal},
+            {"design", designFields(design)},
+            {"region", {{"width", region.width}, {"height", region.height}}}};
+}
+
 Json reportOn(const std::string& command, const Design& design, Region region,
               const Placement& placement, const Judgement& judgement) {
-    Json report{{"format", kReportFormat},
-                {"program", programVersion()},
-                {"command", command},
-                {"design", designFields(design)},
-                {"region", {{"width", region.width}, {"height", region.height}}}};
+    const bool isWhole = placement.size() == design.dies.size();
+    Json report = reportHead(command, design, region, isWhole && judgement.isLegal());
     Json& dies = report["dies"] = Json::array();
     for (std::size_t die = 0; die < placement.size(); ++die) {
         dies.push_back(dieFields(design.dies[die], placement[die]));

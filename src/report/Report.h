@@ -20,7 +20,11 @@ inline constexpr int kReportFormat = 1;
 // "korvel 0.1.0".
 std::string programVersion();
 
-// format, program, command, design, region, dies, judgement.
+// The beginning of every report: format, program, command, legal, design, region. `isLegal` is the
+// answer in short, and false if there is no placement.
+Json reportHead(const std::string& command, const Design& design, Region region, bool isLegal);
+
+// The head, dies and judgement. Without dies, nothing is legal.
 Json reportOn(const std::string& command, const Design& design, Region region,
               const Placement& placement, const Judgement& judgement);
 

@@ -92,19 +92,27 @@ std::string aligned(const Rows& rows, const std::string& sides) {
     return text;
 }
 
-Rows summaryRows(const Design& design, Region region, const Judgement& judgement) {
+Rows designRows(const Design& design, Region region) {
     return {
         {"Design", design.name},
         {"", countText(design.dies.size(), "die", "dies") + ", " +
                  countText(design.terminals.size(), "terminal", "terminals") + ", " +
                  countText(design.nets.size(), "net", "nets")},
         {"Area", sizeText({region.width, region.height})},
-        {"Utilization", percentText(judgement.utilization)},
-        {"Wirelength", numberText(judgement.wirelength) + " (HPWL)"},
-        {"", numberText(judgement.wirelengthBetweenDies) + " without nets on one die"},
-        {"Extent", sizeText(judgement.extent) + " from (" + numberText(judgement.low.x) + ", " +
-                       numberText(judgement.low.y) + ")"},
     };
+}
+
+Rows summaryRows(const Design& design, Region region, const Judgement& judgement) {
+    Rows rows = designRows(design, region);
+    rows.push_back({"Utilization", percentText(judgement.utilization)});
+    rows.push_back({"Wirelength", numberText(judgement.wirelength) + " (HPWL)"});
+    if (judgement.wirelengthBetweenDies < judgement.wirelength) {
+        rows.push_back(
+            {"", numberText(judgement.wirelengthBetweenDies) + " without nets on one die"});
+    }
+    rows.push_back({"Extent", sizeText(judgement.extent) + " from (" + numberText(judgement.low.x) +
+                                  ", " + numberText(judgement.low.y) + ")"});
+    return rows;
 }
 
 std::string diesTable(const Design& design, const Placement& placement) {
@@ -117,6 +125,19 @@ std::string diesTable(const Design& design, const Placement& placement) {
                         numberText(size.height)});
     }
     return aligned(rows, "lrrlrr");
+}
+
+std::string faultCounts(const Judgement& judgement) {
+    std::string text;
+    const auto add = [&text](std::size_t number, const char* one, const char* many) {
+        if (number > 0) {
+            text += (text.empty() ? "" : ", ") + countText(number, one, many);
+        }
+    };
+    add(judgement.overlapNum, "overlap", "overlaps");
+    add(judgement.outside.size(), "die outside", "dies outside");
+    add(judgement.mirrored.size(), "die mirrored", "dies mirrored");
+    return text;
 }
 
 std::string faultsText(const Design& design, const Placement& placement,

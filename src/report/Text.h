@@ -22,11 +22,17 @@ std::string countText(std::size_t number, const std::string& one, const std::str
 // the left, 'l', or to the right, 'r'.
 std::string aligned(const Rows& rows, const std::string& sides);
 
-// Rows of two columns: design, area, wirelength, extent.
+// Rows of two columns: design and area.
+Rows designRows(const Design& design, Region region);
+
+// The same, then utilization, wirelength and extent.
 Rows summaryRows(const Design& design, Region region, const Judgement& judgement);
 
 // A line per die: name, x, y, orientation, size as it lies; with a heading.
 std::string diesTable(const Design& design, const Placement& placement);
+
+// Such as "2 overlaps, 1 die outside"; empty for a legal one.
+std::string faultCounts(const Judgement& judgement);
 
 // What is wrong with the placement, a line each and the worst first, at most 20 of a kind. Empty
 // for a legal one.

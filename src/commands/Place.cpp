@@ -13,11 +13,7 @@
 #include "design/DesignReader.h"
 #include "design/PlacementFile.h"
 #include "design/WholeFile.h"
-namespace korvel {
-inline std::string drawSvg(const Design&, Region, const Placement&) {
-    return "";
-}
-}  // namespace korvel
+#include "draw/Picture.h"
 #include "report/Text.h"
 #include "run/Duration.h"
 #include "run/SignalWatch.h"

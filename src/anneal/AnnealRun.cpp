@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
+#include <utility>
 
 namespace korvel {
 
@@ -13,8 +15,12 @@ constexpr double kStartHeat = 0.1;
 constexpr double kEndHeat = 5e-4;
 constexpr int kTrials = 500;
 
-// Between exact coordinates for the layout at hand. They cost as much as a few hundred moves.
-constexpr unsigned kWorkOutEvery = 10000;
+// Moves per die that exact coordinates for a layout are worth; they cost a fifth of that time.
+constexpr unsigned kWorkOutEvery = 50;
+// Layouts so much longer than the best one may be shorter than it with exact coordinates.
+constexpr double kPromising = 1.01;
+// So many programs can be saved up for later.
+constexpr std::uint64_t kSaved = 100;
 constexpr unsigned kAdaptEvery = 1024;
 
 // The penalty of what lies outside, in parts of the scale.
@@ -73,7 +79,7 @@ void AnnealRun::advance(unsigned moves, double share) {
         if (moveNum % kAdaptEvery == 0) {
             adaptPenalty(share);
         }
-        if (moveNum % kWorkOutEvery == 0) {
+        if (moveNum % (2 * perWorkOut()) == 0) {
             workOut();
         }
     }
@@ -105,6 +111,26 @@ void AnnealRun::judge(double allowance) {
     layout.keep();
     length = newLength;
     excess = newExcess;
+    noteBest();
+    if (excess <= 0.0 && length < kPromising * shortest && moveNum >= nextWorkOut &&
+        isNew(length)) {
+        nextWorkOut = std::max(nextWorkOut, moveNum - std::min(moveNum, kSaved * perWorkOut())) +
+                      perWorkOut();
+        workOut();
+    }
+}
+
+std::uint64_t AnnealRun::perWorkOut() const {
+    return std::uint64_t{kWorkOutEvery} * layout.dieNum();
+}
+
+// Whether no layout of that length was worked out lately: equal ones come again and again.
+bool AnnealRun::isNew(double layoutLength) {
+    double& last = workedOut[std::hash<double>()(layoutLength) % workedOut.size()];
+    return std::exchange(last, layoutLength) != layoutLength;
+}
+
+void AnnealRun::noteBest() {
     if (excess <= 0.0 && length < shortest) {
         shortest = length;
         bestOrders = layout.sequences();
@@ -120,19 +146,25 @@ void AnnealRun::adaptPenalty(double share) {
                          kMostPenalty * scale());
 }
 
+// Sliding one die at a time gets stuck where several would have to move together.
 void AnnealRun::workOut() {
+    if (excess <= 0.0) {
+        if (const auto exact = exactly(layout.sequences(), layout.placement())) {
+            layout.place(*exact);
+            length = layout.length();
+            noteBest();
+        }
+    }
     finish();
-    if (excess > 0.0) {
-        return;
-    }
+}
+
+std::optional<Placement> AnnealRun::exactly(const SequencePair& orders,
+                                            const Placement& placement) const {
     std::vector<Orient> orients;
-    for (unsigned die = 0; die < layout.dieNum(); ++die) {
-        orients.push_back(layout.orientation(die));
+    for (const PlacedDie& die : placement) {
+        orients.push_back(die.orient);
     }
-    if (const auto exact = solver.solve(layout.sequences().relations(), orients)) {
-        layout.place(*exact);
-        length = layout.length();
-    }
+    return solver.solve(orders.relations(), orients);
 }
 
 void AnnealRun::finish() {
@@ -140,11 +172,7 @@ void AnnealRun::finish() {
         return;
     }
     isTold = true;
-    std::vector<Orient> orients;
-    for (const PlacedDie& die : best) {
-        orients.push_back(die.orient);
-    }
-    const auto exact = solver.solve(bestOrders.relations(), orients);
+    const auto exact = exactly(bestOrders, best);
     if (!exact) {
         return;
     }

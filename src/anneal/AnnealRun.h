@@ -3,7 +3,10 @@
 // Owned and used by one thread.
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "anneal/Moves.h"
@@ -34,7 +37,11 @@ private:
     void move();
     void judge(double allowance);
     void adaptPenalty(double share);
+    void noteBest();
+    bool isNew(double layoutLength);
+    std::uint64_t perWorkOut() const;
     void workOut();
+    std::optional<Placement> exactly(const SequencePair& orders, const Placement& placement) const;
     // Something of the order of the wirelength, even if there are no nets.
     double scale() const { return length + region.width + region.height; }
 
@@ -52,7 +59,9 @@ private:
     double excess = 0.0;   // likewise
     double penalty = 0.0;  // of one region's side too much, in wirelength
     double hope = 0.0;     // how much wirelength a move that needs more room may save
-    unsigned moveNum = 0;
+    std::uint64_t moveNum = 0;
+    std::uint64_t nextWorkOut = 0;
+    std::array<double, 4096> workedOut{};  // lengths, by their hash
 
     double onOneDie;      // length of the nets that no layout counts
     double shortest;      // legal, of all layouts

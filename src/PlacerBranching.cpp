@@ -60,6 +60,7 @@ struct Children {
 }  // namespace
 
 void Placer::branch(NodeStack& stack, BBNode& node, float bestWL, SearchCounters& counters) const {
+    const std::size_t openBefore = stack.size();
     if (node.isBlockComplete()) {
         branchOrientations(stack, node, bestWL);
     } else if (node.definedNodes > node.numBlocks - 1) {
@@ -69,6 +70,9 @@ void Placer::branch(NodeStack& stack, BBNode& node, float bestWL, SearchCounters
         std::exit(0);
     } else {
         branchTopologies(stack, node, bestWL, counters);
+    }
+    if (stack.size() == openBefore) {
+        counters.closedShare += node.share;
     }
 }
 
@@ -132,6 +136,7 @@ void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL) co
         ++child.blockLevel;
         child.definedNodes = 0;
         child.wirelength = wirelength;
+        child.share = node.share / static_cast<float>(children.num);
     });
 }
 
@@ -169,6 +174,7 @@ void Placer::branchTopologies(NodeStack& stack, const BBNode& node, float bestWL
         child.relate(a, b, topology);
         ++child.definedNodes;
         ++child.blockLevel;
+        child.share = node.share / static_cast<float>(children.num);
     });
 }
 

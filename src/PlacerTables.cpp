@@ -62,7 +62,7 @@ public:
         left.updateBlockState({}, oi, false);
         right.updateBlockState({}, oj, false);
         const float shift = shiftOf(j, common);
-        netlist.unplaceAllNets();
+        unplace(left, right);
 
         // Neither block gets a negative coordinate.
         left.updateBlockState({0.0F, shift < 0 ? -shift : 0.0F}, oi, false);
@@ -71,11 +71,25 @@ public:
         for (const unsigned index : common) {
             sum += netCost(netlist.nets[index], i);
         }
-        netlist.unplaceAllNets();
+        unplace(left, right);
         return sum;
     }
 
 private:
+    // A trial touches no other nets; only the first one may find some placed, by the last pass.
+    void unplace(const Block& left, const Block& right) {
+        if (!clean) {
+            netlist.unplaceAllNets();
+            clean = true;
+            return;
+        }
+        for (const Block* block : {&left, &right}) {
+            for (const unsigned index : block->getNetsIndexes()) {
+                netlist.nets[index].unplacePins();
+            }
+        }
+    }
+
     float shiftOf(unsigned j, const std::vector<unsigned>& common) {
         votes.clear(common.size());
         for (const unsigned index : common) {
@@ -113,6 +127,7 @@ private:
     Netlist& netlist;
     unsigned numBlocks;
     bool initialPlacement;
+    bool clean = false;               // no net is placed but by the trial at hand
     std::vector<unsigned> netBlocks;  // blocks with a pin on the net, by net
     StepVotes votes;
 };
@@ -195,6 +210,10 @@ void Placer::calcMinDistancesCombined() {
     for (unsigned i = 1; i < numBlocks; ++i) {
         tables.levelMinDistance.push_back(0.0F);  // for the terminal distance
         for (unsigned j = 0; j < i; ++j) {
+            if (isStopped()) {
+                tables.levelMinDistance.push_back(0.0F);  // no search will ask
+                continue;
+            }
             const std::vector<unsigned> common = commonNets(blocks[i], blocks[j]);
             float best = kLargest;
             for (const Orient oi : kOrients) {

@@ -62,6 +62,7 @@ std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Reg
 bool writeFile(const std::string& path, const std::string& content, std::ostream& err);
 
 // `run` outlives the program's parsing; the streams are used from the calling thread only.
+void addPlace(CLI::App& program, CommandRun& run);
 void addCheck(CLI::App& program, CommandRun& run);
 void addDraw(CLI::App& program, CommandRun& run);
 

@@ -31,6 +31,7 @@ std::string usageFailure(const CLI::App* program, const CLI::Error& error) {
 }
 
 void addCommands(CLI::App& program, CommandRun& run) {
+    addPlace(program, run);
     addCheck(program, run);
     addDraw(program, run);
     addCommand(program, "help", "Tell about the program, or about the command that follows");

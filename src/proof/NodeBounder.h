@@ -1,0 +1,67 @@
+// The lower bound of a part of all placements, and what it says about how to divide it further.
+//
+// The bound is the sum of
+//   - the exact optimum of the nets between turned dies and the ground, along x and y, under the
+//     relations that are decided; wide nets take part with their turned bodies,
+//   - for every pair of dies whose nets are not part of that, the least that these nets can cost,
+//     whatever the dies' turns (as far as open) and their relation (as far as open),
+//   - for every die without a turn, the least that its nets to the ground can cost,
+//   - the nets on one body.
+// Every net is in one of them only: a bundle of nets between two bodies goes as a whole into the
+// first or into the second or third, wide nets only into the first. Each is a minimum over more
+// than the placements of the part, so the sum of minima is not above the minimum of the sum.
+//
+// One per thread; refers to the model.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "proof/AxisOptimum.h"
+#include "proof/ProofModel.h"
+#include "proof/ProofNode.h"
+
+namespace korvel {
+
+class NodeBounder {
+public:
+    explicit NodeBounder(const ProofModel& model);
+
+    // All placements.
+    ProofNode root();
+
+    // The node with a die turned, or with a pair's relation decided, bounded. Nothing if no
+    // placement is left in it.
+    std::optional<ProofNode> withTurn(const ProofNode& node, unsigned die, unsigned turn);
+    std::optional<ProofNode> withRelation(const ProofNode& node, unsigned low, unsigned high,
+                                          Topology where);
+
+    // How deep two turned dies overlap at the node's positions; 0 or less if they do not.
+    double overlap(const ProofNode& node, unsigned a, unsigned b) const;
+
+private:
+    bool settle(ProofNode& node, const ProofNode& parent, std::array<bool, kAxisNum> changed);
+    bool propagate(ProofNode& node, std::array<bool, kAxisNum>& changed);
+    bool longestPaths(const ProofNode& node);
+    bool narrow(ProofNode& node, unsigned low, unsigned high, std::array<bool, kAxisNum>& changed);
+    void countPairs(ProofNode& node, std::array<bool, kAxisNum>& changed) const;
+    void workOut(ProofNode& node, unsigned axis);
+    void addNets(const ProofNode& node, unsigned axis);
+    void addWideNets(const ProofNode& node, unsigned axis);
+    void addGaps(const ProofNode& node, unsigned axis);
+    double outstanding(const ProofNode& node) const;
+    double leastOf(const ProofNode& node, unsigned low, unsigned high) const;
+    double extent(const ProofNode& node, unsigned die, unsigned axis) const {
+        return model.extent(die, axis, node.turn[die]);
+    }
+
+    const ProofModel& model;
+    AxisOptimum optimum;
+    std::vector<unsigned> bodies;                        // that take part now; the ground last
+    std::array<unsigned, kMaxProofDies + 1> numberOf{};  // of a body among those
+    // How far one body is at least above another, along both axes.
+    using Paths = std::array<std::array<double, kMaxProofDies + 1>, kMaxProofDies + 1>;
+    std::array<Paths, kAxisNum> paths{};
+};
+
+}  // namespace korvel

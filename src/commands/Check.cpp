@@ -114,12 +114,11 @@ void addCheck(CLI::App& program, CommandRun& run) {
     addPlacedDesign(command, options->paths);
     addArea(command, options->region);
     command
-        .add_option(
-            "--tolerance", options->tolerance,
-            "How far dies may overlap or leave the area and still count as touching, in the "
-            "unit of the design; without it, a millionth of the area's larger side")
+        .add_option("--tolerance", options->tolerance,
+                    "How far dies may overlap or leave the area and still touch (default: a "
+                    "millionth of the area's larger side)")
         ->type_name("LENGTH")
-        ->check(CLI::NonNegativeNumber);
+        ->check(faultOfTolerance);
     addJson(command, options->jsonPath);
     command.footer(
         "Exit status: 0 legal, 1 not legal, 2 wrong usage, 3 wrong input, 4 a file could "

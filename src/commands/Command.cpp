@@ -11,15 +11,24 @@ namespace korvel {
 
 namespace {
 
-std::string faultOfLength(const std::string& word) {
+std::optional<double> finiteNumber(const std::string& word) {
     char* end = nullptr;
-    const double length = std::strtod(word.c_str(), &end);
-    const bool isNumber = !word.empty() && *end == '\0';
-    const bool isLength = isNumber && std::isfinite(length) && length > 0.0;
-    return isLength ? "" : "'" + word + "' is not a positive finite number";
+    const double number = std::strtod(word.c_str(), &end);
+    const bool isNumber = !word.empty() && *end == '\0' && std::isfinite(number);
+    return isNumber ? std::optional(number) : std::nullopt;
 }
 
 }  // namespace
+
+std::string faultOfLength(const std::string& word) {
+    const bool isLength = finiteNumber(word).value_or(0.0) > 0.0;
+    return isLength ? "" : "'" + word + "' is not a positive finite number";
+}
+
+std::string faultOfTolerance(const std::string& word) {
+    const bool isTolerance = finiteNumber(word).value_or(-1.0) >= 0.0;
+    return isTolerance ? "" : "'" + word + "' is not zero or a positive finite number";
+}
 
 CLI::App& addCommand(CLI::App& program, const std::string& name, const std::string& description) {
     CLI::App& command = *program.add_subcommand(name, description);

@@ -32,6 +32,10 @@ struct CommandRun {
 // A subcommand without options but help.
 CLI::App& addCommand(CLI::App& program, const std::string& name, const std::string& description);
 
+// What is wrong with a word of the command line that is to be a length; empty if nothing is.
+std::string faultOfLength(const std::string& word);
+std::string faultOfTolerance(const std::string& word);  // which may be zero
+
 // `--area W H`, obligatory: two positive finite numbers, in the unit of the design.
 void addArea(CLI::App& command, Region& region);
 

@@ -94,7 +94,9 @@ std::string svgNumber(double number) {
     const double rounded = std::round(number * 100.0) / 100.0;
     std::array<char, 400> text{};
     // Adding zero makes a negative zero a plain one.
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), rounded + 0.0).ptr;
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), rounded + 0.0,
+                                   std::chars_format::fixed)
+                         .ptr;
     return {text.data(), end};
 }
 

@@ -23,7 +23,7 @@ public:
     virtual void passEnds() {}
 
     // How many blocks the stage after that of so many places; more than these. Main thread.
-    virtual unsigned nextStage(unsigned blocks) { return blocks + 1; }
+    virtual unsigned nextStage(unsigned blocks) const { return blocks + 1; }
 
     // A new best node of the pass, and where it is aligned. From any worker, one call at a time.
     virtual void improved(const BBNode& /*node*/, const WorkingPlacement& /*placement*/) {}

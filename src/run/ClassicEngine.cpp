@@ -82,17 +82,31 @@ void ClassicEngine::passBegins(unsigned blocks) {
     passShare = 0.0;
     passEndedEarly = false;
     if (deadline && placer.isStaged()) {
-        passDeadline = passBegan + (*deadline - passBegan) / (1L + stagesAfter(blocks));
+        passDeadline = passBegan + shareOfStage(blocks);
     }
     phase.emplace(progress, passes.back().name, "nodes", [this] { return gauge(); });
 }
 
 void ClassicEngine::searchBegins() {
-    preparation = RunClock::now() - passBegan;
+    leastTime = RunClock::now() - passBegan;
 }
 
-// How many stages there is time for, if half of the time is left for searching. Tables grow with
-// the square of the dies, so those still to come cost a third of the last ones' each.
+// A stage's work grows with the square of its dies: its tables do, and the decisions of the stage
+// before that it repeats. So does its share of the time.
+RunClock::duration ClassicEngine::shareOfStage(unsigned blocks) const {
+    const auto dies = static_cast<unsigned>(design.dies.size());
+    const unsigned step = nextStage(blocks) - blocks;
+    double weights = 0.0;
+    const auto weightOf = [](unsigned stage) { return static_cast<double>(stage) * stage; };
+    for (unsigned stage = blocks; stage < dies; stage += step) {
+        weights += weightOf(stage);
+    }
+    weights += weightOf(dies);
+    const std::chrono::duration<double> left = *deadline - passBegan;
+    return clockSpan(left.count() * weightOf(blocks) / weights);
+}
+
+// How many stages there is time for, if half of the time is left for searching.
 unsigned ClassicEngine::stagesAfter(unsigned blocks) const {
     const auto left = static_cast<unsigned>(design.dies.size()) - blocks;
     if (!deadline || left == 0) {
@@ -100,15 +114,17 @@ unsigned ClassicEngine::stagesAfter(unsigned blocks) const {
     }
     using Seconds = std::chrono::duration<double>;
     const double growth = static_cast<double>(design.dies.size()) / blocks;
-    const double cost = Seconds(preparation).count() * growth * growth / 3.0;
+    // Over the stages to come, the square of their dies is on average a third of the last one's.
+    const double cost = Seconds(leastTime).count() * growth * growth / 3.0;
     const double available = Seconds(*deadline - RunClock::now()).count() / 2.0;
     return static_cast<unsigned>(std::clamp(available / cost, 1.0, static_cast<double>(left)));
 }
 
-unsigned ClassicEngine::nextStage(unsigned blocks) {
+unsigned ClassicEngine::nextStage(unsigned blocks) const {
     const auto left = static_cast<unsigned>(design.dies.size()) - blocks;
     const unsigned stages = std::max(1U, stagesAfter(blocks));
-    return blocks + std::max(1U, (left + stages - 1) / stages);
+    // What a small stage takes says little of the large ones: no step is a large one.
+    return blocks + std::clamp((left + stages - 1) / stages, 1U, blocks / 2);
 }
 
 void ClassicEngine::passEnds() {
@@ -136,7 +152,9 @@ bool ClassicEngine::worked(std::uint64_t nodes, double share) {
 
 void ClassicEngine::improved(const BBNode& node, const WorkingPlacement& placement) {
     PassFigures& pass = passes.back();
-    ++pass.improvements;
+    if (++pass.improvements == 1) {
+        leastTime = RunClock::now() - passBegan;
+    }
     pass.length = node.wirelength;
     if (node.numBlocks == design.dies.size()) {
         const Placement draft = draftOf(node, placement);

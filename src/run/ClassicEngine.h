@@ -28,12 +28,13 @@ public:
 private:
     void passBegins(unsigned blocks) override;
     void searchBegins() override;
-    unsigned nextStage(unsigned blocks) override;
+    unsigned nextStage(unsigned blocks) const override;
     void passEnds() override;
     void improved(const BBNode& node, const WorkingPlacement& placement) override;
     bool worked(std::uint64_t nodes, double share) override;
 
     unsigned stagesAfter(unsigned blocks) const;
+    RunClock::duration shareOfStage(unsigned blocks) const;
     std::string passName(unsigned blocks) const;
     Placement draftOf(const BBNode& node, const WorkingPlacement& placement) const;
     Relations relationsOf(const BBNode& node, const Placement& draft) const;
@@ -51,7 +52,7 @@ private:
     // Of the current pass.
     std::optional<RunProgress::Phase> phase;
     RunClock::time_point passBegan;
-    RunClock::duration preparation{};  // how long its tables took
+    RunClock::duration leastTime{};  // to its first node, or to its search
     std::optional<RunClock::time_point> passDeadline;
     std::atomic<std::uint64_t> passNodes{0};
     std::atomic<double> passShare{0.0};

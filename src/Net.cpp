@@ -21,38 +21,6 @@ offsetCalcReturn checked(const offsetCalcReturn& advice) {
     return advice;
 }
 
-// Advice of the two pins of a net about moving the one that is the group's.
-template <typename IsOwn>
-offsetCalcReturn adviceOfPair(const Pin& first, const Pin& second, const IsOwn& isOwn) {
-    if (isOwn(first)) {
-        return checked(adviceForPair(positionOf(second) - positionOf(first)));
-    }
-    if (isOwn(second)) {
-        return checked(adviceForPair(positionOf(first) - positionOf(second)));
-    }
-    return adviceToStay();
-}
-
-// Advice from the pins that count; `isOwn` tells the group that is to be moved.
-template <typename Counts, typename IsOwn>
-offsetCalcReturn adviceFromPins(const std::vector<Pin*>& pins, const Counts& counts,
-                                const IsOwn& isOwn) {
-    NetScan scan;
-    bool hasOther = false;
-    for (const Pin* pin : pins) {
-        if (!counts(*pin)) {
-            continue;
-        }
-        if (isOwn(*pin)) {
-            scan.addOwn(positionOf(*pin));
-        } else {
-            scan.addOther(positionOf(*pin));
-            hasOther = true;
-        }
-    }
-    return hasOther ? checked(scan.advice()) : offsetCalcReturn{};
-}
-
 }  // namespace
 
 void Net::addPin(Pin* pin) {
@@ -67,7 +35,7 @@ void Net::unplacePins() {
     for (Pin* pin : pins) {
         pin->unplace();
     }
-    resetPlacedPinsNum();
+    placedPinsNum = termNum;
 }
 
 void Net::unplacePinsUnlessUntouched() {
@@ -112,22 +80,6 @@ float Net::calcCompleteHPWL() {
     return box.halfPerimeter();
 }
 
-float Net::calcHPWLFwdCheck() {
-    checkPlacedNum(netDegree, placedPinsNum);
-    if (placedPinsNum - termNum < 2) {
-        unplacePins();
-        return 0.0F;
-    }
-    BoundingBox box;
-    for (Pin* pin : pins) {
-        if (pin->isPlaced() && !pin->isTerminal()) {
-            box.add(pin->getCoord());
-            pin->unplace();
-        }
-    }
-    return isPlacedPair() ? pairLength() : box.widthPlusHeight();
-}
-
 float Net::calcTermFCHPWL(float factor) {
     checkPlacedNum(netDegree, placedPinsNum);
     if (placedPinsNum < 2) {
@@ -155,28 +107,23 @@ float Net::calcTermFCHPWL(float factor) {
 
 offsetCalcReturn Net::combinedOffsetsToTerms() const {
     if (isPlacedPair()) {
-        const bool firstIsTerminal = pins[0]->isTerminal();
-        if (!firstIsTerminal && !pins[1]->isTerminal()) {
-            return adviceToStay();
+        const Quad offset = positionOf(*pins[1]) - positionOf(*pins[0]);
+        if (pins[0]->isTerminal()) {
+            return checked(adviceForPair(-offset));
         }
-        return adviceOfPair(*pins[0], *pins[1],
-                            [&](const Pin& pin) { return (&pin == pins[0]) != firstIsTerminal; });
+        return pins[1]->isTerminal() ? checked(adviceForPair(offset)) : adviceToStay();
     }
-    return adviceFromPins(
-        pins, [](const Pin& pin) { return pin.isPlaced(); },
-        [](const Pin& pin) { return !pin.isTerminal(); });
-}
-
-offsetCalcReturn Net::combinedOffsetsFC(unsigned block) const {
-    if (placedPinsNum - termNum < 2) {
-        return {};
+    NetScan scan;
+    bool hasTerminal = false;
+    for (const Pin* pin : pins) {
+        if (pin->isTerminal()) {
+            scan.addOther(positionOf(*pin));
+            hasTerminal = true;
+        } else if (pin->isPlaced()) {
+            scan.addOwn(positionOf(*pin));
+        }
     }
-    const auto isOwn = [block](const Pin& pin) { return pin.getBlockIndex() == block; };
-    if (isPlacedPair()) {
-        return adviceOfPair(*pins[0], *pins[1], isOwn);
-    }
-    return adviceFromPins(
-        pins, [](const Pin& pin) { return pin.isPlaced() && !pin.isTerminal(); }, isOwn);
+    return hasTerminal ? checked(scan.advice()) : offsetCalcReturn{};
 }
 
 }  // namespace korvel

@@ -41,19 +41,12 @@ public:
     // a complete placement only.)
     float calcCompleteHPWL();
 
-    // Wirelength of the placed block pins, for a trial of two blocks. Clears the marks of the pins
-    // that it counts; the caller resets the count (resetPlacedPinsNum).
-    float calcHPWLFwdCheck();
-    void resetPlacedPinsNum() { placedPinsNum = termNum; }
-
     // Wirelength of the placed pins, terminals included, for a trial of one block against the
     // terminals; times `factor` if the net still has unplaced pins.
     float calcTermFCHPWL(float factor);
 
     // Advice about moving all placed block pins together toward the placed terminals.
     offsetCalcReturn combinedOffsetsToTerms() const;
-    // Advice about moving the pins of `block`, terminals left out.
-    offsetCalcReturn combinedOffsetsFC(unsigned block) const;
 
 private:
     // Both pins of a two-pin net are placed: its box is found without a scan.

@@ -8,6 +8,7 @@
 #include <limits>
 #include <set>
 
+#include "BoundingBox.h"
 #include "Invariant.h"
 #include "Placer.h"
 #include "StepVotes.h"
@@ -44,91 +45,185 @@ unsigned countBlocks(const Net& net) {
     return static_cast<unsigned>(blocks.size());
 }
 
-// Trials of two blocks side by side.
+// Trials of two blocks side by side. Only their common nets matter, and of these only the pins on
+// the two blocks.
 class PairTrials {
 public:
-    PairTrials(Netlist& netlist, unsigned numBlocks, bool initialPlacement)
-        : netlist(netlist), numBlocks(numBlocks), initialPlacement(initialPlacement) {
+    PairTrials(const Netlist& netlist, unsigned numBlocks, bool initialPlacement)
+        : netlist(netlist),
+          numBlocks(numBlocks),
+          initialPlacement(initialPlacement),
+          sides(netlist.pins.size(), Side::None) {
         for (const Net& net : netlist.nets) {
             netBlocks.push_back(countBlocks(net));
         }
     }
 
-    // The cost of block i immediately left of block j, which is shifted to where their common nets
-    // want it.
-    float cost(unsigned i, unsigned j, Orient oi, Orient oj, const std::vector<unsigned>& common) {
-        Block& left = netlist.blocks[i];
-        Block& right = netlist.blocks[j];
-        left.updateBlockState({}, oi, false);
-        right.updateBlockState({}, oj, false);
-        const float shift = shiftOf(j, common);
-        unplace(left, right);
-
-        // Neither block gets a negative coordinate.
-        left.updateBlockState({0.0F, shift < 0 ? -shift : 0.0F}, oi, false);
-        right.updateBlockState({left.getWidthOriented(), shift < 0 ? 0.0F : shift}, oj, false);
-        float sum = 0.0F;
-        for (const unsigned index : common) {
-            sum += netCost(netlist.nets[index], i);
+    // The pair that the following trials are about: i left of j.
+    void start(unsigned i, unsigned j) {
+        left = &netlist.blocks[i];
+        right = &netlist.blocks[j];
+        shiftedIndex = j;
+        markPins(*left, Side::Left);
+        markPins(*right, Side::Right);
+        pins.clear();
+        nets.clear();
+        for (const unsigned index : commonNets(*left, *right)) {
+            addNet(netlist.nets[index], i);
         }
-        unplace(left, right);
+        markPins(*left, Side::None);
+        markPins(*right, Side::None);
+    }
+
+    // The cost of the first block immediately left of the second one, which is shifted to where
+    // their common nets want it.
+    float cost(Orient leftOrient, Orient rightOrient) {
+        place({}, leftOrient, {}, rightOrient);
+        const float shift = wantedShift();
+        // Neither block gets a negative coordinate.
+        const float width = keepsWidthHorizontal(leftOrient) ? left->getWidth() : left->getHeight();
+        place({0.0F, shift < 0 ? -shift : 0.0F}, leftOrient, {width, shift < 0 ? 0.0F : shift},
+              rightOrient);
+        float sum = 0.0F;
+        for (const CommonNet& net : nets) {
+            sum += costOf(net);
+        }
         return sum;
     }
 
 private:
-    // A trial touches no other nets; only the first one may find some placed, by the last pass.
-    void unplace(const Block& left, const Block& right) {
-        if (!clean) {
-            netlist.unplaceAllNets();
-            clean = true;
-            return;
-        }
-        for (const Block* block : {&left, &right}) {
-            for (const unsigned index : block->getNetsIndexes()) {
-                netlist.nets[index].unplacePins();
-            }
+    enum class Side : char { None, Left, Right };
+    struct CommonPin {
+        Side side;
+        bool shifted;                                  // goes by the index of the shifted block
+        std::array<Point, kUnmirroredOrients> places;  // in its block
+        Point coord;
+    };
+    struct CommonNet {
+        const Net* net;
+        std::size_t begin;  // of pins
+        std::size_t end;
+        unsigned placed;  // pins, terminals included
+        double discount;  // of a net that goes on to other blocks
+    };
+
+    void markPins(const Block& block, Side side) {
+        for (const Pin* pin : block.getPins()) {
+            sides[pin - netlist.pins.data()] = side;
         }
     }
 
-    float shiftOf(unsigned j, const std::vector<unsigned>& common) {
-        votes.clear(common.size());
-        for (const unsigned index : common) {
-            const Net& net = netlist.nets[index];
-            if (net.getPlacedPinsNum() > 1) {
-                votes.addWithFree(net.combinedOffsetsFC(j));
+    void addNet(const Net& net, unsigned i) {
+        CommonNet common{&net, pins.size(), 0, net.getTermNum(), discountOf(net, i)};
+        for (const Pin* pin : net.getPins()) {
+            const Side side = sides[pin - netlist.pins.data()];
+            if (side == Side::None) {
+                continue;
             }
+            CommonPin& known = pins.emplace_back();
+            known.side = side;
+            known.shifted = pin->getBlockIndex() == shiftedIndex;
+            for (const Orient orient : kOrients) {
+                known.places[orientIndex(orient)] = pin->placeInBlock(orient);
+            }
+            ++common.placed;
         }
-        return votes.step(kY, Middle::Lower);
+        common.end = pins.size();
+        nets.push_back(common);
     }
 
     // A net that goes on to other blocks counts in part: they will pay for it too. The factors are
     // tuned.
-    float netCost(Net& net, unsigned i) const {
-        const float length = net.calcHPWLFwdCheck();
-        float cost = length;
-        if (net.getPlacedPinsNum() < net.getDeclaredDegree()) {
-            const unsigned mean = (netBlocks[net.getIndex()] + i) / 2;  // rounded down, on purpose
-            double exponent = mean;
-            if (numBlocks <= kFewBlocks) {
-                exponent *= 10.0 / numBlocks;
+    double discountOf(const Net& net, unsigned i) const {
+        const unsigned mean = (netBlocks[net.getIndex()] + i) / 2;  // rounded down, on purpose
+        double exponent = mean;
+        if (numBlocks <= kFewBlocks) {
+            exponent *= 10.0 / numBlocks;
+        }
+        return std::pow(net.getTermNum() != 0 ? 0.7 : 0.75, exponent);
+    }
+
+    void place(Point leftCorner, Orient leftOrient, Point rightCorner, Orient rightOrient) {
+        for (CommonPin& pin : pins) {
+            const bool onRight = pin.side == Side::Right;
+            const Point corner = onRight ? rightCorner : leftCorner;
+            const Point at = pin.places[orientIndex(onRight ? rightOrient : leftOrient)];
+            pin.coord = {corner.x + at.x, corner.y + at.y};
+        }
+    }
+
+    // How far up the second block should go.
+    float wantedShift() {
+        votes.clear(nets.size());
+        for (const CommonNet& net : nets) {
+            votes.addWithFree(combinedOffsetsFC(net));
+        }
+        return votes.step(kY, Middle::Lower);
+    }
+
+    static bool isPair(const CommonNet& net) {
+        return net.placed == 2 && net.net->getDeclaredDegree() == 2;
+    }
+
+    offsetCalcReturn combinedOffsetsFC(const CommonNet& net) const {
+        if (isPair(net)) {
+            const CommonPin& first = pins[net.begin];
+            const CommonPin& second = pins[net.begin + 1];
+            const Quad offset = quadOf(second.coord) - quadOf(first.coord);
+            return first.shifted || second.shifted ? adviceForPair(first.shifted ? offset : -offset)
+                                                   : adviceToStay();
+        }
+        NetScan scan;
+        bool hasOther = false;
+        for (std::size_t p = net.begin; p < net.end; ++p) {
+            if (pins[p].shifted) {
+                scan.addOwn(quadOf(pins[p].coord));
+            } else {
+                scan.addOther(quadOf(pins[p].coord));
+                hasOther = true;
             }
-            double discounted = length * std::pow(net.getTermNum() != 0 ? 0.7 : 0.75, exponent);
+        }
+        return hasOther ? scan.advice() : offsetCalcReturn{};
+    }
+
+    float costOf(const CommonNet& net) const {
+        const unsigned degree = net.net->getDeclaredDegree();
+        const unsigned termNum = net.net->getTermNum();
+        Net::checkPlacedNum(degree, net.placed);
+        const float length = calcHPWLFwdCheck(net);
+        if (net.placed < degree) {
+            double discounted = length * net.discount;
             if (initialPlacement) {
                 discounted *= 2.4;
             }
-            cost = static_cast<float>(discounted);
-        } else if (net.getTermNum() != 0) {
-            cost = length / static_cast<float>(net.getTermNum() + 1);
+            return static_cast<float>(discounted);
         }
-        net.resetPlacedPinsNum();
-        return cost;
+        return termNum != 0 ? length / static_cast<float>(termNum + 1) : length;
     }
 
-    Netlist& netlist;
+    float calcHPWLFwdCheck(const CommonNet& net) const {
+        if (isPair(net)) {
+            const Point a = pins[net.begin].coord;
+            const Point b = pins[net.begin + 1].coord;
+            return std::fabs(a.x - b.x) + std::fabs(a.y - b.y);
+        }
+        BoundingBox box;
+        for (std::size_t p = net.begin; p < net.end; ++p) {
+            box.add(pins[p].coord);
+        }
+        return box.widthPlusHeight();
+    }
+
+    const Netlist& netlist;
     unsigned numBlocks;
     bool initialPlacement;
-    bool clean = false;               // no net is placed but by the trial at hand
     std::vector<unsigned> netBlocks;  // blocks with a pin on the net, by net
+    const Block* left = nullptr;
+    const Block* right = nullptr;
+    unsigned shiftedIndex = 0;
+    std::vector<Side> sides;  // by pin of the netlist
+    std::vector<CommonPin> pins;
+    std::vector<CommonNet> nets;
     StepVotes votes;
 };
 
@@ -204,7 +299,6 @@ private:
 void Placer::calcMinDistancesCombined() {
     out << "Forward Wirelength Checking:\tCalculation of minimal pairwise blocks distances"
         << std::endl;
-    const std::vector<Block>& blocks = netlist.blocks;
     PairTrials trials(netlist, numBlocks, initialPlacement);
     tables.resize(numBlocks);
     for (unsigned i = 1; i < numBlocks; ++i) {
@@ -214,11 +308,11 @@ void Placer::calcMinDistancesCombined() {
                 tables.levelMinDistance.push_back(0.0F);  // no search will ask
                 continue;
             }
-            const std::vector<unsigned> common = commonNets(blocks[i], blocks[j]);
+            trials.start(i, j);
             float best = kLargest;
             for (const Orient oi : kOrients) {
                 for (const Orient oj : kOrients) {
-                    const float distance = trials.cost(i, j, oi, oj, common);
+                    const float distance = trials.cost(oi, oj);
                     tables.updateMinDistances(i, j, oi, oj, distance);
                     best = std::min(best, distance);
                 }

@@ -48,36 +48,32 @@ TEST(Nets, LengthByKindOfPlacement) {
         std::vector<PinOf> pins;
         unsigned degree;
         float complete;       // the box of all that is placed
-        float pairTrial;      // the box without terminals, unless the net is a pair
         float terminalTrial;  // the box of all, halved by the factor while pins are open
     };
     const PinOf usb{9, 10, 0, kTerminal};
     const PinOf clock{8, 0, 5, kTerminal};
     const PinOf open{2, 50, 50, kOpen};
     const Case cases[] = {
-        {"a pair", {{0, 1, 2}, {1, 4, 6}}, 0, 7, 7, 7},
-        {"a pair on one block", {{0, 1, 2}, {0, 4, 6}}, 0, 7, 7, 7},
-        {"a pair with a terminal", {{0, 1, 2}, usb}, 0, 11, 0, 11},
-        {"one of two", {{0, 1, 2}, open}, 0, 0, 0, 0},
-        {"three on one block", {{0, 1, 2}, {0, 4, 6}, {0, 0, 0}}, 0, 10, 10, 10},
-        {"two of three", {{0, 1, 2}, {1, 4, 6}, open}, 0, 7, 7, 3.5F},
-        {"two of three declared", {{0, 1, 2}, {1, 4, 6}}, 3, 7, 7, 3.5F},
-        {"two blocks and a terminal", {{0, 1, 2}, {1, 4, 6}, usb}, 0, 15, 7, 15},
-        {"a terminal first", {usb, {0, 1, 2}, open}, 0, 11, 0, 5.5F},
-        {"nothing but terminals", {clock, usb, open}, 0, 15, 0, 7.5F},
-        {"one terminal alone", {usb, open}, 0, 0, 0, 0},
-        {"no pins", {}, 2, 0, 0, 0},
+        {"a pair", {{0, 1, 2}, {1, 4, 6}}, 0, 7, 7},
+        {"a pair on one block", {{0, 1, 2}, {0, 4, 6}}, 0, 7, 7},
+        {"a pair with a terminal", {{0, 1, 2}, usb}, 0, 11, 11},
+        {"one of two", {{0, 1, 2}, open}, 0, 0, 0},
+        {"three on one block", {{0, 1, 2}, {0, 4, 6}, {0, 0, 0}}, 0, 10, 10},
+        {"two of three", {{0, 1, 2}, {1, 4, 6}, open}, 0, 7, 3.5F},
+        {"two of three declared", {{0, 1, 2}, {1, 4, 6}}, 3, 7, 3.5F},
+        {"two blocks and a terminal", {{0, 1, 2}, {1, 4, 6}, usb}, 0, 15, 15},
+        {"a terminal first", {usb, {0, 1, 2}, open}, 0, 11, 5.5F},
+        {"nothing but terminals", {clock, usb, open}, 0, 15, 7.5F},
+        {"one terminal alone", {usb, open}, 0, 0, 0},
+        {"no pins", {}, 2, 0, 0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         TestNet complete(c.pins, c.degree);
-        TestNet pairTrial(c.pins, c.degree);
         TestNet terminalTrial(c.pins, c.degree);
         EXPECT_EQ(complete.net.calcCompleteHPWL(), c.complete);
-        EXPECT_EQ(pairTrial.net.calcHPWLFwdCheck(), c.pairTrial);
         EXPECT_EQ(terminalTrial.net.calcTermFCHPWL(0.5F), c.terminalTrial);
-        pairTrial.net.resetPlacedPinsNum();  // the caller's part
-        for (const TestNet* net : {&complete, &pairTrial, &terminalTrial}) {
+        for (const TestNet* net : {&complete, &terminalTrial}) {
             EXPECT_TRUE(net->isReset());
         }
     }
@@ -94,7 +90,6 @@ TEST(NetsDeathTest, MorePinsPlacedThanDeclaredAbort) {
     TestNet net({{0, 1, 2}, {1, 4, 6}}, 1);
     const char* const report = "src/Net.*Assertion `netDegree >= placedPinsNum' failed";
     EXPECT_DEATH(net.net.calcCompleteHPWL(), report);
-    EXPECT_DEATH(net.net.calcHPWLFwdCheck(), report);
     EXPECT_DEATH(net.net.calcTermFCHPWL(1), report);
 }
 
@@ -114,33 +109,36 @@ std::string text(const offsetCalcReturn& advice, Axis axis) {
     return out.str() + (advice.stays[axis] != 0 ? "stay" : "");
 }
 
-// Block 1 is asked how to move along y, with block 0 and others on the net.
-TEST(Nets, AdviceOfPairTrialsLeavesTerminalsOut) {
-    const PinOf pad{9, 0, 9, kTerminal};
-    const PinOf open{2, 0, 9, kOpen};
-    const std::pair<std::vector<PinOf>, const char*> cases[] = {
-        {{{0, 0, 5}, {1, 0, 2}}, "forward 3"},  // a pair: onto the other
-        {{{1, 0, 9}, {0, 0, 5}}, "backward 4"},
-        {{{0, 0, 5}, {1, 0, 5.005F}}, "stay"},  // level within 0.01
-        {{{0, 0, 5}, {2, 0, 7}}, "stay"},       // a pair of others
-        {{{1, 0, 2}, pad}, ""},
-        {{{1, 0, 2}, {1, 0, 4}, pad}, ""},
+// Block 1 is asked how to move along y, with block 0 on the net. The pins come in the net's order.
+TEST(Nets, AdviceDependsOnWhoHoldsTheEnds) {
+    struct At {
+        unsigned block;
+        float y;
+    };
+    const std::pair<std::vector<At>, const char*> cases[] = {
         // Outside a wider rest, its far end goes to the rest's; outside a narrower one, its near.
-        {{{1, 0, 1}, {0, 0, 4}, {0, 0, 8}}, "forward 3"},
-        {{{1, 0, 0}, {1, 0, 3}, {0, 0, 6}, {0, 0, 7}}, "forward 4"},
-        {{{0, 0, 4}, {0, 0, 8}, {1, 0, 9}}, "backward 1"},
-        {{{0, 0, 4}, {0, 0, 5}, {1, 0, 8}, {1, 0, 10}}, "backward 4"},
-        {{{0, 0, 1}, {1, 0, 4}, {0, 0, 9}}, "free 5 3"},  // between the others
-        {{{1, 0, 1}, {0, 0, 4}, {1, 0, 9}}, "free 3 5"},  // around them
-        {{{0, 0, 1}, {1, 0, 4}, pad}, "backward 3"},
-        {{{0, 0, 1}, {1, 0, 4}, open}, "backward 3"},
+        {{{1, 1}, {0, 4}, {0, 8}}, "forward 3"},
+        {{{1, 0}, {1, 3}, {0, 6}, {0, 7}}, "forward 4"},
+        {{{0, 4}, {0, 8}, {1, 9}}, "backward 1"},
+        {{{0, 4}, {0, 5}, {1, 8}, {1, 10}}, "backward 4"},
+        {{{0, 1}, {1, 4}, {0, 9}}, "free 5 3"},  // between the others
+        {{{1, 1}, {0, 4}, {1, 9}}, "free 3 5"},  // around them
+        {{{0, 1}, {1, 4}}, "backward 3"},
         // A pin met later takes an end from the block only when it is more than 0.1 beyond it.
-        {{{1, 0, 4}, {0, 0, 4.0625F}, {0, 0, 2}}, "backward -0.0625"},
-        {{{0, 0, 4.0625F}, {1, 0, 4}, {0, 0, 2}}, "free 0.0625 2"},
+        {{{1, 4}, {0, 4.0625F}, {0, 2}}, "backward -0.0625"},
+        {{{0, 4.0625F}, {1, 4}, {0, 2}}, "free 0.0625 2"},
     };
     for (const auto& [pins, advice] : cases) {
-        EXPECT_EQ(text(TestNet(pins).net.combinedOffsetsFC(1), kY), advice) << pins.size();
+        NetScan scan;
+        for (const auto& [block, y] : pins) {
+            block == 1 ? scan.addOwn(quadOf({0, y})) : scan.addOther(quadOf({0, y}));
+        }
+        EXPECT_EQ(text(scan.advice(), kY), advice) << pins.size();
     }
+    // A pair goes onto the other pin; pins within 0.01 are level.
+    EXPECT_EQ(text(adviceForPair(quadOf({0, 3})), kY), "forward 3");
+    EXPECT_EQ(text(adviceForPair(quadOf({0, -4})), kY), "backward 4");
+    EXPECT_EQ(text(adviceForPair(quadOf({0, 0.005F})), kY), "stay");
 }
 
 TEST(Nets, AdviceTowardTerminalsMovesAllBlocksTogether) {

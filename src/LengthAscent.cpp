@@ -1,0 +1,273 @@
+#include "LengthAscent.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "Quad.h"
+
+namespace korvel {
+
+namespace {
+
+constexpr unsigned kNone = ~0U;
+constexpr unsigned kUnlimited = ~0U;
+// Beyond that the alignment is cheaper than finding out that it is not needed.
+constexpr unsigned kMostCycles = 100;
+
+template <typename Lanes, typename Number>
+Lanes lanesAt(const Number* numbers) {
+    static_assert(sizeof(Lanes) == kLanes * sizeof(Number));
+    Lanes lanes;
+    std::memcpy(&lanes, numbers, sizeof(lanes));
+    return lanes;
+}
+
+// The sum of distances to the points that grows and shrinks with the choice.
+double groupValue(const LengthNets::PairGroup::Points& points, unsigned halfPoints) {
+    return -points.sums[(halfPoints + 1) / 2] - points.sums[halfPoints / 2];
+}
+
+}  // namespace
+
+double LengthAscent::raise(LengthCut& cut, const AxisView& view, double target) {
+    double value = cut.value(view, carried);
+    load(view);
+    for (unsigned i = 0; i < kMostCycles && value < target; ++i) {
+        collectArcs(cut, view);
+        const double gain = findCycle() ? followCycle(cut, view) : 0.0;
+        if (gain <= 0.0) {
+            break;
+        }
+        value += gain;
+    }
+    cut.sumUp();
+    value = cut.valueOfPins(view);
+    for (unsigned to = 0; to < slotNum; ++to) {
+        for (unsigned from = 0; from < slotNum; ++from) {
+            value += double{view.rowTo(to)[from]} * carriedUnits(from, to);
+        }
+    }
+    return value;
+}
+
+void LengthAscent::load(const AxisView& view) {
+    slotNum = view.slotNum;
+    stride = view.stride;
+    gains.resize(std::size_t{slotNum} * stride);
+    choices.resize(gains.size());
+    potentials.assign(stride, 0.0F);
+    successors.resize(stride);
+    units.assign(gains.size(), 0);
+    for (const Carried& one : carried) {
+        carriedUnits(one.from, one.to) += static_cast<unsigned>(one.units);
+    }
+}
+
+void LengthAscent::collectArcs(const LengthCut& cut, const AxisView& view) {
+    collectCarrying(view);
+    for (unsigned g = 0; g < view.points.size(); ++g) {
+        collectGroup(g, cut.getHalfPoints(g), view);
+    }
+    const unsigned boxNum = nets.boxNum(slotNum - 1);
+    for (unsigned n = 0; n < boxNum; ++n) {
+        collectEnds(n, cut.getEnds(n), view);
+    }
+}
+
+void LengthAscent::collectCarrying(const AxisView& view) {
+    std::copy_n(view.gaps.begin(), gains.size(), gains.begin());
+    std::fill(choices.begin(), choices.end(), Choice{});
+    for (unsigned to = 0; to < slotNum; ++to) {
+        for (unsigned from = 0; from < slotNum; ++from) {
+            if (carriedUnits(from, to) != 0) {
+                gains[from * stride + to] = -view.rowTo(to)[from];
+                choices[from * stride + to] = {Way::CarryLess};
+            }
+        }
+    }
+}
+
+void LengthAscent::offer(unsigned from, unsigned to, float gain, Choice choice) {
+    const std::size_t arc = to * stride + from;
+    if (gain > gains[arc]) {
+        gains[arc] = gain;
+        choices[arc] = choice;
+    }
+}
+
+// Half a point more lets the second body pull forward by one and the first one backward.
+void LengthAscent::collectGroup(unsigned group, unsigned halfPoints, const AxisView& view) {
+    const std::vector<double>& at = view.points[group]->at;
+    const unsigned first = nets.getPairGroups()[group].first;
+    const unsigned second = std::min(nets.getPairGroups()[group].second, slotNum - 1);
+    if (halfPoints < 2 * at.size()) {
+        offer(second, first, static_cast<float>(-at[halfPoints / 2]),
+              {Way::GroupForward, 0, group});
+    }
+    if (halfPoints > 0) {
+        offer(first, second, static_cast<float>(at[(halfPoints - 1) / 2]),
+              {Way::GroupBackward, 0, group});
+    }
+}
+
+void LengthAscent::collectEnds(unsigned net, LengthCut::Ends ends, const AxisView& view) {
+    const std::vector<LengthNets::Member>& members = nets.getBoxNets()[net].members;
+    const unsigned terminals = slotNum - 1;
+    const auto slotOf = [&](unsigned m) { return std::min(members[m].body, terminals); };
+    const unsigned lowSlot = slotOf(ends.low);
+    const unsigned highSlot = slotOf(ends.high);
+    const float low = members[ends.low].low[view.axis][view.orients[lowSlot]];
+    const float high = members[ends.high].high[view.axis][view.orients[highSlot]];
+    // Terminals come first; after the last placed block there is nothing more.
+    for (unsigned m = 0; m < members.size() && (m == 0 || members[m].body < terminals); ++m) {
+        const unsigned slot = slotOf(m);
+        const unsigned orient = view.orients[slot];
+        const auto member = static_cast<std::uint16_t>(m);
+        if (m != ends.high) {
+            offer(slot, highSlot, members[m].high[view.axis][orient] - high,
+                  {Way::HighEnd, member, net});
+        }
+        if (m != ends.low) {
+            offer(lowSlot, slot, low - members[m].low[view.axis][orient],
+                  {Way::LowEnd, member, net});
+        }
+    }
+}
+
+// Longest ways by relaxation; a slot that comes back to itself lies on a cycle of positive gain.
+bool LengthAscent::findCycle() {
+    std::fill(potentials.begin(), potentials.end(), 0.0F);
+    std::fill(successors.begin(), successors.end(), kNone);
+    for (unsigned round = 0; round < slotNum; ++round) {
+        unsigned lastRelaxed = kNone;
+        for (unsigned to = 0; to < slotNum; ++to) {
+            lastRelaxed = relaxTowards(to) ? to : lastRelaxed;
+        }
+        if (lastRelaxed == kNone) {
+            return false;
+        }
+        if (traceCycle(lastRelaxed)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool LengthAscent::relaxTowards(unsigned to) {
+    const float* row = gains.data() + std::size_t{to} * stride;
+    const Quad base = allLanes(potentials[to]);
+    const Quad least = allLanes(negligible);
+    QuadMask anyLonger = allLanes(0);
+    for (unsigned from = 0; from < stride; from += kLanes) {
+        const Quad known = lanesAt<Quad>(&potentials[from]);
+        const Quad way = base + lanesAt<Quad>(row + from);
+        const QuadMask longer = way - least > known;
+        const Quad kept = choose(longer, way, known);
+        const QuadMask next =
+            longer ? allLanes(static_cast<std::int32_t>(to)) : lanesAt<QuadMask>(&successors[from]);
+        std::memcpy(&potentials[from], &kept, sizeof(kept));
+        std::memcpy(&successors[from], &next, sizeof(next));
+        anyLonger |= longer;
+    }
+    return (anyLonger[0] | anyLonger[1] | anyLonger[2] | anyLonger[3]) != 0;
+}
+
+bool LengthAscent::traceCycle(unsigned slot) {
+    for (unsigned i = 0; i < slotNum; ++i) {
+        slot = successors[slot];
+        if (slot == kNone) {
+            return false;
+        }
+    }
+    cycle.clear();
+    unsigned from = slot;
+    do {
+        const unsigned to = successors[from];
+        const std::size_t arc = to * stride + from;
+        cycle.push_back({from, to, choices[arc], gains[arc]});
+        from = to;
+    } while (from != slot);
+    return true;
+}
+
+// As many units as every way has room for; returns what they gain.
+double LengthAscent::followCycle(LengthCut& cut, const AxisView& view) {
+    float gain = 0.0F;
+    for (const Step& step : cycle) {
+        gain += step.gain;
+    }
+    if (gain <= negligible) {
+        return 0.0;
+    }
+    // The gain shrinks from point to point of a group; it stays positive within the tolerance.
+    const double tolerance = gain / (2.0 * static_cast<double>(cycle.size()));
+    unsigned room = kUnlimited;
+    for (const Step& step : cycle) {
+        room = std::min(room, roomAlong(step, cut, view, tolerance));
+    }
+    if (room == kUnlimited) {
+        return 0.0;  // the gaps contradict one another
+    }
+    double gained = 0.0;
+    for (const Step& step : cycle) {
+        gained += follow(step, room, cut, view);
+    }
+    return gained;
+}
+
+unsigned LengthAscent::roomAlong(const Step& step, const LengthCut& cut, const AxisView& view,
+                                 double tolerance) const {
+    switch (step.choice.way) {
+        case Way::Carry:
+            return kUnlimited;
+        case Way::CarryLess:
+            return units[step.from * stride + step.to];
+        case Way::GroupForward: {
+            const std::vector<double>& at = view.points[step.choice.item]->at;
+            const unsigned half = cut.getHalfPoints(step.choice.item);
+            const auto next = at.begin() + half / 2;
+            const auto end = std::upper_bound(next, at.end(), *next + tolerance);
+            return 2 * static_cast<unsigned>(end - at.begin()) - half;
+        }
+        case Way::GroupBackward: {
+            const std::vector<double>& at = view.points[step.choice.item]->at;
+            const unsigned half = cut.getHalfPoints(step.choice.item);
+            const auto last = at.begin() + (half - 1) / 2;
+            const auto begin = std::lower_bound(at.begin(), last, *last - tolerance);
+            return half - 2 * static_cast<unsigned>(begin - at.begin());
+        }
+        case Way::LowEnd:
+        case Way::HighEnd:
+            return 1;
+    }
+    return 0;
+}
+
+double LengthAscent::follow(const Step& step, unsigned room, LengthCut& cut, const AxisView& view) {
+    const unsigned item = step.choice.item;
+    switch (step.choice.way) {
+        case Way::Carry:
+            carriedUnits(step.from, step.to) += room;
+            break;
+        case Way::CarryLess:
+            carriedUnits(step.to, step.from) -= room;
+            break;
+        case Way::GroupForward:
+        case Way::GroupBackward: {
+            const unsigned half = cut.getHalfPoints(item);
+            const unsigned now = step.choice.way == Way::GroupForward ? half + room : half - room;
+            cut.setHalfPoints(nets, item, now);
+            return groupValue(*view.points[item], now) - groupValue(*view.points[item], half);
+        }
+        case Way::LowEnd:
+            cut.readLowOff(nets, view.axis, item, step.choice.member);
+            break;
+        case Way::HighEnd:
+            cut.readHighOff(nets, view.axis, item, step.choice.member);
+            break;
+    }
+    return double{step.gain} * room;
+}
+
+}  // namespace korvel

@@ -99,9 +99,10 @@ void BookshelfScanner::noteSlip(std::string_view found, const char* expected) {
     }
 }
 
-std::string_view BookshelfScanner::nextPiece() const {
+std::string_view BookshelfScanner::nextPiece(std::string_view passing) const {
     std::string_view rest = lines.getRest();
-    rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
+    const std::string passed = std::string(kBlanks).append(passing);
+    rest.remove_prefix(std::min(rest.find_first_not_of(passed), rest.size()));
     return !rest.empty() && rest[0] == '#' ? std::string_view()
                                            : rest.substr(0, rest.find_first_of(kBlanks));
 }
@@ -212,13 +213,9 @@ void BookshelfScanner::skipLine() {
 }
 
 void BookshelfScanner::skipPast(char mark, const char* passing) {
-    if (isStrict()) {
-        const std::string_view rest = lines.getRest();
-        const std::size_t first = rest.find_first_not_of(std::string(kBlanks) + passing);
-        if (first == std::string_view::npos || rest[first] != mark) {
-            const std::string expected = std::string("'") + mark + "'";
-            noteSlip(nextPiece(), expected.c_str());
-        }
+    const std::string_view piece = nextPiece(passing);
+    if (isStrict() && (piece.empty() || piece[0] != mark)) {
+        noteSlip(piece, (std::string("'") + mark + "'").c_str());
     }
     in.ignore(kMaxSkipped, mark);
 }

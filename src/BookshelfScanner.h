@@ -116,8 +116,9 @@ public:
     unsigned getLine() const { return lines.getLine(); }
     std::size_t getByteNum() const { return lines.getByteNum(); }
     const std::optional<Slip>& getSlip() const { return slip; }
-    // What is left of the line up to the next blank; empty at its end and before a comment.
-    std::string_view nextPiece() const;
+    // What comes next on the line, up to a blank; empty at its end and before a comment. Blanks and
+    // characters of `passing` before it are left out.
+    std::string_view nextPiece(std::string_view passing = "") const;
 
 private:
     bool isStrict() const { return records == Records::kOnOneLine; }

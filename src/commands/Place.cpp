@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <iostream>
 #include <sstream>
@@ -12,7 +13,6 @@
 #include "commands/ProgressLine.h"
 #include "design/DesignReader.h"
 #include "design/PlacementFile.h"
-#include "design/WholeFile.h"
 #include "draw/Picture.h"
 #include "report/Text.h"
 #include "run/Duration.h"
@@ -35,13 +35,32 @@ struct PlaceOptions {
     bool quiet = false;
     bool verbose = false;
 
-    bool jsonOnly() const { return json == kStandardOutput; }
+    bool isJsonOnly() const { return json == kStandardOutput; }
 };
 
 // --- Command line --------------------------------------------------------------------------------
 
+// A part such as 0.01 or 1%; nothing if it is none, or not below the whole.
+std::optional<double> parsePart(const std::string& text) {
+    const bool isPercent = !text.empty() && text.back() == '%';
+    const char* last = text.data() + text.size() - (isPercent ? 1 : 0);
+    double part = -1.0;
+    const auto [end, error] = std::from_chars(text.data(), last, part, std::chars_format::fixed);
+    part = isPercent ? part / 100.0 : part;
+    const bool isPart = error == std::errc() && end == last && part >= 0.0 && part < 1.0;
+    return isPart ? std::optional(part) : std::nullopt;
+}
+
 std::string faultOfDuration(const std::string& text) {
     return parseDuration(text) ? "" : "'" + text + "' is no time such as 90, 90s, 15m or 2h";
+}
+
+std::string faultOfPart(const std::string& text) {
+    return parsePart(text) ? "" : "'" + text + "' is no part such as 1% or 0.01";
+}
+
+std::string faultOfPrefix(const std::string& prefix) {
+    return fs::path(prefix).filename().empty() ? "'" + prefix + "' names no file" : "";
 }
 
 void addRunOptions(CLI::App& command, RunOptions& run) {
@@ -53,45 +72,62 @@ void addRunOptions(CLI::App& command, RunOptions& run) {
             "End after this time with the best found: 90, 90s, 15m, 2h")
         ->type_name("TIME")
         ->check(faultOfDuration);
-    command
-        .add_option("--threads", run.threads, "Worker threads; as many as the machine runs at once")
+    command.add_option("--threads", run.threads, "Without it, as many as the machine runs at once")
         ->type_name("N")
         ->check(CLI::Range(1U, kMostThreads));
     command
-        .add_option("--engine", run.engine, "auto, or classic: the passes of the classic interface")
+        .add_option("--engine", run.engine,
+                    "auto: annealing and proof; classic: the passes of the classic interface")
         ->type_name("NAME")
         ->transform(CLI::CheckedTransformer(
             std::map<std::string, Engine>{{"auto", Engine::Auto}, {"classic", Engine::Classic}}));
 }
 
+void addAutoOptions(CLI::App& command, RunOptions& run) {
+    command.add_flag("--prove", run.prove,
+                     "Give the time to the proof, after a short annealing; for up to 12 dies");
+    command
+        .add_option_function<std::string>(
+            "--gap", [&run](const std::string& text) { run.gap = parsePart(text).value_or(0.0); },
+            "End when the wirelength is proved to be within this part of the shortest: 1%")
+        ->type_name("PART")
+        ->check(faultOfPart);
+    command.add_option("--seed", run.seed, "Of the random numbers of annealing")->type_name("N");
+    command
+        .add_option("--iterations", run.iterations,
+                    "Moves of annealing, instead of a time: with the same seed and number of "
+                    "threads the same result")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
+}
+
 void addOptions(CLI::App& command, PlaceOptions& options) {
     command
-        .add_option("design", options.inputs.design,
-                    "Path of the design, with or without one of the extensions .blocks, .pl, .nets")
-        ->type_name("DESIGN")
+        .add_option("DESIGN", options.inputs.design,
+                    "The design's path, with or without .blocks, .pl or .nets")
+        ->type_name("")
         ->required();
     addArea(command, options.inputs.region);
     command.add_option("-o,--output", options.prefix, "Save PREFIX.pl, PREFIX.json and PREFIX.svg")
         ->type_name("PREFIX")
-        ->check([](const std::string& prefix) {
-            return fs::path(prefix).filename().empty() ? "'" + prefix + "' names no file" : "";
-        });
+        ->check(faultOfPrefix);
     command
-        .add_option(
-            "--start", options.inputs.start,
-            "A placement that is known: what has to be beaten, and is reported if nothing does")
+        .add_option("--start", options.inputs.start,
+                    "A legal placement that is to be beaten, and is the result if nothing does")
         ->type_name("FILE.pl");
     addRunOptions(command, options.run);
-    command
-        .add_option(
-            "--json", options.json,
-            "Write the report as JSON to a file, or, with -, to standard output and nothing "
-            "else there")
-        ->type_name("FILE");
+    addAutoOptions(command, options.run);
+    addJson(command, options.json);
     CLI::Option* quiet = command.add_flag("--quiet", options.quiet, "No summary and no progress");
     command
         .add_flag("--verbose", options.verbose, "A line on standard error for every improvement")
         ->excludes(quiet);
+    command.footer(
+        "Without a time limit, up to 8 dies are placed until the result is proved optimal, more "
+        "dies for a minute, and the classic engine runs until its search is exhausted. Ctrl-C "
+        "ends with the best found.\n"
+        "Exit status: 0 a legal placement, 1 none found, 2 wrong usage, 3 wrong input, 4 a file "
+        "could not be written.");
 }
 
 // --- Input ---------------------------------------------------------------------------------------
@@ -100,27 +136,18 @@ void addOptions(CLI::App& command, PlaceOptions& options) {
 std::string faultOfStart(const ReadPlacement& read, const Design& design, Region region) {
     const std::vector<std::string> missing = read.missing(design);
     if (!missing.empty()) {
-        return "places " + countText(design.dies.size() - missing.size(), "die", "dies") + " of " +
-               std::to_string(design.dies.size()) + ", '" + missing.front() +
-               "' is the first missing; a start has to have all of them";
+        return "found no place for " + shown(missing.front()) + ", expected all dies";
     }
-    const Judgement judgement =
-        judge(design, region, *read.whole(), touchingLength(region, kTouchingInFiles));
-    if (judgement.isLegal()) {
-        return "";
-    }
-    return "found " + countText(judgement.overlapNum, "overlap", "overlaps") + ", " +
-           countText(judgement.outside.size(), "die", "dies") + " outside the area and " +
-           countText(judgement.mirrored.size(), "mirrored die", "mirrored dies") +
-           ", expected a legal placement to start from";
+    const double tolerance = touchingLength(region, kTouchingInFiles);
+    const std::string faults = faultCounts(judge(design, region, *read.whole(), tolerance));
+    return faults.empty() ? "" : "found " + faults + ", expected a legal placement to start from";
 }
 
 std::optional<Placement> readStart(const std::string& path, const Design& design, Region region,
                                    Diagnostics& diagnostics) {
     const ReadPlacement read = readPlacement(path, design, diagnostics);
-    for (const ReadPlacement::Unknown& unknown : read.unknown) {
-        diagnostics.error(path, unknown.line,
-                          "found " + shown(unknown.name) + ", expected a die of the design");
+    for (const auto& [name, line] : read.unknown) {
+        diagnostics.error(path, line, "found " + shown(name) + ", expected a die of the design");
     }
     if (!diagnostics.hasErrors()) {
         const std::string fault = faultOfStart(read, design, region);
@@ -153,7 +180,7 @@ std::vector<std::string> resultPaths(const PlaceOptions& options) {
             paths.push_back(options.prefix + extension);
         }
     }
-    if (!options.json.empty() && !options.jsonOnly()) {
+    if (!options.json.empty() && !options.isJsonOnly()) {
         paths.push_back(options.json);
     }
     return paths;
@@ -165,69 +192,61 @@ std::string faultOfPath(const std::string& path) {
     const fs::path parent = fs::path(path).parent_path();
     const fs::path directory = parent.empty() ? fs::path(".") : parent;
     if (!fs::is_directory(directory, ignored)) {
-        return "there is no directory '" + directory.string() + "'";
+        return "there is no directory " + shown(directory.string());
     }
-    if (fs::is_directory(path, ignored)) {
+    const fs::file_status there = fs::status(path, ignored);
+    if (fs::is_directory(there)) {
         return "that is a directory";
     }
-    const fs::path written = fs::exists(path, ignored) && !fs::is_regular_file(path, ignored)
-                                 ? fs::path(path)
-                                 : directory;
+    // A file is replaced by a new one; a device or a pipe is written to.
+    const bool isReplaced = !fs::exists(there) || fs::is_regular_file(there);
+    const fs::path& written = isReplaced ? directory : fs::path(path);
     return access(written.c_str(), W_OK) == 0 ? "" : "no permission to write there";
 }
 
+// Asked before the search, so that its result is not lost by what could have been known.
 bool canWriteAll(const PlaceOptions& options, std::ostream& err) {
+    bool can = true;
     for (const std::string& path : resultPaths(options)) {
         const std::string fault = faultOfPath(path);
         if (!fault.empty()) {
-            err << "korvel place: cannot write '" << path << "': " << fault << '\n';
-            return false;
+            err << path << ": error: could not be written: " << fault << '\n';
+            can = false;
         }
     }
-    return true;
+    return can;
 }
 
-class ResultFiles {
-public:
-    explicit ResultFiles(std::ostream& err) : err(err) {}
-
-    void write(const std::string& path, const std::string& content) {
-        if (const std::error_code fault = writeWhole(path, content)) {
-            err << "korvel place: cannot write '" << path << "': " << fault.message() << '\n';
-            complete = false;
-        } else {
+// The files that go by the prefix, and the report of its own name. Without a placement there is
+// only the report. Those that could be written.
+std::vector<std::string> writeFiles(const Design& design, const PlaceOptions& options,
+                                    const RunResult& result, const std::string& json,
+                                    std::ostream& err) {
+    std::vector<std::string> written;
+    const auto write = [&](const std::string& path, const std::string& content) {
+        if (writeFile(path, content, err)) {
             written.push_back(path);
         }
+    };
+    if (!options.prefix.empty() && result.best) {
+        const Placement& placement = result.best->placement;
+        std::ostringstream text;
+        writePlacement(text, design, placement);
+        write(options.prefix + ".pl", text.str());
+        write(options.prefix + ".svg", drawSvg(design, options.inputs.region, placement));
     }
-    bool isComplete() const { return complete; }
-    const std::vector<std::string>& getWritten() const { return written; }
-
-private:
-    std::ostream& err;
-    bool complete = true;
-    std::vector<std::string> written;
-};
-
-void writeFiles(ResultFiles& files, const Design& design, const PlaceOptions& options,
-                const RunResult& result, const std::string& json) {
     if (!options.prefix.empty()) {
-        if (result.best) {
-            std::ostringstream placement;
-            writePlacement(placement, design, result.best->placement);
-            files.write(options.prefix + ".pl", placement.str());
-            files.write(options.prefix + ".svg",
-                        drawSvg(design, options.inputs.region, result.best->placement));
-        }
-        files.write(options.prefix + ".json", json);
+        write(options.prefix + ".json", json);
     }
-    if (!options.json.empty() && !options.jsonOnly()) {
-        files.write(options.json, json);
+    if (!options.json.empty() && !options.isJsonOnly()) {
+        write(options.json, json);
     }
+    return written;
 }
 
 // --- The command ---------------------------------------------------------------------------------
 
-RunResult runSearch(const Design& design, const PlaceOptions& options, std::ostream& err) {
+RunResult search(const Design& design, const PlaceOptions& options, std::ostream& err) {
     const bool isTerminal = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
     StatusLine line(err, isTerminal && !options.quiet);
     Run run(design, options.inputs.region, options.run, [&](const Found& found, double seconds) {
@@ -240,16 +259,12 @@ RunResult runSearch(const Design& design, const PlaceOptions& options, std::ostr
     return run.execute();
 }
 
-void show(const Design& design, const PlaceOptions& options, const RunResult& result,
-          const ResultFiles& files, std::ostream& out) {
-    out << placeSummary(design, options.inputs.region, options.run, result);
-    if (!files.getWritten().empty()) {
-        out << "\nWritten:";
-        for (const std::string& path : files.getWritten()) {
-            out << ' ' << path;
-        }
-        out << '\n';
+std::string writtenText(const std::vector<std::string>& written) {
+    std::string text = written.empty() ? "" : "\nWritten:";
+    for (const std::string& path : written) {
+        text += " " + path;
     }
+    return written.empty() ? text : text + "\n";
 }
 
 int place(PlaceOptions& options, CommandRun& run) {
@@ -260,16 +275,17 @@ int place(PlaceOptions& options, CommandRun& run) {
     if (!canWriteAll(options, run.err)) {
         return kNotWritten;
     }
-    const RunResult result = runSearch(*design, options, run.err);
+    const RunResult result = search(*design, options, run.err);
     const std::string json = textOf(placeReport(*design, options.inputs, options.run, result));
-    ResultFiles files(run.err);
-    writeFiles(files, *design, options, result, json);
-    if (options.jsonOnly()) {
+    const std::vector<std::string> written = writeFiles(*design, options, result, json, run.err);
+    if (options.isJsonOnly()) {
         run.out << json;
     } else if (!options.quiet) {
-        show(*design, options, result, files, run.out);
+        run.out << placeSummary(*design, options.inputs.region, options.run, result)
+                << writtenText(written);
     }
-    if (!files.isComplete()) {
+    const bool isLostFile = result.best && written.size() < resultPaths(options).size();
+    if (isLostFile) {
         return kNotWritten;
     }
     return result.best ? kLegal : kNotLegal;
@@ -279,7 +295,7 @@ int place(PlaceOptions& options, CommandRun& run) {
 
 void addPlace(CLI::App& program, CommandRun& run) {
     CLI::App& command =
-        addCommand(program, "place", "Look for a placement with a short wirelength");
+        addCommand(program, "place", "Look for a legal placement with a short wirelength");
     const auto options = std::make_shared<PlaceOptions>();
     addOptions(command, *options);
     command.callback([options, &run] { run.status = place(*options, run); });

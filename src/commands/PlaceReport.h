@@ -15,9 +15,6 @@ struct PlaceInputs {
     Region region;
 };
 
-// Of the ways to end, in the user's words.
-std::string endingText(const RunResult& result, const RunOptions& options);
-
 // Design, area, wirelength, extent, who found it, how the run ended, and the table of dies. Without
 // a placement: that there is none, and how the run ended.
 std::string placeSummary(const Design& design, Region region, const RunOptions& options,

@@ -19,4 +19,8 @@ std::string numeral(double value) {
     return {text.data(), end.ptr};
 }
 
+std::string counted(std::size_t number, const std::string& thing) {
+    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
 }  // namespace korvel

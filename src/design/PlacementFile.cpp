@@ -15,6 +15,9 @@ namespace korvel {
 
 namespace {
 
+// A file with so many is a placement of something else.
+constexpr std::size_t kMaxUnknown = 10000;
+
 // Tools print sizes with six digits or more.
 bool isNear(double a, double b) {
     return std::abs(a - b) <= 1e-5 * std::max(std::abs(a), std::abs(b));
@@ -67,10 +70,12 @@ ReadPlacement PlacementReader::read() {
         const auto body = bodies.find(file.getWord());
         if (body == bodies.end()) {
             result.unknown.push_back({file.getWord(), file.getLine()});
+            if (result.unknown.size() == kMaxUnknown) {
+                file.error("found too many unknown names to read on");
+                break;
+            }
         } else if (body->second.line != 0) {
-            file.error("found the name " + shown(file.getWord()) +
-                       " again, expected it once (line " + std::to_string(body->second.line) +
-                       " has it first)");
+            file.errorAgain(body->second.line);
         } else {
             readBody(body->second);
         }
@@ -80,7 +85,7 @@ ReadPlacement PlacementReader::read() {
 
 void PlacementReader::readBody(Body& body) {
     body.line = file.getLine();
-    const auto record = readPlacementRecord(file, shown(file.getWord()));
+    const auto record = readPlacementRecord(file, "position of " + shown(file.getWord()));
     if (!record) {
         return;
     }

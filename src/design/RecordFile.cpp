@@ -2,11 +2,15 @@
 
 #include <algorithm>
 
+#include "design/Numeral.h"
+
 namespace korvel {
 
 namespace {
 
-constexpr std::size_t kMaxBytes = std::size_t{64} << 20;
+// What is read stays in memory, at several times its size.
+constexpr std::size_t kMaxBytes = std::size_t{32} << 20;
+constexpr std::size_t kMaxErrors = 10000;
 
 // How a file may begin that says which format it is in.
 bool isFormatLine(const std::string& word) {
@@ -26,11 +30,7 @@ RecordFile::RecordFile(std::istream& source, const std::string& file, Diagnostic
       diagnostics(diagnostics) {}
 
 bool RecordFile::next() {
-    while (scanner.nextLine()) {
-        if (scanner.getByteNum() > kMaxBytes) {
-            diagnostics.error(file, 0, "found more than 64 MiB, expected less");
-            return false;
-        }
+    while (scanner.nextLine() && isWorthReading()) {
         if (reportSlip({}) || scanner.nextPiece().empty()) {
             continue;
         }
@@ -40,9 +40,33 @@ bool RecordFile::next() {
         }
     }
     if (source.bad()) {
-        diagnostics.error(file, 0, "found a file that cannot be read to its end");
+        endEarly("found a file that cannot be read to its end");
     }
     return false;
+}
+
+bool RecordFile::isWorthReading() {
+    if (scanner.getByteNum() > kMaxBytes) {
+        endEarly("found a file of more than 32 MiB, expected a smaller one");
+    } else if (errorNum >= kMaxErrors) {
+        endEarly("found too many errors to read on");
+    }
+    return whole;
+}
+
+void RecordFile::endEarly(const std::string& text) {
+    error(0, text);
+    whole = false;
+}
+
+void RecordFile::error(unsigned line, const std::string& text) {
+    ++errorNum;
+    diagnostics.error(file, line, text);
+}
+
+void RecordFile::errorAgain(unsigned firstLine) {
+    error("found the name " + shown(word) + " again, expected it once (first on line " +
+          std::to_string(firstLine) + ")");
 }
 
 bool RecordFile::reportSlip(const std::string& subject) {
@@ -77,8 +101,8 @@ bool FileHeaders::take(RecordFile& file) {
         return false;
     }
     if (header->line != 0) {
-        file.error("found " + header->keyword + " again, expected it once (line " +
-                   std::to_string(header->line) + " has it first)");
+        file.error("found " + header->keyword + " again, expected it once (first on line " +
+                   std::to_string(header->line) + ")");
     } else {
         read(file, *header);
     }
@@ -109,7 +133,7 @@ bool FileHeaders::areComplete() const {
 
 void FileHeaders::reportMissing(RecordFile& file) const {
     for (const Header& header : headers) {
-        if (header.line == 0) {
+        if (header.line == 0 && file.isWhole()) {
             file.error(0, "found no line that begins with " + header.keyword + ", expected '" +
                               header.keyword + " : COUNT'");
         }
@@ -117,13 +141,21 @@ void FileHeaders::reportMissing(RecordFile& file) const {
 }
 
 std::string FileHeaders::disagreement(std::size_t which, std::size_t found,
-                                      const std::string& things) const {
+                                      const char* thing) const {
     const Header& header = headers[which];
     if (!header.count || *header.count == found) {
         return {};
     }
-    return "found " + std::to_string(found) + " " + things + ", expected " +
-           std::to_string(*header.count) + " as " + header.keyword + " says";
+    return "found " + counted(found, thing) + ", expected " + std::to_string(*header.count) +
+           " as " + header.keyword + " says";
+}
+
+void FileHeaders::checkCount(RecordFile& file, std::size_t which, std::size_t found,
+                             const char* thing) const {
+    const std::string text = disagreement(which, found, thing);
+    if (!text.empty() && file.isWhole()) {
+        file.error(lineOf(which), text);
+    }
 }
 
 }  // namespace korvel

@@ -21,8 +21,11 @@ public:
     RecordFile(std::istream& source, const std::string& file, Diagnostics& diagnostics);
 
     // Moves on to the next line that has something on it besides a comment; false at the end.
-    // A file that is too large, or cannot be read to its end, ends early, with an error.
+    // A file that is too large or all wrong, or cannot be read to its end, ends early, with an
+    // error that says so.
     bool next();
+    // Whether next() has come to the end of the whole file.
+    bool isWhole() const { return whole; }
     // The first word of the line.
     const std::string& getWord() const { return word; }
     unsigned getLine() const { return scanner.getLine(); }
@@ -31,7 +34,9 @@ public:
     BookshelfScanner scanner;  // behind the word
 
     void error(const std::string& text) { error(getLine(), text); }
-    void error(unsigned line, const std::string& text) { diagnostics.error(file, line, text); }
+    void error(unsigned line, const std::string& text);
+    // The line's name has come before.
+    void errorAgain(unsigned firstLine);
     void warning(const std::string& text) { warning(getLine(), text); }
     void warning(unsigned line, const std::string& text) { diagnostics.warning(file, line, text); }
     // Reports the slip in what has been read of the line, if there is one; says whether.
@@ -41,10 +46,15 @@ public:
     void passOverRest(const std::string& subject);
 
 private:
+    bool isWorthReading();
+    void endEarly(const std::string& text);
+
     std::istream& source;
     std::string file;
     Diagnostics& diagnostics;
     std::string word;
+    std::size_t errorNum = 0;
+    bool whole = true;
 };
 
 // The lines `KEYWORD : COUNT` that a file begins with.
@@ -64,9 +74,11 @@ public:
     // None if it is missing or unreadable.
     std::optional<unsigned> countOf(std::size_t which) const { return headers[which].count; }
     unsigned lineOf(std::size_t which) const { return headers[which].line; }
-    // What the header should say: "found FOUND THINGS, expected N as KEYWORD says"; empty if it
-    // says so, or nothing.
-    std::string disagreement(std::size_t which, std::size_t found, const std::string& things) const;
+    // "found 2 pins, expected 3 as NumPins says"; empty if it says so, or nothing.
+    std::string disagreement(std::size_t which, std::size_t found, const char* thing) const;
+    // The same as an error.
+    void checkCount(RecordFile& file, std::size_t which, std::size_t found,
+                    const char* thing) const;
 
 private:
     struct Header {

@@ -16,6 +16,11 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // More than the relative rounding error of any sum of lengths here.
 constexpr double kSumError = 1e-12;
 
+constexpr bool holdsThree(std::uint32_t set) {
+    const std::uint32_t butOne = set & (set - 1);
+    return (butOne & (butOne - 1)) != 0;
+}
+
 }  // namespace
 
 void AxisOptimum::begin(unsigned newBodyNum, double newNearness) {
@@ -125,7 +130,7 @@ void AxisOptimum::addPair(unsigned a, unsigned b, int slopeLeft, int slopeRight)
 }
 
 void AxisOptimum::addHighest(Set bodies) {
-    if (std::popcount(bodies) > 2) {
+    if (holdsThree(bodies)) {
         touched.push_back(bodies);
         return;
     }
@@ -139,7 +144,7 @@ void AxisOptimum::addHighest(Set bodies) {
 }
 
 void AxisOptimum::addLowest(Set bodies) {
-    if (std::popcount(bodies) > 2) {
+    if (holdsThree(bodies)) {
         held.push_back(bodies);
         return;
     }
@@ -209,13 +214,25 @@ void AxisOptimum::gather(Set up) {
         if (movesA != movesB) {
             const std::size_t count =
                 movesB ? link.cost->getKinks().size() - link.upTo : link.below;
-            sweeps.push_back({&link, displacement(link.a, link.b), movesB, 0, count});
+            sweeps.push_back({&link, nullptr, displacement(link.a, link.b), movesB, 0, count});
         }
     }
     gatherGaps(up);
     gatherWideNets(up);
+    settleStops();
+}
+
+void AxisOptimum::settleStops() {
+    if (stops.empty()) {
+        return;
+    }
     std::sort(stops.begin(), stops.end(),
               [](const Stop& a, const Stop& b) { return a.distance < b.distance; });
+    int sum = 0;
+    for (Stop& stop : stops) {
+        stop.jumps = sum += stop.jumps;
+    }
+    sweeps.push_back({nullptr, stops.data(), 0.0, true, 0, stops.size()});
 }
 
 void AxisOptimum::gatherGaps(Set up) {
@@ -249,14 +266,20 @@ void AxisOptimum::gatherWideNets(Set up) {
 }
 
 double AxisOptimum::Sweep::distance(std::size_t index) const {
+    if (link == nullptr) {
+        return stops[index].distance;
+    }
     const auto& kinks = link->cost->getKinks();
     return grows ? kinks[link->upTo + index].at - here : here - kinks[link->below - 1 - index].at;
 }
 
-int AxisOptimum::Sweep::gain(std::size_t passed) const {
+int AxisOptimum::Sweep::gain(std::size_t passedNow) const {
+    if (link == nullptr) {
+        return passedNow == 0 ? 0 : stops[passedNow - 1].jumps;
+    }
     const BundleCost& cost = *link->cost;
-    return grows ? cost.slopeBefore(link->upTo + passed) - cost.slopeBefore(link->upTo)
-                 : cost.slopeBefore(link->below) - cost.slopeBefore(link->below - passed);
+    return grows ? cost.slopeBefore(link->upTo + passedNow) - cost.slopeBefore(link->upTo)
+                 : cost.slopeBefore(link->below) - cost.slopeBefore(link->below - passedNow);
 }
 
 std::size_t AxisOptimum::Sweep::passedAt(double distanceNow) const {
@@ -298,7 +321,8 @@ double AxisOptimum::distanceToMinimum(int slope) {
             }
         }
     }
-    return firstStop(slope, best);
+    KORVEL_INVARIANT(best < kInfinity, "no push goes on for ever");
+    return best;
 }
 
 int AxisOptimum::slopeAfter(int slope, double distance) {
@@ -306,25 +330,7 @@ int AxisOptimum::slopeAfter(int slope, double distance) {
         sweep.passed = sweep.passedAt(distance);
         slope += sweep.gain(sweep.passed);
     }
-    for (const Stop& stop : stops) {
-        slope += stop.distance <= distance ? stop.jump : 0;
-    }
     return slope;
-}
-
-// All kinks of links before the best distance so far are before the minimum, so only single kinks
-// can still end the push earlier.
-double AxisOptimum::firstStop(int slope, double best) {
-    for (const Stop& stop : stops) {
-        if (stop.distance >= best) {
-            break;
-        }
-        if (slopeAfter(slope, stop.distance) >= 0) {
-            return stop.distance;
-        }
-    }
-    KORVEL_INVARIANT(best < kInfinity, "no push goes on for ever");
-    return best;
 }
 
 double AxisOptimum::length() const {

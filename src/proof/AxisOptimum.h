@@ -58,23 +58,24 @@ private:
         unsigned body;
         PinRange range;
     };
-    // The kinks of a link that a push of some bodies meets, numbered by distance, and between which
-    // of them the end of the push is still looked for.
+    // A kink that is not a link's: of a gap or of a wide net.
+    struct Stop {
+        double distance;
+        int jumps;  // of it and of all stops before it
+    };
+    // Kinks that a push of some bodies meets, numbered by distance: those of a link, or the stops.
+    // The end of the push is still looked for between two of them.
     struct Sweep {
         const Link* link;
+        const Stop* stops;
         double here;
         bool grows;
         std::size_t from, to;
         std::size_t passed = 0;
 
         double distance(std::size_t index) const;
-        int gain(std::size_t passed) const;
+        int gain(std::size_t passedNow) const;
         std::size_t passedAt(double distanceNow) const;
-    };
-    // A kink of something else.
-    struct Stop {
-        double distance;
-        int jump;
     };
 
     double displacement(unsigned a, unsigned b) const { return at[b] - at[a]; }
@@ -89,9 +90,9 @@ private:
     void gather(Set up);
     void gatherGaps(Set up);
     void gatherWideNets(Set up);
+    void settleStops();
     double distanceToMinimum(int slope);
     int slopeAfter(int slope, double distance);
-    double firstStop(int slope, double best);
     double length() const;
 
     unsigned bodyNum = 0;

@@ -27,10 +27,6 @@ Topology onlyOf(Whereabouts where) {
     return static_cast<Topology>(std::countr_zero(where));
 }
 
-constexpr bool isDecided(Whereabouts where) {
-    return std::has_single_bit(where);
-}
-
 }  // namespace
 
 NodeBounder::NodeBounder(const ProofModel& model) : model(model) {}
@@ -39,7 +35,7 @@ ProofNode NodeBounder::root() {
     ProofNode node;
     node.turn.fill(ProofNode::kOpen);
     node.where.fill(kAnywhere);
-    node.bound = model.getFixedLength() + outstanding(node);
+    node.bound = total(node);
     return node;
 }
 
@@ -52,7 +48,25 @@ std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned d
     for (unsigned axis = 0; axis < kAxisNum; ++axis) {
         child.at[axis][die] = model.room(die, axis, turn) / 2.0;
     }
-    return settle(child, node, {true, true}) ? std::optional(child) : std::nullopt;
+    if (!settle(child, node, {true, true})) {
+        return std::nullopt;
+    }
+    return betterCounted(child);
+}
+
+// The nets of a pair that is not related yet can take part exactly, but then as if the dies could
+// overlap, or stay at the least that any relation costs. Whatever bounds more is kept.
+ProofNode NodeBounder::betterCounted(const ProofNode& node) {
+    ProofNode other = node;
+    if (!countPairs(other, true)) {
+        return node;
+    }
+    for (unsigned axis = 0; axis < kAxisNum; ++axis) {
+        workOut(other, axis);
+    }
+    const double length = total(other);
+    other.bound = std::max(node.bound, length);
+    return length >= total(node) ? other : node;
 }
 
 std::optional<ProofNode> NodeBounder::withRelation(const ProofNode& node, unsigned low,
@@ -78,14 +92,15 @@ bool NodeBounder::settle(ProofNode& node, const ProofNode& parent,
     if (!propagate(node, changed)) {
         return false;
     }
-    countPairs(node, changed);
+    if (countPairs(node, false)) {
+        changed = {true, true};
+    }
     for (unsigned axis = 0; axis < kAxisNum; ++axis) {
         if (changed[axis]) {
             workOut(node, axis);
         }
     }
-    node.bound = std::max(
-        parent.bound, model.getFixedLength() + node.length[0] + node.length[1] + outstanding(node));
+    node.bound = std::max(parent.bound, total(node));
     return node.bound < kInfinity;
 }
 
@@ -177,19 +192,20 @@ bool NodeBounder::narrow(ProofNode& node, unsigned low, unsigned high,
     return where != 0;
 }
 
-void NodeBounder::countPairs(ProofNode& node, std::array<bool, kAxisNum>& changed) const {
+// Says whether there were any to count.
+bool NodeBounder::countPairs(ProofNode& node, bool evenUndecided) const {
+    bool any = false;
     for (std::size_t j = 0; j + 1 < bodies.size(); ++j) {
         for (std::size_t i = 0; i < j; ++i) {
             const unsigned pair = pairIndex(bodies[i], bodies[j]);
-            if (node.counted[pair] || model.bundleOf(bodies[i], bodies[j]) == nullptr) {
-                continue;
-            }
-            if (isDecided(node.where[pair])) {
+            if (!node.counted[pair] && model.bundleOf(bodies[i], bodies[j]) != nullptr &&
+                (evenUndecided || isDecided(node.where[pair]))) {
                 node.counted[pair] = true;
-                changed = {true, true};
+                any = true;
             }
         }
     }
+    return any;
 }
 
 void NodeBounder::workOut(ProofNode& node, unsigned axis) {
@@ -260,6 +276,10 @@ void NodeBounder::addGaps(const ProofNode& node, unsigned axis) {
             }
         }
     }
+}
+
+double NodeBounder::total(const ProofNode& node) const {
+    return model.getFixedLength() + node.length[0] + node.length[1] + outstanding(node);
 }
 
 // What the nets that are not part of the lengths cost at least.

@@ -44,7 +44,9 @@ private:
     bool propagate(ProofNode& node, std::array<bool, kAxisNum>& changed);
     bool longestPaths(const ProofNode& node);
     bool narrow(ProofNode& node, unsigned low, unsigned high, std::array<bool, kAxisNum>& changed);
-    void countPairs(ProofNode& node, std::array<bool, kAxisNum>& changed) const;
+    bool countPairs(ProofNode& node, bool evenUndecided) const;
+    ProofNode betterCounted(const ProofNode& node);
+    double total(const ProofNode& node) const;
     void workOut(ProofNode& node, unsigned axis);
     void addNets(const ProofNode& node, unsigned axis);
     void addWideNets(const ProofNode& node, unsigned axis);

@@ -18,6 +18,10 @@ constexpr Whereabouts bitOf(Topology where) {
     return static_cast<Whereabouts>(1U << static_cast<unsigned>(where));
 }
 
+constexpr bool isDecided(Whereabouts where) {
+    return where != 0 && (where & (where - 1)) == 0;
+}
+
 // Of dies low < high.
 constexpr unsigned pairIndex(unsigned low, unsigned high) {
     return high * (high - 1) / 2 + low;

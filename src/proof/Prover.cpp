@@ -210,7 +210,7 @@ std::optional<std::pair<unsigned, unsigned>> ProofWorker::overlappingPair(const 
     double deepest = tolerance * std::max(shared.model.side(0), shared.model.side(1));
     for (unsigned high = 1; high < shared.model.getDieNum(); ++high) {
         for (unsigned low = 0; low < high && node.isTurned(high); ++low) {
-            if (!node.isTurned(low) || std::has_single_bit(node.where[pairIndex(low, high)])) {
+            if (!node.isTurned(low) || isDecided(node.where[pairIndex(low, high)])) {
                 continue;
             }
             const double depth = bounder.overlap(node, low, high);

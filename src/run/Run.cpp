@@ -3,24 +3,28 @@
 #include <algorithm>
 #include <utility>
 
+#include "anneal/Annealer.h"
+#include "proof/Prover.h"
 #include "run/ClassicEngine.h"
 
 namespace korvel {
 
 Run::Run(const Design& design, Region region, RunOptions options, Notice notice)
     : design(design),
+      region(region),
       options(std::move(options)),
+      plan(planFor(design.dies.size(), this->options)),
+      limit(this->options.engine == Engine::Classic ? this->options.timeLimit : plan.whole),
       notice(std::move(notice)),
       incumbent([this](const Found& found) { improved(found); }),
-      results(design, region, incumbent),
-      region(region) {}
+      results(design, region, incumbent) {}
 
 double Run::elapsed() const {
     return std::chrono::duration<double>(RunClock::now() - began).count();
 }
 
 void Run::end(Ending reason) {
-    Ending none = Ending::Exhausted;
+    Ending none = Ending::Done;
     ending.compare_exchange_strong(none, reason);
     stopping.request_stop();
 }
@@ -36,18 +40,23 @@ void Run::improved(const Found& found) {
 RunResult Run::execute() {
     began = RunClock::now();
     std::optional<StopTimer> timer;
-    if (options.timeLimit) {
-        timer.emplace(began + clockSpan(*options.timeLimit), [this] { end(Ending::TimeLimit); });
+    if (limit) {
+        timer.emplace(began + clockSpan(*limit), [this] { end(Ending::TimeLimit); });
     }
     if (options.start) {
         results.offer(*options.start, "the start placement");
     }
     RunResult result;
-    runClassic(result);
+    if (options.engine == Engine::Classic) {
+        runClassic(result);
+    } else {
+        runAuto(result);
+    }
     timer.reset();
     result.best = incumbent.best();
     result.foundAfter = foundAfter;
     result.ending = ending;
+    result.timeLimit = limit;
     result.seconds = elapsed();
     return result;
 }
@@ -55,8 +64,8 @@ RunResult Run::execute() {
 void Run::runClassic(RunResult& result) {
     ClassicEngine engine(design, region, options, results, progress);
     std::optional<RunClock::time_point> deadline;
-    if (options.timeLimit) {
-        deadline = began + clockSpan(*options.timeLimit);
+    if (limit) {
+        deadline = began + clockSpan(*limit);
     }
     result.passes = engine.run(deadline, stopping.get_token());
     for (const PassFigures& pass : result.passes) {
@@ -65,6 +74,54 @@ void Run::runClassic(RunResult& result) {
     if (!std::all_of(result.passes.begin(), result.passes.end(),
                      [](const PassFigures& pass) { return pass.exhausted; })) {
         end(Ending::TimeLimit);  // of a stage
+    }
+}
+
+void Run::runAuto(RunResult& result) {
+    anneal(result);
+    if (plan.proves && !stopping.stop_requested()) {
+        prove(result);
+    }
+}
+
+void Run::anneal(RunResult& result) {
+    AnnealProgress annealing;
+    const RunProgress::Phase phase(progress, "annealing", "moves", [&annealing] {
+        RunProgress::Gauge gauge;
+        gauge.count = annealing.iterations;
+        return gauge;
+    });
+    AnnealOptions annealOptions;
+    annealOptions.seed = options.seed;
+    annealOptions.threads = options.threads;
+    annealOptions.iterations = options.iterations.value_or(0);
+    if (!options.iterations) {
+        annealOptions.deadline = began + clockSpan(plan.annealing);
+    }
+    korvel::anneal(design, region, annealOptions, incumbent, stopping.get_token(), annealing);
+    result.moves = annealing.iterations;
+}
+
+void Run::prove(RunResult& result) {
+    ProofProgress proof;
+    const RunProgress::Phase phase(progress, "proof", "nodes", [&proof] {
+        return RunProgress::Gauge{proof.nodes, proof.shareDone, proof.lowerBound};
+    });
+    const ProofOptions proofOptions{.threads = options.threads, .gap = options.gap};
+    const ProofResult proved =
+        korvel::prove(design, region, proofOptions, incumbent, stopping.get_token(), proof);
+    result.nodes += proved.nodes;
+    result.lowerBound = proved.lowerBound;
+    result.proofTolerance = proofOptions.tolerance;
+    switch (proved.end) {
+        case ProofEnd::Proved:
+            return end(Ending::Proved);
+        case ProofEnd::NoPlacement:
+            return end(Ending::NoPlacement);
+        case ProofEnd::GapReached:
+            return end(Ending::GapReached);
+        case ProofEnd::Stopped:
+            break;
     }
 }
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <stop_token>
 
+#include "run/AutoPlan.h"
 #include "run/LegalResults.h"
 #include "run/RunProgress.h"
 #include "run/RunResult.h"
@@ -33,24 +34,29 @@ public:
     double bestLength() const { return incumbent.wirelength(); }
     double bestFoundAfter() const { return foundAfter; }
     double elapsed() const;
-    std::optional<double> timeLimit() const { return options.timeLimit; }
+    std::optional<double> timeLimit() const { return limit; }
 
 private:
     void end(Ending reason);
     void improved(const Found& found);
     void runClassic(RunResult& result);
+    void runAuto(RunResult& result);
+    void anneal(RunResult& result);
+    void prove(RunResult& result);
 
     const Design& design;
-    RunOptions options;
+    const Region region;
+    const RunOptions options;
+    const AutoPlan plan;
+    const std::optional<double> limit;  // seconds
     Notice notice;
     RunClock::time_point began = RunClock::now();
     Incumbent incumbent;
     LegalResults results;
     RunProgress progress;
     std::stop_source stopping;
-    std::atomic<Ending> ending{Ending::Exhausted};  // the first reason stays
+    std::atomic<Ending> ending{Ending::Done};  // the first reason stays
     std::atomic<double> foundAfter{0.0};
-    Region region;
 };
 
 }  // namespace korvel

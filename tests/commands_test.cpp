@@ -70,9 +70,9 @@ TEST_F(Commands, EndWithTheirStatus) {
         {"check d none.pl --area 10 10", 3,
          "none.pl: error: found no file that can be read: No such file or directory"},
         {"check d good.pl --area 10 10 --json none/r.json", 4,
-         "none/r.json: error: could not be written: No such file or directory"},
+         "korvel check: cannot write 'none/r.json': No such file or directory"},
         {"draw d good.pl --area 10 10 -o none/p.svg", 4,
-         "none/p.svg: error: could not be written: No such file or directory"},
+         "korvel draw: cannot write 'none/p.svg': No such file or directory"},
     };
     for (const Case& expected : cases) {
         SCOPED_TRACE(expected.arguments);
@@ -83,7 +83,7 @@ TEST_F(Commands, EndWithTheirStatus) {
 
 TEST_F(Commands, SayThatStandardOutputIsFull) {
     EXPECT_EQ(door.run("check d good.pl --area 10 10", "> /dev/full"), 4);
-    EXPECT_EQ(door.err(), "korvel: standard output could not be written\n");
+    EXPECT_EQ(door.err(), "korvel: cannot write to standard output\n");
 }
 
 TEST_F(Commands, CheckTellsPeople) {

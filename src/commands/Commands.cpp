@@ -74,7 +74,7 @@ int runCommand(int argc, const char* const argv[], std::ostream& out, std::ostre
     program.footer(kClassicInterface);
     const int status = parseAndRun(program, run, withoutHelpCommand(argc, argv));
     if (!out.flush()) {
-        err << "korvel: standard output could not be written\n";
+        err << "korvel: cannot write to standard output\n";
         return kNotWritten;
     }
     return status;

@@ -125,36 +125,45 @@ char BookshelfScanner::character(const char* expected) {
     return character;
 }
 
-// `plain`: the whole text was read, as what it should be.
-void BookshelfScanner::checkNumber(std::string_view text, bool plain, const char* expected) {
-    if (!plain) {
-        noteSlip(text, expected);
+// The whole text up to a blank or a mark has to be the number.
+template <class Number>
+Number BookshelfScanner::checkedNumber(bool (*isPlain)(const std::string& text, Number value),
+                                       const char* expected) {
+    const std::string piece(nextPiece());
+    const std::string text = piece.substr(0, piece.find_first_of(kNumberEnds));
+    Number value{};
+    in >> std::ws;
+    const std::size_t before = lines.getRest().size();
+    in >> value;
+    if (!in || before - lines.getRest().size() != text.size() || !isPlain(text, value)) {
+        noteSlip(text.empty() ? piece : text, expected);
     }
+    return value;
 }
 
 template <class Number>
 Number BookshelfScanner::number() {
-    Number value{};
-    if (!isStrict()) {
-        in >> value;
-        return value;
+    if (isStrict()) {
+        return checkedNumber<Number>(
+            [](const std::string&, Number value) { return std::abs(value) <= kLargestNumber; },
+            kNumber);
     }
-    const std::string piece(nextPiece());
-    const std::string text = piece.substr(0, piece.find_first_of(kNumberEnds));
-    in >> std::ws;
-    const std::size_t before = lines.getRest().size();
+    Number value{};
     in >> value;
-    const bool plain = in && before - lines.getRest().size() == text.size();
-    checkNumber(text.empty() ? piece : text, plain && std::abs(value) <= kLargestNumber, kNumber);
     return value;
 }
 
 // Streams take a sign in front of a count, and wrap around; on one line there are digits only.
 unsigned BookshelfScanner::count() {
-    const std::string piece(isStrict() ? nextPiece() : std::string_view());
+    if (isStrict()) {
+        return checkedNumber<unsigned>(
+            [](const std::string& text, unsigned) {
+                return text.find_first_not_of("0123456789") == std::string::npos;
+            },
+            kCount);
+    }
     unsigned value = 0;
     in >> value;
-    checkNumber(piece, in && piece.find_first_not_of("0123456789") == std::string::npos, kCount);
     return value;
 }
 

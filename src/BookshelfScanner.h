@@ -79,7 +79,6 @@ public:
 
     // Whether everything since the start (kOnOneLine: of the line) could be read.
     explicit operator bool() const { return !in.fail(); }
-    bool isAtEnd() const { return in.eof(); }
     // After a failure: goes on, unless the end of the file was the reason.
     void recover();
 
@@ -123,7 +122,9 @@ public:
 private:
     bool isStrict() const { return records == Records::kOnOneLine; }
     void noteSlip(std::string_view found, const char* expected);
-    void checkNumber(std::string_view text, bool plain, const char* expected);
+    template <class Number>
+    Number checkedNumber(bool (*isPlain)(const std::string& text, Number value),
+                         const char* expected);
 
     Records records;
     LineBuffer lines;

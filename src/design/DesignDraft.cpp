@@ -37,6 +37,7 @@ DesignDraft::Body* DesignDraft::find(RecordFile& file) {
     if (!blocksFile.empty()) {
         file.error("found the name " + shown(file.getWord()) +
                    ", expected a block or terminal of " + blocksFile);
+        bodies.try_emplace(file.getWord(), Body{Kind::kOther, 0, file.getLine()});
     }
     return nullptr;
 }

@@ -28,8 +28,8 @@ struct DesignDraft {
     // Whether there has been no error.
     bool isSound() const { return diagnostics.getErrorNum() == errorsBefore; }
 
-    // The body that a line begins with. Null if the name is not known, which is an error unless
-    // there was no .blocks file to know it from.
+    // The body that a line begins with. Null if the name is not known, which is an error the
+    // first time, unless there was no .blocks file to know it from.
     Body* find(RecordFile& file);
 
     Region region;
@@ -38,7 +38,7 @@ struct DesignDraft {
     std::size_t errorsBefore;  // in the diagnostics, which may be older
     Design design;
     std::string blocksFile;                        // empty: could not be opened
-    std::unordered_map<std::string, Body> bodies;  // also those with errors, by name
+    std::unordered_map<std::string, Body> bodies;  // by name; also those with errors
 };
 
 // As in "2.5 x 10".

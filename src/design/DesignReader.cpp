@@ -1,6 +1,5 @@
 #include "design/DesignReader.h"
 
-#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <fstream>
@@ -106,9 +105,8 @@ const std::array<DesignFile, 3> kFiles{
 
 std::string withoutExtension(const std::string& path) {
     for (const auto& [extension, read] : kFiles) {
-        const std::size_t length = path.size() - std::min(path.size(), extension.size());
-        if (length > 0 && path.compare(length, std::string::npos, extension) == 0) {
-            return path.substr(0, length);
+        if (path.size() > extension.size() && path.ends_with(extension)) {
+            return path.substr(0, path.size() - extension.size());
         }
     }
     return path;

@@ -46,10 +46,15 @@ void NetsReader::openNet() {
     draft.design.nets.emplace_back();
     net = {file.getLine(), std::nullopt, 0};
     const unsigned degree = file.scanner.countAfterColon();
-    if (!file.reportSlip(subjectOfNet())) {
-        net.degree = degree;
-        file.passOverRest(subjectOfNet());
+    if (file.reportSlip(subjectOfNet())) {
+        return;
     }
+    net.degree = degree;
+    // Some files name their nets.
+    if (!file.scanner.nextPiece().empty()) {
+        file.scanner.token();
+    }
+    file.passOverRest(subjectOfNet());
 }
 
 void NetsReader::closeNet() {
@@ -72,7 +77,7 @@ void NetsReader::refuseEarlyLine() {
     }
     refusedEarlyLine = true;
     const std::string& name = file.getWord();
-    if (headers.areComplete() || draft.bodies.count(name) > 0) {
+    if (headers.areComplete() || draft.bodies.contains(name)) {
         file.error("found a pin of " + shown(name) + ", expected 'NetDegree : COUNT' before it");
     } else {
         file.warning("found " + shown(name) + ", expected a header; the line is passed over");

@@ -1,6 +1,7 @@
 #include "design/RecordFile.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "design/Numeral.h"
 
@@ -23,10 +24,10 @@ std::string prefix(const std::string& subject) {
 
 }  // namespace
 
-RecordFile::RecordFile(std::istream& source, const std::string& file, Diagnostics& diagnostics)
+RecordFile::RecordFile(std::istream& source, std::string file, Diagnostics& diagnostics)
     : scanner(source, BookshelfScanner::Records::kOnOneLine),
       source(source),
-      file(file),
+      file(std::move(file)),
       diagnostics(diagnostics) {}
 
 bool RecordFile::next() {

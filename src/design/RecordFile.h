@@ -18,7 +18,7 @@ namespace korvel {
 class RecordFile {
 public:
     // `file` is the name in findings.
-    RecordFile(std::istream& source, const std::string& file, Diagnostics& diagnostics);
+    RecordFile(std::istream& source, std::string file, Diagnostics& diagnostics);
 
     // Moves on to the next line that has something on it besides a comment; false at the end.
     // A file that is too large or all wrong, or cannot be read to its end, ends early, with an
@@ -29,7 +29,6 @@ public:
     // The first word of the line.
     const std::string& getWord() const { return word; }
     unsigned getLine() const { return scanner.getLine(); }
-    const std::string& getName() const { return file; }
 
     BookshelfScanner scanner;  // behind the word
 

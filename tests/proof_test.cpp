@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <thread>
 
 #include "exact/ExactCoordinates.h"
@@ -23,14 +24,14 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kRounding = 1e-9;
 constexpr double kTolerance = 1e-6;
 
-struct Run {
+struct Outcome {
     ProofResult result;
     std::optional<Found> best;
     double lowerBoundSeen;
     double shareDone;
 };
 
-Run proveAlone(const Design& design, Region region, const ProofOptions& options = {}) {
+Outcome proveAlone(const Design& design, Region region, const ProofOptions& options = {}) {
     Incumbent incumbent;
     ProofProgress progress;
     const ProofResult result = prove(design, region, options, incumbent, {}, progress);
@@ -234,7 +235,7 @@ private:
 };
 
 // A proof's claim: as short as enumeration says, with a placement to show for it.
-void expectProof(const Design& design, Region region, const Run& run, double shortest) {
+void expectProof(const Design& design, Region region, const Outcome& run, double shortest) {
     if (std::isinf(shortest)) {
         EXPECT_EQ(run.result.end, ProofEnd::NoPlacement);
         EXPECT_FALSE(run.best);
@@ -285,6 +286,185 @@ INSTANTIATE_TEST_SUITE_P(
                     ProofCase{"twoDies", {2, 3, 6, 4, 5, 9, 1.0}, 8, 7, 40},
                     ProofCase{"oneDie", {1, 3, 6, 4, 5, 9, 1.0}, 6, 5, 40}),
     [](const auto& one) { return one.param.name; });
+
+// --- Symmetry --------------------------------------------------------------------------------
+
+// Adds a die that looks like another one after `quarters` turns, with the same nets to the others.
+void addTwin(Design& design, unsigned die, unsigned quarters) {
+    const auto twin = static_cast<unsigned>(design.dies.size());
+    const auto orient = static_cast<Orient>(quarters);
+    const Extent size = design.dies[die].size;
+    for (Design::Net& net : design.nets) {
+        for (Design::Pin& pin : net.pins) {
+            pin.body += pin.body >= twin ? 1 : 0;  // terminals make room
+        }
+    }
+    design.dies.push_back({"twin", turned(size, orient)});
+    const std::vector<Design::Net> nets = design.nets;
+    for (Design::Net net : nets) {
+        bool isItsOwn = false;
+        for (Design::Pin& pin : net.pins) {
+            if (pin.body == die) {
+                isItsOwn = true;
+                pin = {twin, turned(pin.offset, size, orient)};
+            }
+        }
+        if (isItsOwn) {
+            design.nets.push_back(net);
+        }
+    }
+}
+
+struct TwinCase {
+    const char* name;
+    RandomShape shape;  // of the others
+    unsigned twins;
+    double width, height;
+    int rounds;
+};
+
+class ProofWithTwins : public testing::TestWithParam<TwinCase> {};
+
+TEST_P(ProofWithTwins, KeepsTheOptimum) {
+    const auto& [name, shape, twins, width, height, rounds] = GetParam();
+    const Region region{width, height};
+    RandomDesigns random(17);
+    for (int round = 0; round < rounds; ++round) {
+        SCOPED_TRACE(round);
+        Design design = random.make(shape);
+        for (unsigned twin = 0; twin < twins; ++twin) {
+            addTwin(design, 0, static_cast<unsigned>(random.number(0, 3)));
+        }
+        const ProofModel model(design, region);
+        std::vector<unsigned> order(design.dies.size());
+        std::iota(order.begin(), order.end(), 0U);
+        EXPECT_GE(Symmetry(model, order).getImageNum(), twins == 1 ? 2U : 6U);
+        const double shortest = GridSearch(design, region, shape.grid).shortest();
+        expectProof(design, region, proveAlone(design, region, {.threads = 2}), shortest);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Designs, ProofWithTwins,
+                         testing::Values(TwinCase{"square", {2, 0, 4, 3, 3, 0, 1.0}, 1, 5, 5, 20},
+                                         TwinCase{"oblong", {2, 0, 4, 3, 3, 0, 1.0}, 1, 4, 6, 20},
+                                         TwinCase{
+                                             "terminals", {2, 2, 5, 4, 3, 5, 1.0}, 1, 5, 5, 20},
+                                         TwinCase{"triplets", {2, 0, 3, 3, 2, 0, 1.0}, 2, 4, 3, 5}),
+                         [](const auto& one) { return one.param.name; });
+
+TEST(Symmetry, NeitherTerminalsNorSidesThatDifferAreTurned) {
+    Design design;
+    design.dies = {{"a", {3, 2}}, {"b", {2, 2}}};
+    design.nets = {{{{0, {0, 0}}, {1, {1, 2}}}}};
+    const std::vector<unsigned> order{0, 1};
+    const auto imageNum = [&](Region region) {
+        return Symmetry(ProofModel(design, region), order).getImageNum();
+    };
+    EXPECT_EQ(imageNum({9, 9}), 4U);
+    EXPECT_EQ(imageNum({9, 8}), 2U);
+    design.terminals = {{"t", {4, 0}}};
+    design.nets.push_back({{{1, {0, 0}}, {2, {}}}});
+    EXPECT_EQ(imageNum({9, 9}), 1U);
+}
+
+TEST(Symmetry, TurnsThatLookTheSameAreTriedOnce) {
+    Design design;
+    design.dies = {{"centred", {3, 2}}, {"square", {2, 2}}, {"plain", {4, 2}}, {"bare", {2, 2}}};
+    design.nets = {{{{0, {1.5, 1}}, {1, {1, 1}}, {2, {0, 1}}}}};
+    const std::vector<unsigned> order{0, 1, 2, 3};
+    const ProofModel model(design, {20, 20});
+    const Symmetry symmetry(model, order);
+    EXPECT_EQ(symmetry.turnsOf(0).size(), 2U);
+    EXPECT_EQ(symmetry.turnsOf(1).size(), 1U);
+    EXPECT_EQ(symmetry.turnsOf(2).size(), 4U);
+    EXPECT_EQ(symmetry.turnsOf(3).size(), 1U);
+}
+
+// --- How proofs end --------------------------------------------------------------------------
+
+TEST(Proof, NoPlacementIsProvedThoughTheAreaWouldDo) {
+    // Four of 3 x 2 around a hole would need 5 x 5; with a fifth and a sixth one of 2 x 1 there is
+    // area left in 5.5 x 5.5, but nowhere in one piece.
+    Design design;
+    for (const Extent size : {Extent{3, 2}, {3, 2}, {3, 2}, {3, 2}, {2, 1}, {2, 1}}) {
+        design.dies.push_back({"d", size});
+    }
+    design.nets = {{{{0, {0, 0}}, {5, {1, 1}}}}, {{{1, {3, 2}}, {4, {0, 1}}, {2, {1, 1}}}}};
+    const Outcome run = proveAlone(design, {5.5, 5.5}, {.threads = 2});
+    EXPECT_EQ(run.result.end, ProofEnd::NoPlacement);
+    EXPECT_EQ(run.result.lowerBound, kInfinity);
+    EXPECT_FALSE(run.best);
+    EXPECT_EQ(proveAlone(design, {6, 6}, {.threads = 2}).result.end, ProofEnd::Proved);
+}
+
+// As many dies as can be proved in principle, far too many to be proved in time.
+Design endless(RandomDesigns& random) {
+    return random.make({11, 6, 200, 4, 5, 30, 1.0});
+}
+
+TEST(Proof, AStoppedRunProvesNothing) {
+    RandomDesigns random(23);
+    for (const int milliseconds : {0, 1, 30}) {
+        const Design design = endless(random);
+        Incumbent incumbent;
+        ProofProgress progress;
+        std::stop_source source;
+        const std::jthread stopper([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+            source.request_stop();
+        });
+        const ProofResult result =
+            prove(design, {30, 30}, {.threads = 2}, incumbent, source.get_token(), progress);
+        EXPECT_EQ(result.end, ProofEnd::Stopped);
+        EXPECT_LE(result.lowerBound, incumbent.wirelength());
+        EXPECT_LT(progress.shareDone, 1.0);
+    }
+}
+
+TEST(Proof, AGapIsReachedAndSaidSo) {
+    RandomDesigns random(29);
+    const Region region{9, 8};
+    for (int round = 0; round < 10; ++round) {
+        const Design design = random.make({4, 3, 12, 4, 4, 9, 1.0});
+        const Outcome exact = proveAlone(design, region);
+        const Outcome rough = proveAlone(design, region, {.threads = 2, .gap = 0.2});
+        if (!exact.best) {
+            continue;
+        }
+        ASSERT_TRUE(rough.best);
+        EXPECT_LE(rough.best->wirelength, exact.best->wirelength / 0.8 + 1e-9);
+        EXPECT_GE(rough.result.lowerBound, rough.best->wirelength * 0.8 - 1e-9);
+        EXPECT_LE(rough.result.lowerBound, exact.best->wirelength);
+        EXPECT_LE(rough.result.nodes, exact.result.nodes);
+        const bool isProved =
+            rough.result.lowerBound >= rough.best->wirelength * (1.0 - kTolerance);
+        EXPECT_EQ(rough.result.end, isProved ? ProofEnd::Proved : ProofEnd::GapReached);
+    }
+}
+
+// What others have found bounds the search; what is no better than that is not offered.
+TEST(Proof, TheIncumbentOfOthersIsProvedToo) {
+    RandomDesigns random(31);
+    const Region region{9, 9};
+    const Design design = random.make({4, 3, 12, 4, 4, 9, 1.0});
+    const Outcome alone = proveAlone(design, region);
+    ASSERT_TRUE(alone.best);
+    Incumbent incumbent;
+    incumbent.offer(alone.best->placement, alone.best->wirelength, "others");
+    ProofProgress progress;
+    const ProofResult result = prove(design, region, {}, incumbent, {}, progress);
+    EXPECT_EQ(result.end, ProofEnd::Proved);
+    EXPECT_EQ(incumbent.best()->finder, "others");
+    EXPECT_LT(result.nodes, alone.result.nodes);
+}
+
+TEST(Proof, TooManyDiesGetALowerBoundOnly) {
+    RandomDesigns random(37);
+    const Design design = random.make({kMaxProofDies + 3, 6, 60, 2, 5, 30, 1.0});
+    const Outcome run = proveAlone(design, {60, 60});
+    EXPECT_EQ(run.result.end, ProofEnd::Stopped);
+    EXPECT_GT(run.result.lowerBound, 0.0);
+}
 
 }  // namespace
 }  // namespace korvel

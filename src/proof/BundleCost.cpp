@@ -1,6 +1,7 @@
 #include "proof/BundleCost.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 namespace korvel {
@@ -68,6 +69,22 @@ double BundleCost::at(double displacement) const {
     }
     const Kink& before = kinks[next - 1];
     return before.cost + before.slopeAfter * (displacement - before.at);
+}
+
+bool BundleCost::isLike(const BundleCost& other, bool opposite, double nearness) const {
+    if (netNum != other.netNum || kinks.size() != other.kinks.size() ||
+        std::abs(atZero - other.atZero) > nearness * netNum) {
+        return false;
+    }
+    for (std::size_t k = 0; k < kinks.size(); ++k) {
+        const std::size_t at = opposite ? kinks.size() - 1 - k : k;
+        const double place = opposite ? -other.kinks[at].at : other.kinks[at].at;
+        const int slope = opposite ? -other.slopeBefore(at) : other.kinks[at].slopeAfter;
+        if (std::abs(kinks[k].at - place) > nearness || kinks[k].slopeAfter != slope) {
+            return false;
+        }
+    }
+    return true;
 }
 
 double BundleCost::leastWithin(double from, double to) const {

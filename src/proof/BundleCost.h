@@ -43,6 +43,9 @@ public:
     // The least cost of any displacement in a range; infinity if the range is empty.
     double leastWithin(double from, double to) const;
 
+    // Whether costs are the same but for rounding, by a displacement or by its opposite.
+    bool isLike(const BundleCost& other, bool opposite, double nearness) const;
+
     // Number of kinks below a displacement.
     std::size_t kinksBelow(double displacement) const;
 

@@ -10,10 +10,6 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// What counts as the same position, in parts of the region: far more than rounding errors, far less
-// than what matters to a length.
-constexpr double kNearness = 1e-11;
-
 constexpr unsigned axisOf(Topology where) {
     return where == Topology::L || where == Topology::R ? 0 : 1;
 }
@@ -29,7 +25,8 @@ Topology onlyOf(Whereabouts where) {
 
 }  // namespace
 
-NodeBounder::NodeBounder(const ProofModel& model) : model(model) {}
+NodeBounder::NodeBounder(const ProofModel& model, const Symmetry* symmetry)
+    : model(model), symmetry(symmetry) {}
 
 ProofNode NodeBounder::root() {
     ProofNode node;
@@ -45,6 +42,12 @@ std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned d
     }
     ProofNode child = node;
     child.turn[die] = static_cast<std::uint8_t>(turn);
+    if (symmetry != nullptr) {
+        if (!symmetry->mayBeFirst(child)) {
+            return std::nullopt;
+        }
+        symmetry->narrow(child);
+    }
     for (unsigned axis = 0; axis < kAxisNum; ++axis) {
         child.at[axis][die] = model.room(die, axis, turn) / 2.0;
     }
@@ -282,44 +285,53 @@ double NodeBounder::total(const ProofNode& node) const {
     return model.getFixedLength() + node.length[0] + node.length[1] + outstanding(node);
 }
 
-// What the nets that are not part of the lengths cost at least.
+// What the nets that are not part of the lengths cost at least: those between turned dies pair by
+// pair, all others die by die.
 double NodeBounder::outstanding(const ProofNode& node) const {
     double sum = 0.0;
-    for (const ProofModel::Bundle& bundle : model.getBundles()) {
-        if (bundle.b != model.ground()) {
-            if (!node.counted[pairIndex(bundle.a, bundle.b)]) {
-                sum += leastOf(node, bundle.a, bundle.b);
+    for (unsigned high = 0; high < model.getDieNum(); ++high) {
+        if (!node.isTurned(high)) {
+            sum += leastOfDie(node, high);
+            continue;
+        }
+        for (unsigned low = 0; low < high; ++low) {
+            const unsigned pair = pairIndex(low, high);
+            if (node.isTurned(low) && !node.counted[pair] && model.bundleOf(low, high) != nullptr) {
+                sum += leastOfPair(node, low, high);
             }
-        } else if (!node.isTurned(bundle.a)) {
-            double least = kInfinity;
-            for (unsigned turn = 0; turn < kTurns; ++turn) {
-                least = std::min(least, model.groundLeast(bundle.a, turn));
-            }
-            sum += least;
         }
     }
     return sum * (1.0 - kNearness);
 }
 
-double NodeBounder::leastOf(const ProofNode& node, unsigned low, unsigned high) const {
+double NodeBounder::leastOfPair(const ProofNode& node, unsigned low, unsigned high) const {
     double least = kInfinity;
     const Whereabouts where = node.where[pairIndex(low, high)];
-    for (unsigned turnLow = 0; turnLow < kTurns; ++turnLow) {
-        if (node.isTurned(low) && node.turn[low] != turnLow) {
-            continue;
-        }
-        for (unsigned turnHigh = 0; turnHigh < kTurns; ++turnHigh) {
-            if (node.isTurned(high) && node.turn[high] != turnHigh) {
-                continue;
-            }
-            for (unsigned bit = 0; bit < kRelations; ++bit) {
-                if ((where >> bit & 1) != 0) {
-                    least = std::min(least, model.pairLeast(low, high, turnLow, turnHigh, bit));
-                }
-            }
+    for (unsigned bit = 0; bit < kRelations; ++bit) {
+        if ((where >> bit & 1) != 0) {
+            least =
+                std::min(least, model.pairLeast(low, high, node.turn[low], node.turn[high], bit));
         }
     }
     return least;
+}
+
+// The nets of a die without a turn to the ground, to turned dies, and to lower ones without a turn.
+// It will have one and the same turn to all of them.
+double NodeBounder::leastOfDie(const ProofNode& node, unsigned die) const {
+    std::array<double, kTurns> sums{};
+    for (unsigned turn = 0; turn < kTurns; ++turn) {
+        sums[turn] = model.groundLeast(die, turn);
+    }
+    for (unsigned other = 0; other < model.getDieNum(); ++other) {
+        if (other != die && (node.isTurned(other) || other < die)) {
+            const auto& leasts = model.pairLeasts(die, other, node.turn[other]);
+            for (unsigned turn = 0; turn < kTurns; ++turn) {
+                sums[turn] += leasts[turn];
+            }
+        }
+    }
+    return *std::min_element(sums.begin(), sums.end());
 }
 
 double NodeBounder::overlap(const ProofNode& node, unsigned a, unsigned b) const {

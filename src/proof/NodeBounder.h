@@ -20,12 +20,14 @@
 #include "proof/AxisOptimum.h"
 #include "proof/ProofModel.h"
 #include "proof/ProofNode.h"
+#include "proof/Symmetry.h"
 
 namespace korvel {
 
 class NodeBounder {
 public:
-    explicit NodeBounder(const ProofModel& model);
+    // With symmetries, placements of which another image is looked for count as none.
+    explicit NodeBounder(const ProofModel& model, const Symmetry* symmetry = nullptr);
 
     // All placements.
     ProofNode root();
@@ -52,12 +54,14 @@ private:
     void addWideNets(const ProofNode& node, unsigned axis);
     void addGaps(const ProofNode& node, unsigned axis);
     double outstanding(const ProofNode& node) const;
-    double leastOf(const ProofNode& node, unsigned low, unsigned high) const;
+    double leastOfPair(const ProofNode& node, unsigned low, unsigned high) const;
+    double leastOfDie(const ProofNode& node, unsigned die) const;
     double extent(const ProofNode& node, unsigned die, unsigned axis) const {
         return model.extent(die, axis, node.turn[die]);
     }
 
     const ProofModel& model;
+    const Symmetry* symmetry;
     AxisOptimum optimum;
     std::vector<unsigned> bodies;                        // that take part now; the ground last
     std::array<unsigned, kMaxProofDies + 1> numberOf{};  // of a body among those

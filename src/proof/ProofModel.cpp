@@ -106,17 +106,38 @@ const ProofModel::Bundle* ProofModel::bundleOf(unsigned a, unsigned b) const {
 }
 
 void ProofModel::settlePairs() {
-    pairLeasts.resize(dieNum * dieNum);
+    relatedLeasts.resize(dieNum * dieNum);
+    anyRelationLeasts.resize(dieNum * dieNum);
+    for (auto& byTurns : anyRelationLeasts) {
+        for (auto& row : byTurns) {
+            row.fill(kInfinity);
+        }
+    }
     for (unsigned a = 0; a < dieNum; ++a) {
         for (unsigned b = a + 1; b < dieNum; ++b) {
             for (unsigned turnA = 0; turnA < kTurns; ++turnA) {
                 for (unsigned turnB = 0; turnB < kTurns; ++turnB) {
                     for (unsigned where = 0; where < kRelations; ++where) {
-                        pairLeasts[a * dieNum + b][turnA][turnB][where] =
+                        relatedLeasts[a * dieNum + b][turnA][turnB][where] =
                             leastAt(a, b, turnA, turnB, where);
                     }
                 }
             }
+            settleAnyRelation(a, b);
+        }
+    }
+}
+
+void ProofModel::settleAnyRelation(unsigned a, unsigned b) {
+    auto& ofA = anyRelationLeasts[a * dieNum + b];
+    auto& ofB = anyRelationLeasts[b * dieNum + a];
+    for (unsigned turnA = 0; turnA < kTurns; ++turnA) {
+        for (unsigned turnB = 0; turnB < kTurns; ++turnB) {
+            const auto& byWhere = relatedLeasts[a * dieNum + b][turnA][turnB];
+            const double least = *std::min_element(byWhere.begin(), byWhere.end());
+            ofA[turnB][turnA] = ofB[turnA][turnB] = least;
+            ofA[kTurns][turnA] = std::min(ofA[kTurns][turnA], least);
+            ofB[kTurns][turnB] = std::min(ofB[kTurns][turnB], least);
         }
     }
 }
@@ -162,6 +183,24 @@ void ProofModel::settleGround() {
             }
         }
     }
+}
+
+double ProofModel::leastLength() const {
+    double sum = fixedLength;
+    for (const Bundle& bundle : bundles) {
+        double least = kInfinity;
+        for (unsigned turnA = 0; turnA < kTurns; ++turnA) {
+            if (bundle.b == ground()) {
+                least = std::min(least, groundLeast(bundle.a, turnA));
+                continue;
+            }
+            for (const auto& byWhere : relatedLeasts[bundle.a * dieNum + bundle.b][turnA]) {
+                least = std::min(least, *std::min_element(byWhere.begin(), byWhere.end()));
+            }
+        }
+        sum += least;
+    }
+    return sum * (1.0 - kNearness);
 }
 
 }  // namespace korvel

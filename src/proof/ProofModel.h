@@ -21,6 +21,10 @@ inline constexpr unsigned kRelations = static_cast<unsigned>(Topology::LAST);
 // accept might be ruled out here.
 inline constexpr double kFit = 1e-9;
 
+// What counts as the same position, in parts of the region: far more than rounding errors, far less
+// than what matters to a length.
+inline constexpr double kNearness = 1e-11;
+
 // Along y a die looks as it does along x after one more quarter turn clockwise. So all tables are
 // made for x only and looked up with the turn that an axis sees. (The ground, which bears the
 // terminals and never turns, has its x in turn 0 and its y in turn 1 to fit in.)
@@ -75,10 +79,19 @@ public:
     int getNetNum() const { return netNum; }
     bool hasTerminalNets() const { return terminalNets; }
 
+    // The least that all nets can cost, each bundle as if there were no others.
+    double leastLength() const;
+
     // The least that the bundle between dies a < b can cost, by their turns and where a lies
     // relative to b, both inside the region; infinity if they do not fit like this.
     double pairLeast(unsigned a, unsigned b, unsigned turnA, unsigned turnB, unsigned where) const {
-        return pairLeasts[a * dieNum + b][turnA][turnB][where];
+        return relatedLeasts[a * dieNum + b][turnA][turnB][where];
+    }
+    // The least of the bundle between two dies in any relation, by the turn of the first; the
+    // second one's is given, or may be any if it is kTurns.
+    const std::array<double, kTurns>& pairLeasts(unsigned die, unsigned other,
+                                                 unsigned turnOther) const {
+        return anyRelationLeasts[die * dieNum + other][turnOther];
     }
     // The least that a die's nets to the ground can cost, by its turn, inside the region.
     double groundLeast(unsigned die, unsigned turn) const { return groundLeasts[die][turn]; }
@@ -90,6 +103,7 @@ private:
     void addToBundle(const WideNet& net);
     Bundle& bundleFor(unsigned a, unsigned b);
     void settlePairs();
+    void settleAnyRelation(unsigned a, unsigned b);
     void settleGround();
     double leastAt(unsigned a, unsigned b, unsigned turnA, unsigned turnB, unsigned where) const;
 
@@ -99,7 +113,8 @@ private:
     std::vector<Bundle> bundles;
     std::vector<int> bundleIndex;  // by two bodies; -1: none
     std::vector<WideNet> wideNets;
-    std::vector<ByTurnsAndWhere> pairLeasts;
+    std::vector<ByTurnsAndWhere> relatedLeasts;
+    std::vector<std::array<std::array<double, kTurns>, kTurns + 1>> anyRelationLeasts;
     std::vector<std::array<double, kTurns>> groundLeasts;
     double fixedLength = 0.0;
     int netNum = 0;

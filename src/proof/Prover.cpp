@@ -21,29 +21,72 @@ constexpr unsigned kTurnLength = 256;
 // Overlaps up to this part of the region may be rounding; the exact coordinates decide.
 constexpr double kTouching = 1e-9;
 
-// What all threads of a proof share.
-struct Shared {
+// The die with the most nets comes first, then always the one with the most nets to those before.
+std::vector<unsigned> orderOf(const ProofModel& model) {
+    std::vector<unsigned> order;
+    std::vector<bool> isIn(model.getDieNum() + 1, false);
+    while (order.size() < model.getDieNum()) {
+        std::vector<std::pair<int, int>> nets(model.getDieNum() + 1, {0, 0});
+        for (const ProofModel::Bundle& bundle : model.getBundles()) {
+            nets[bundle.a].first += isIn[bundle.b] ? bundle.netNum : 0;
+            nets[bundle.b].first += isIn[bundle.a] ? bundle.netNum : 0;
+            nets[bundle.a].second += bundle.netNum;
+            nets[bundle.b].second += bundle.netNum;
+        }
+        unsigned best = model.ground();
+        for (unsigned die = 0; die < model.getDieNum(); ++die) {
+            if (!isIn[die] && (best == model.ground() || nets[die] > nets[best])) {
+                best = die;
+            }
+        }
+        isIn[best] = true;
+        order.push_back(best);
+    }
+    return order;
+}
+
+// A tree and what all threads that work on it share.
+struct Tree {
+    Tree(const Design& nets, Region region, unsigned threads)
+        : model(nets, region),
+          order(orderOf(model)),
+          symmetry(model, order),
+          pool(NodeBounder(model).root(), threads) {}
+
+    const ProofModel model;
+    const std::vector<unsigned> order;
+    const Symmetry symmetry;
+    ProofPool pool;
+    std::mutex mutex;
+    double closedBound = kInfinity;  // mutex; the lowest bound of what was given up as no better
+};
+
+// What is to be done, for all trees.
+struct Task {
     const Design& design;
-    const ProofModel& model;
     const CoordinateSolver& coordinates;
     const ProofOptions& options;
     Incumbent& incumbent;
     const std::stop_token& stop;
-    ProofProgress& progress;
-    ProofPool& pool;
-    std::mutex mutex;
-    double closedBound = kInfinity;  // mutex; the lowest bound of what was given up as no better
+    bool anyWillDo;  // to know of one placement is enough
 
     // No placement as long as this, or longer, is looked for.
     double limit() const {
         return incumbent.wirelength() * (1.0 - std::max(options.gap, options.tolerance));
     }
+    bool isOver() const {
+        return stop.stop_requested() || (anyWillDo && incumbent.wirelength() < kInfinity);
+    }
 };
 
 class ProofWorker {
 public:
-    ProofWorker(Shared& shared, unsigned number)
-        : shared(shared), bounder(shared.model), number(number) {}
+    ProofWorker(const Task& task, Tree& tree, ProofProgress& progress, unsigned number)
+        : task(task),
+          tree(tree),
+          progress(progress),
+          bounder(tree.model, &tree.symmetry),
+          number(number) {}
 
     void run();
 
@@ -61,7 +104,9 @@ private:
                                                                  double tolerance) const;
     std::optional<unsigned> nextDie(const ProofNode& node) const;
 
-    Shared& shared;
+    const Task& task;
+    Tree& tree;
+    ProofProgress& progress;
     NodeBounder bounder;
     unsigned number;
     std::vector<ProofNode> open;
@@ -72,12 +117,12 @@ private:
 };
 
 void ProofWorker::run() {
-    while (const auto node = shared.pool.take(number)) {
+    while (const auto node = tree.pool.take(number)) {
         explore(*node);
-        shared.pool.giveBack(number, open);
+        tree.pool.giveBack(number, open);
         report();
-        if (shared.stop.stop_requested()) {
-            shared.pool.close();
+        if (task.isOver()) {
+            tree.pool.close();
         }
     }
 }
@@ -85,10 +130,10 @@ void ProofWorker::run() {
 void ProofWorker::explore(const ProofNode& from) {
     open.assign(1, from);
     nodes = 0;
-    while (!open.empty() && nodes < kTurnLength && !shared.stop.stop_requested()) {
+    while (!open.empty() && nodes < kTurnLength && !task.isOver()) {
         const ProofNode node = open.back();
         open.pop_back();
-        if (node.bound >= shared.limit()) {
+        if (node.bound >= task.limit()) {
             close(node.bound, node.share);
         } else {
             visit(node);
@@ -97,15 +142,15 @@ void ProofWorker::explore(const ProofNode& from) {
 }
 
 void ProofWorker::report() {
-    shared.progress.nodes += nodes;
-    shared.progress.shareDone += shareDone;
+    progress.nodes += nodes;
+    progress.shareDone += shareDone;
     shareDone = 0.0;
-    const std::lock_guard lock(shared.mutex);
-    shared.closedBound = std::min(shared.closedBound, closedBound);
+    const std::lock_guard lock(tree.mutex);
+    tree.closedBound = std::min(tree.closedBound, closedBound);
     const double bound =
-        std::min({shared.pool.lowestOpen(), shared.closedBound, shared.incumbent.wirelength()});
-    if (bound > shared.progress.lowerBound && bound < kInfinity) {
-        shared.progress.lowerBound = bound;
+        std::min({tree.pool.lowestOpen(), tree.closedBound, task.incumbent.wirelength()});
+    if (bound > progress.lowerBound && bound < kInfinity) {
+        progress.lowerBound = bound;
     }
 }
 
@@ -129,18 +174,18 @@ void ProofWorker::visit(const ProofNode& node) {
 // The positions are legal but for roundings. If the exact ones are no longer than the bound says,
 // the node is done; if they should be, it is divided until all relations are decided.
 void ProofWorker::tryLeaf(const ProofNode& node) {
-    Placement placement(shared.model.getDieNum());
+    Placement placement(tree.model.getDieNum());
     std::vector<Orient> orients;
     for (unsigned die = 0; die < placement.size(); ++die) {
         orients.push_back(static_cast<Orient>(node.turn[die]));
         placement[die] = {{node.at[0][die], node.at[1][die]}, orients[die]};
     }
-    const Relations relations = Relations::of(shared.design, placement);
-    if (const auto exact = shared.coordinates.solve(relations, orients)) {
-        shared.incumbent.offer(*exact, wirelength(shared.design, *exact), "proof");
+    const Relations relations = Relations::of(task.design, placement);
+    if (const auto exact = task.coordinates.solve(relations, orients)) {
+        task.incumbent.offer(*exact, wirelength(task.design, *exact), "proof");
     }
     const auto undecided = overlappingPair(node, -kInfinity);
-    if (node.bound >= shared.limit() || !undecided) {
+    if (node.bound >= task.limit() || !undecided) {
         close(node.bound, node.share);
     } else {
         branchOnPair(node, undecided->first, undecided->second);
@@ -149,7 +194,7 @@ void ProofWorker::tryLeaf(const ProofNode& node) {
 
 void ProofWorker::branchOnTurn(const ProofNode& node, unsigned die) {
     children.clear();
-    for (unsigned turn = 0; turn < kTurns; ++turn) {
+    for (const unsigned turn : tree.symmetry.turnsOf(die)) {
         if (const auto child = bounder.withTurn(node, die, turn)) {
             children.push_back(*child);
         }
@@ -181,7 +226,7 @@ void ProofWorker::pushChildren(const ProofNode& node, unsigned branches) {
     }
     for (ProofNode& child : children) {
         child.share = node.share / static_cast<double>(children.size());
-        if (child.bound >= shared.limit()) {
+        if (child.bound >= task.limit()) {
             close(child.bound, child.share);
         } else {
             open.push_back(child);
@@ -193,10 +238,9 @@ std::optional<std::pair<unsigned, unsigned>> ProofWorker::uncountedPair(
     const ProofNode& node) const {
     std::optional<std::pair<unsigned, unsigned>> best;
     int most = 0;
-    for (const ProofModel::Bundle& bundle : shared.model.getBundles()) {
-        if (bundle.b != shared.model.ground() && node.isTurned(bundle.a) &&
-            node.isTurned(bundle.b) && !node.counted[pairIndex(bundle.a, bundle.b)] &&
-            bundle.netNum > most) {
+    for (const ProofModel::Bundle& bundle : tree.model.getBundles()) {
+        if (bundle.b != tree.model.ground() && node.isTurned(bundle.a) && node.isTurned(bundle.b) &&
+            !node.counted[pairIndex(bundle.a, bundle.b)] && bundle.netNum > most) {
             most = bundle.netNum;
             best = {bundle.a, bundle.b};
         }
@@ -207,8 +251,8 @@ std::optional<std::pair<unsigned, unsigned>> ProofWorker::uncountedPair(
 std::optional<std::pair<unsigned, unsigned>> ProofWorker::overlappingPair(const ProofNode& node,
                                                                           double tolerance) const {
     std::optional<std::pair<unsigned, unsigned>> best;
-    double deepest = tolerance * std::max(shared.model.side(0), shared.model.side(1));
-    for (unsigned high = 1; high < shared.model.getDieNum(); ++high) {
+    double deepest = tolerance * std::max(tree.model.side(0), tree.model.side(1));
+    for (unsigned high = 1; high < tree.model.getDieNum(); ++high) {
         for (unsigned low = 0; low < high && node.isTurned(high); ++low) {
             if (!node.isTurned(low) || isDecided(node.where[pairIndex(low, high)])) {
                 continue;
@@ -223,57 +267,71 @@ std::optional<std::pair<unsigned, unsigned>> ProofWorker::overlappingPair(const 
     return best;
 }
 
-// The die with the most nets to those that are turned; at first the one with the most nets.
 std::optional<unsigned> ProofWorker::nextDie(const ProofNode& node) const {
-    std::optional<unsigned> best;
-    std::pair<int, int> most{-1, -1};
-    for (unsigned die = 0; die < shared.model.getDieNum(); ++die) {
-        if (node.isTurned(die)) {
-            continue;
-        }
-        std::pair<int, int> nets{0, 0};
-        for (const ProofModel::Bundle& bundle : shared.model.getBundles()) {
-            if (bundle.a == die || bundle.b == die) {
-                const unsigned other = bundle.a == die ? bundle.b : bundle.a;
-                const bool joins = other != shared.model.ground() && node.isTurned(other);
-                nets.first += joins ? bundle.netNum : 0;
-                nets.second += bundle.netNum;
-            }
-        }
-        if (nets > most) {
-            most = nets;
-            best = die;
-        }
+    const auto next = std::find_if(tree.order.begin(), tree.order.end(),
+                                   [&](unsigned die) { return !node.isTurned(die); });
+    return next == tree.order.end() ? std::nullopt : std::optional(*next);
+}
+
+// All threads until the tree is exhausted, or the task over.
+void work(const Task& task, Tree& tree, ProofProgress& progress) {
+    std::vector<std::jthread> threads;
+    for (unsigned i = 0; i < task.options.threads; ++i) {
+        threads.emplace_back([&, i] { ProofWorker(task, tree, progress, i).run(); });
     }
-    return best;
+}
+
+// Whether the dies are too large for the region already by their areas.
+bool isTooFull(const Design& design, Region region) {
+    double area = 0.0;
+    for (const Design::Die& die : design.dies) {
+        area += die.size.width * die.size.height;
+    }
+    return area > region.width * region.height * (1.0 + 3.0 * kFit);
+}
+
+// Looks for any placement at all. Without nets most turns are the same, and dies of equal size are,
+// so the tree is far smaller than the one with them. True if there is none.
+bool hasNoPlacement(Task task, Region region, ProofProgress& progress) {
+    if (isTooFull(task.design, region)) {
+        return true;
+    }
+    Design dies = task.design;
+    dies.nets.clear();
+    Tree tree(dies, region, task.options.threads);
+    task.anyWillDo = true;
+    ProofProgress own;
+    work(task, tree, own);
+    progress.nodes += own.nodes;
+    return tree.pool.lowestOpen() == kInfinity && task.incumbent.wirelength() == kInfinity;
 }
 
 }  // namespace
 
 ProofResult prove(const Design& design, Region region, const ProofOptions& options,
                   Incumbent& incumbent, const std::stop_token& stop, ProofProgress& progress) {
-    const ProofModel model(design, region);
+    if (design.dies.size() > kMaxProofDies) {
+        progress.lowerBound = ProofModel(design, region).leastLength();
+        return {ProofEnd::Stopped, progress.lowerBound, 0};
+    }
     const CoordinateSolver coordinates(design, region);
-    ProofPool pool(NodeBounder(model).root(), options.threads);
-    Shared shared{design, model, coordinates, options, incumbent, stop, progress, pool, {}};
-    {
-        std::vector<std::jthread> threads;
-        for (unsigned i = 0; i < options.threads; ++i) {
-            threads.emplace_back([&shared, i] { ProofWorker(shared, i).run(); });
-        }
+    const Task task{design, coordinates, options, incumbent, stop, false};
+    if (incumbent.wirelength() == kInfinity && hasNoPlacement(task, region, progress)) {
+        progress.lowerBound = kInfinity;
+        progress.shareDone = 1.0;
+        return {ProofEnd::NoPlacement, kInfinity, progress.nodes};
     }
-    ProofResult result;
-    result.nodes = progress.nodes;
-    result.lowerBound = std::min({pool.lowestOpen(), shared.closedBound, incumbent.wirelength()});
-    if (pool.lowestOpen() < kInfinity) {
-        return result;
-    }
+    Tree tree(design, region, options.threads);
+    work(task, tree, progress);
+    const double open = tree.pool.lowestOpen();
     const double shortest = incumbent.wirelength();
-    if (shortest == kInfinity) {
+    ProofResult result{ProofEnd::Stopped, std::min({open, tree.closedBound, shortest}),
+                       progress.nodes};
+    if (open == kInfinity && shortest == kInfinity) {
         result.end = ProofEnd::NoPlacement;
-    } else if (result.lowerBound >= shortest * (1.0 - options.tolerance)) {
+    } else if (open == kInfinity && result.lowerBound >= shortest * (1.0 - options.tolerance)) {
         result.end = ProofEnd::Proved;
-    } else if (result.lowerBound >= shortest * (1.0 - options.gap)) {
+    } else if (open == kInfinity && result.lowerBound >= shortest * (1.0 - options.gap)) {
         result.end = ProofEnd::GapReached;
     }
     return result;

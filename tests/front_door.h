@@ -37,6 +37,7 @@ public:
         return {std::istreambuf_iterator<char>(in), {}};
     }
     bool has(const std::string& name) const { return std::filesystem::exists(folder / name); }
+    std::string path(const std::string& name) const { return folder / name; }
 
 private:
     std::filesystem::path folder;

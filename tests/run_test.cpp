@@ -173,14 +173,15 @@ TEST(ClassicRun, BeatsAStartThatCanBeBeaten) {
 }
 
 TEST(ClassicRun, SharesTheTimeOverTheStages) {
-    const Design design = chain(102);
-    const Region region{60, 60};
+    Design design = chain(102);
+    design.nets.resize(6);
+    const Region region{300, 300};
     RunOptions options = optionsOf(Engine::Classic);
-    options.timeLimit = 1.5;
+    options.timeLimit = 2.0;
     const RunResult result = PlaceRun(design, region, options).execute();
     EXPECT_EQ(result.passes.back().dies, 102U);
     EXPECT_EQ(result.ending, Ending::TimeLimit);
-    EXPECT_LT(result.seconds, 2.5);
+    EXPECT_LT(result.seconds, 3.0);
     expectLegal(design, region, result);
 }
 

@@ -210,22 +210,28 @@ bool canWriteAll(const PlaceOptions& options, std::ostream& err) {
     for (const std::string& path : resultPaths(options)) {
         const std::string fault = faultOfPath(path);
         if (!fault.empty()) {
-            err << path << ": error: could not be written: " << fault << '\n';
+            err << "korvel place: cannot write '" << path << "': " << fault << '\n';
             can = false;
         }
     }
     return can;
 }
 
+struct WrittenFiles {
+    std::vector<std::string> paths;
+    bool isComplete = true;
+};
+
 // The files that go by the prefix, and the report of its own name. Without a placement there is
-// only the report. Those that could be written.
-std::vector<std::string> writeFiles(const Design& design, const PlaceOptions& options,
-                                    const RunResult& result, const std::string& json,
-                                    std::ostream& err) {
-    std::vector<std::string> written;
+// only the report.
+WrittenFiles writeFiles(const Design& design, const PlaceOptions& options, const RunResult& result,
+                        const std::string& json, std::ostream& err) {
+    WrittenFiles written;
     const auto write = [&](const std::string& path, const std::string& content) {
-        if (writeFile(path, content, err)) {
-            written.push_back(path);
+        if (writeFile(path, content, "place", err)) {
+            written.paths.push_back(path);
+        } else {
+            written.isComplete = false;
         }
     };
     if (!options.prefix.empty() && result.best) {
@@ -259,12 +265,15 @@ RunResult search(const Design& design, const PlaceOptions& options, std::ostream
     return run.execute();
 }
 
-std::string writtenText(const std::vector<std::string>& written) {
-    std::string text = written.empty() ? "" : "\nWritten:";
-    for (const std::string& path : written) {
+std::string writtenText(const std::vector<std::string>& paths) {
+    if (paths.empty()) {
+        return "";
+    }
+    std::string text = "\nWritten:";
+    for (const std::string& path : paths) {
         text += " " + path;
     }
-    return written.empty() ? text : text + "\n";
+    return text + "\n";
 }
 
 int place(PlaceOptions& options, CommandRun& run) {
@@ -277,15 +286,14 @@ int place(PlaceOptions& options, CommandRun& run) {
     }
     const RunResult result = search(*design, options, run.err);
     const std::string json = textOf(placeReport(*design, options.inputs, options.run, result));
-    const std::vector<std::string> written = writeFiles(*design, options, result, json, run.err);
+    const WrittenFiles written = writeFiles(*design, options, result, json, run.err);
     if (options.isJsonOnly()) {
         run.out << json;
     } else if (!options.quiet) {
         run.out << placeSummary(*design, options.inputs.region, options.run, result)
-                << writtenText(written);
+                << writtenText(written.paths);
     }
-    const bool isLostFile = result.best && written.size() < resultPaths(options).size();
-    if (isLostFile) {
+    if (!written.isComplete) {
         return kNotWritten;
     }
     return result.best ? kLegal : kNotLegal;

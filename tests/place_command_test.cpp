@@ -43,7 +43,7 @@ protected:
             }
         }
         door.write(name + ".blocks", blocks.str() + "t terminal\n");
-        door.write(name + ".pl", places.str() + "t 20 20\n");
+        door.write(name + ".pl", places.str() + "t 4 4\n");
         door.write(name + ".nets", "NumNets : " + std::to_string(netNum) + "\nNumPins : " +
                                        std::to_string(2 * netNum) + "\n" + nets.str());
     }

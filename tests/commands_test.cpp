@@ -70,9 +70,9 @@ TEST_F(Commands, EndWithTheirStatus) {
         {"check d none.pl --area 10 10", 3,
          "none.pl: error: found no file that can be read: No such file or directory"},
         {"check d good.pl --area 10 10 --json none/r.json", 4,
-         "korvel check: cannot write 'none/r.json': No such file or directory"},
+         "korvel: cannot write 'none/r.json': No such file or directory"},
         {"draw d good.pl --area 10 10 -o none/p.svg", 4,
-         "korvel draw: cannot write 'none/p.svg': No such file or directory"},
+         "korvel: cannot write 'none/p.svg': No such file or directory"},
     };
     for (const Case& expected : cases) {
         SCOPED_TRACE(expected.arguments);

@@ -43,6 +43,7 @@ const std::vector<Case> kCases{
     {"out at the right", {{7, 5}}, 0, 0, {0, 1, 0, 0}, false},
     {"out at two sides", {{-2, -3}}, 0, 0, {2, 0, 3, 0}, false},
     {"as deep as granted", {{3.5, 0}}, 0.5, 0, {}, true},
+    {"as deep as granted from above", {{0, 1.5}}, 0.5, 0, {}, true},
     {"deeper than granted", {{3.25, 0}}, 0.5, 1.5, {}, false},
     {"as far out as granted", {{6.5, 5}}, 0.5, 0, {}, true},
     {"mirrored", {{5, 5}, Orient::FS}, 0, 0, {}, false},

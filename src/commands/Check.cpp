@@ -99,7 +99,7 @@ int check(const CheckOptions& options, CommandRun& run) {
     const bool isJsonOnly = options.jsonPath == "-";
     run.out << (isJsonOnly ? jsonOf(result) : summaryOf(result));
     if (!isJsonOnly && !options.jsonPath.empty() &&
-        !writeFile(options.jsonPath, jsonOf(result), "check", run.err)) {
+        !writeFile(options.jsonPath, jsonOf(result), run.err)) {
         return kNotWritten;
     }
     return result.isLegal() ? kLegal : kNotLegal;

@@ -79,12 +79,10 @@ std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Reg
     return diagnostics.hasErrors() ? std::nullopt : std::move(placed);
 }
 
-bool writeFile(const std::string& path, const std::string& content, const std::string& command,
-               std::ostream& err) {
+bool writeFile(const std::string& path, const std::string& content, std::ostream& err) {
     const std::error_code fault = writeWhole(path, content);
     if (fault) {
-        err << "korvel " << command << ": cannot write '" << path << "': " << fault.message()
-            << "\n";
+        err << "korvel: cannot write '" << path << "': " << fault.message() << "\n";
     }
     return !fault;
 }

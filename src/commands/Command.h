@@ -58,9 +58,8 @@ struct PlacedDesign {
 std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Region region,
                                              std::ostream& err);
 
-// Writes a file whole or not at all; says whether, and on `err` why `command` could not.
-bool writeFile(const std::string& path, const std::string& content, const std::string& command,
-               std::ostream& err);
+// Writes a file whole or not at all; says on `err` why not, and whether.
+bool writeFile(const std::string& path, const std::string& content, std::ostream& err);
 
 // `run` outlives the program's parsing; the streams are used from the calling thread only.
 void addPlace(CLI::App& program, CommandRun& run);

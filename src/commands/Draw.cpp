@@ -35,7 +35,7 @@ int draw(const DrawOptions& options, CommandRun& run) {
         run.out << picture;
         return kLegal;
     }
-    return writeFile(options.picturePath, picture, "draw", run.err) ? kLegal : kNotWritten;
+    return writeFile(options.picturePath, picture, run.err) ? kLegal : kNotWritten;
 }
 
 }  // namespace

@@ -182,6 +182,9 @@ Corner<Number> BookshelfScanner::corner(const char* passing) {
     corner.x = number<Number>();
     skipPast(',');
     corner.y = number<Number>();
+    if (isStrict()) {
+        skipPast(')');  // what the base reader never looks for
+    }
     return corner;
 }
 
@@ -191,7 +194,7 @@ Outline<Number> BookshelfScanner::outline() {
     const unsigned cornerNum = count();
     outline.cornerNum = in ? cornerNum : 0;
     for (unsigned i = 0; in && i < cornerNum; ++i) {
-        const Corner<Number> next = corner<Number>(i > 0 ? ")" : "");
+        const Corner<Number> next = corner<Number>();
         if (i < outline.corners.size()) {
             outline.corners[i] = next;
         }
@@ -222,9 +225,11 @@ void BookshelfScanner::skipLine() {
 }
 
 void BookshelfScanner::skipPast(char mark, const char* passing) {
-    const std::string_view piece = nextPiece(passing);
-    if (isStrict() && (piece.empty() || piece[0] != mark)) {
-        noteSlip(piece, (std::string("'") + mark + "'").c_str());
+    if (isStrict()) {
+        const std::string_view piece = nextPiece(passing);
+        if (piece.empty() || piece[0] != mark) {
+            noteSlip(piece, (std::string("'") + mark + "'").c_str());
+        }
     }
     in.ignore(kMaxSkipped, mark);
 }

@@ -197,6 +197,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "d.blocks:6: error: die 'b': found the end of the line, expected a count"},
         Mistake{{kBlocks, "(2.5,0)", "(2.5,0"},
                 "d.blocks:6: error: die 'b': found the end of the line, expected ')'"},
+        Mistake{{kBlocks, "(0,0)", "(0,0"},
+                "d.blocks:6: error: die 'b': found '(0,3.5)', expected ')'"},
         Mistake{{kBlocks, "(2.5,0)", "(2.5 0)"},
                 "d.blocks:6: error: die 'b': found '0)', expected ','"},
         Mistake{{kBlocks, "(2.5,0)", "(2.5,)"},
@@ -224,6 +226,9 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{{kBlocks, "4 " + kB, "4294967295 " + kB},
                 "d.blocks:6: error: die 'b': found 4294967295 corners, expected the 4 of a "
                 "rectangle"},
+        Mistake{{kBlocks, "(2.5,0)", "(2.5,0) (1,1)"},
+                "d.blocks:6: error: die 'b': found a corner too many, expected the 4 of a "
+                "rectangle"},
         Mistake{{kBlocks, "(0,3.5)", "(1,3.5)"},
                 "d.blocks:6: error: die 'b': found corners of no rectangle, expected one along the "
                 "axes"},
@@ -241,7 +246,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "area"},
         Mistake{{kBlocks, "b hard", "a hard"},
                 "d.blocks:6: error: found the name 'a' again, expected it once (first on line 5)\n"
-                "d.pl:3: error: found the name 'b', expected a block or terminal of d.blocks"},
+                "d.pl:3: error: found the name 'b', expected one from the .blocks file"},
         Mistake{{kBlocks, "p terminal", "b terminal\np terminal"},
                 "d.blocks:7: error: found the name 'b' again, expected it once (first on line 6)\n"
                 "d.blocks:4: error: found 2 terminals, expected 1 as NumTerminals says"},
@@ -257,12 +262,14 @@ INSTANTIATE_TEST_SUITE_P(
                 "d.blocks:8: error: found the name 'DIMS', expected none that is a word of the "
                 "format\n"
                 "d.blocks:4: error: found 2 terminals, expected 1 as NumTerminals says\n"
-                "d.pl: error: found no line of terminal 'DIMS', expected its position"},
+                "d.pl: error: found no line of 1 terminal, expected the position of every one; "
+                "the first is 'DIMS'"},
         Mistake{{kBlocks, "p terminal", std::string("p terminal\n\xE4\x00q\x1B terminal", 24)},
                 "d.blocks:8: error: found the name '\\xE4\\x00q\\x1B', expected characters that "
                 "can be printed\n"
                 "d.blocks:4: error: found 2 terminals, expected 1 as NumTerminals says\n"
-                "d.pl: error: found no line of terminal '\\xE4\\x00q\\x1B', expected its position"},
+                "d.pl: error: found no line of 1 terminal, expected the position of every one; "
+                "the first is '\\xE4\\x00q\\x1B'"},
         Mistake{{kBlocks, "p terminal", "s softrectangular 10 0.5 2\np terminal"},
                 "d.blocks:7: error: found the soft block 's', expected hard ones only, as others "
                 "cannot be placed"},
@@ -274,7 +281,8 @@ INSTANTIATE_TEST_SUITE_P(
     InPositions, Mistakes,
     testing::Values(
         Mistake{{kPlacement, "p 0 5.5\n", ""},
-                "d.pl: error: found no line of terminal 'p', expected its position"},
+                "d.pl: error: found no line of 1 terminal, expected the position of every one; "
+                "the first is 'p'"},
         Mistake{{kPlacement, "p 0 5.5", "p 0"},
                 "d.pl:4: error: position of 'p': found the end of the line, expected a number up "
                 "to 1e15"},
@@ -300,7 +308,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{{kPlacement, "b 0 0", "p 1 1"},
                 "d.pl:4: error: found the name 'p' again, expected it once (first on line 3)"},
         Mistake{{kPlacement, "b 0 0", "c 0 0"},
-                "d.pl:3: error: found the name 'c', expected a block or terminal of d.blocks"},
+                "d.pl:3: error: found the name 'c', expected one from the .blocks file"},
         Mistake{{kPlacement, "p 0 5.5", "p 0 20.5"},
                 "d.pl:4: warning: found 1 terminal, expected none outside the area of 20 x 20; the "
                 "first is 'p' at 0, 20.5"}));
@@ -325,7 +333,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "d.nets:5: warning: found 1 net of less than 2 pins, expected 2 or more; the first "
                 "is here"},
         Mistake{{kNets, "a I", "c I"},
-                "d.nets:5: error: found the name 'c', expected a block or terminal of d.blocks"},
+                "d.nets:5: error: found the name 'c', expected one from the .blocks file"},
         Mistake{{kNets, "a I : %50 %-25", "a"},
                 "d.nets:5: error: pin of 'a': found the end of the line, expected a direction, "
                 "such as B"},
@@ -360,10 +368,17 @@ TEST(DesignReader, SaysEverythingAtOnceButNotTheSameTwice) {
               "error: found an area of 0 x nan, expected a width and a height above 0\n"
               "d.blocks:6: error: die 'b': found 'zero', expected a number up to 1e15\n"
               "d.pl:4: error: position of 'p': found 'zero', expected a number up to 1e15\n"
-              "d.nets:12: error: found the name 'c', expected a block or terminal of d.blocks\n"
+              "d.nets:12: error: found the name 'c', expected one from the .blocks file\n"
               "d.nets:11: error: net 3: found 1 pin, expected 0 as NetDegree says\n"
               "d.nets:2: error: found 3 nets, expected 2 as NumNets says\n"
               "d.nets:3: warning: found 6 pins, expected 5 as NumPins says\n");
+}
+
+TEST(DesignReader, TakesADieThatFitsWhenTurned) {
+    EXPECT_EQ(Reading(Files{}, {4, 15}).text, "");
+    EXPECT_EQ(Reading(Files{}, {3.9, 15}).text,
+              "d.blocks:5: error: die 'a': found a size of 10 x 4, expected one that fits into the "
+              "area of 3.9 x 15\n");
 }
 
 TEST(DesignReader, NamesDiesInNoNet) {

@@ -120,6 +120,18 @@ TEST(Reader, ErrorsAndWarningsAreWordedExactly) {
     }
 }
 
+TEST(Reader, LinesMayHaveAnyLength) {
+    const std::string name(50000, 'b');
+    Files files = changed(kBlocks, "b hard", std::string(50000, ' ') + name + " hard");
+    files.placement = "p 100 200.5\n" + name + " 3 4";
+    files.nets = "NumNets : 0 NumPins : 0";
+    Reading reading(files);
+    EXPECT_EQ(reading.report.str(), "");
+    ASSERT_EQ(reading.status, -1);
+    EXPECT_EQ(reading.placer.netlist.blocks[1].getName(), name);
+    EXPECT_EQ(reading.placer.netlist.blocks[1].getCoord().y, 4);
+}
+
 TEST(Reader, MorePinsThanDeclaredAreSafe) {
     Files files;
     files.nets = "NumNets : 60\nNumPins : 1\n";

@@ -127,8 +127,11 @@ Extent BlocksReader::readSize(const std::string& subject) {
                    ", expected the 4 of a rectangle");
         return {};
     }
-    file.scanner.skipPast(')');
     if (file.reportSlip(subject)) {
+        return {};
+    }
+    if (file.scanner.nextPiece().starts_with('(')) {
+        file.error(subject + ": found a corner too many, expected the 4 of a rectangle");
         return {};
     }
     if (!isRectangle(corners)) {

@@ -36,7 +36,7 @@ DesignDraft::Body* DesignDraft::find(RecordFile& file) {
     }
     if (!blocksFile.empty()) {
         file.error("found the name " + shown(file.getWord()) +
-                   ", expected a block or terminal of " + blocksFile);
+                   ", expected one from the .blocks file");
         bodies.try_emplace(file.getWord(), Body{Kind::kOther, 0, file.getLine()});
     }
     return nullptr;

@@ -38,12 +38,19 @@ void checkTerminalsAreInside(RecordFile& file, const DesignDraft& draft) {
     }
 }
 
+// One error for all, as the list is often missing as a whole.
 void checkTerminalsArePlaced(RecordFile& file, const DesignDraft& draft) {
+    std::size_t missingNum = 0;
+    const Design::Terminal* first = nullptr;
     for (const Design::Terminal& terminal : draft.design.terminals) {
-        if (draft.bodies.at(terminal.name).placedLine == 0) {
-            file.error(
-                0, "found no line of terminal " + shown(terminal.name) + ", expected its position");
+        if (draft.bodies.at(terminal.name).placedLine == 0 && missingNum++ == 0) {
+            first = &terminal;
         }
+    }
+    if (first != nullptr) {
+        file.error(0, "found no line of " + counted(missingNum, "terminal") +
+                          ", expected the position of every one; the first is " +
+                          shown(first->name));
     }
 }
 

@@ -23,7 +23,7 @@ bool readTurn(RecordFile& file, PlacementRecord& record, const std::string& subj
     if (piece == "DIMS") {
         scanner.token();
         const Corner<double> dims = scanner.corner<double>("=");
-        scanner.skipPast(':', ")");
+        scanner.skipPast(':');
         record.dims = Extent{dims.x, dims.y};
     } else if (piece[0] == ':') {
         scanner.skipPast(':');

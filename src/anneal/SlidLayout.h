@@ -31,8 +31,8 @@ public:
     void keep();
     void undo();
 
-    // All dies at these places, which agree with the orders as they are.
-    void place(const Placement& placement);
+    // All dies at these places, which agree with the orders and are inside the region; kept.
+    void place(const SequencePair& sequences, const Placement& placement);
 
     // Wirelength of the nets that join bodies; those on one die are left out.
     double length() const { return axes[0].length + axes[1].length; }

@@ -17,9 +17,9 @@ constexpr int kTrials = 500;
 
 // The stages of a run: some random starts are cooled down in the first part of it, then the best
 // layout of them is heated up again, not as far, and cooled down, more than once.
-constexpr unsigned kStarts = 3;
-constexpr unsigned kReheats = 2;
-constexpr double kStartsPart = 0.5;
+constexpr unsigned kStarts = 2;
+constexpr unsigned kReheats = 3;
+constexpr double kStartsPart = 0.4;
 constexpr double kReheated = 0.4;  // the share of the cooling that a reheated layout skips
 
 struct Stage {
@@ -37,7 +37,8 @@ Stage stageAt(double share) {
             kReheated + (1.0 - kReheated) * (stages - std::floor(stages))};
 }
 
-// Moves per die that exact coordinates for a layout are worth; they cost a third of that time at most.
+// Moves per die that exact coordinates for a layout are worth; they cost a third of that time at
+// most.
 constexpr unsigned kWorkOutEvery = 25;
 // Layouts so much longer than the best one may be shorter than it with exact coordinates.
 constexpr double kPromising = 1.03;

@@ -46,6 +46,7 @@ public:
     // Where the die's nets would like its low corner, if nothing were in the way.
     Spot wish(unsigned die) const;
     Spot centre(unsigned die) const;
+    bool isUpright(unsigned die) const { return axes[0].size[die] < axes[1].size[die]; }
 
 private:
     using Bends = std::span<const NetModel::Bend>;

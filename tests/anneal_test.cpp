@@ -16,7 +16,7 @@ using test::isLegal;
 using test::RandomDesigns;
 
 constexpr double kSlack = 1e-9;
-constexpr auto kSoon = std::chrono::milliseconds(20);
+constexpr auto kSoon = std::chrono::milliseconds(150);
 
 std::optional<Found> annealed(const Design& design, Region region, const AnnealOptions& options) {
     Incumbent incumbent;
@@ -80,7 +80,7 @@ TEST(Annealer, ReachesTheOptimumOfSmallDesigns) {
         const double best = AllRelations(design, region).shortest();
         AnnealOptions options;
         options.seed = static_cast<unsigned>(round);
-        options.iterations = 4000;
+        options.iterations = 20000;
         const auto found = annealed(design, region, options);
         ASSERT_EQ(found.has_value(), std::isfinite(best)) << "round " << round;
         if (found) {
@@ -136,20 +136,20 @@ TEST_P(AnnealerStops, AtOnce) {
     std::stop_source stop;
     const auto begin = std::chrono::steady_clock::now();
     if (GetParam()) {
-        options.deadline = begin + 3 * kSoon;
+        options.deadline = begin + kSoon;
     }
     std::jthread stopper([&] {
-        std::this_thread::sleep_for(3 * kSoon);
+        std::this_thread::sleep_for(kSoon);
         if (!GetParam()) {
             stop.request_stop();
         }
     });
     anneal(design, {60, 60}, options, incumbent, stop.get_token(), progress);
     const auto took = std::chrono::steady_clock::now() - begin;
-    EXPECT_GE(took, 2 * kSoon);
-    EXPECT_LT(took, 3 * kSoon + std::chrono::seconds(1)) << "generous: sanitizers, busy machines";
+    EXPECT_GE(took, kSoon);
+    EXPECT_LT(took, kSoon + std::chrono::seconds(1)) << "generous: sanitizers, busy machines";
     EXPECT_GT(progress.iterations.load(), 0U);
-    EXPECT_GE(progress.restarts.load(), 2U);
+    EXPECT_GE(progress.restarts.load(), 1U);
 }
 
 INSTANTIATE_TEST_SUITE_P(Means, AnnealerStops, testing::Bool(),

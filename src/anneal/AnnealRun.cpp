@@ -11,17 +11,40 @@ namespace korvel {
 namespace {
 
 // Temperatures in parts of what a random change makes of a random layout.
-constexpr double kStartHeat = 0.1;
-constexpr double kEndHeat = 5e-4;
+constexpr double kStartHeat = 0.3;
+constexpr double kEndHeat = 1e-3;
 constexpr int kTrials = 500;
 
-// Moves per die that exact coordinates for a layout are worth; they cost a fifth of that time.
-constexpr unsigned kWorkOutEvery = 50;
+// The stages of a run: some random starts are cooled down in the first part of it, then the best
+// layout of them is heated up again, not as far, and cooled down, more than once.
+constexpr unsigned kStarts = 2;
+constexpr unsigned kReheats = 3;
+constexpr double kStartsPart = 0.4;
+constexpr double kReheated = 0.4;  // the share of the cooling that a reheated layout skips
+
+struct Stage {
+    unsigned number;
+    double cooled;  // from 0, hot, to 1
+};
+
+Stage stageAt(double share) {
+    if (share < kStartsPart) {
+        const double stages = share / kStartsPart * kStarts;
+        return {static_cast<unsigned>(stages), stages - std::floor(stages)};
+    }
+    const double stages = (share - kStartsPart) / (1.0 - kStartsPart) * kReheats;
+    return {kStarts + static_cast<unsigned>(stages),
+            kReheated + (1.0 - kReheated) * (stages - std::floor(stages))};
+}
+
+// Moves per die that exact coordinates for a layout are worth; they cost a third of that time at
+// most.
+constexpr unsigned kWorkOutEvery = 25;
 // Layouts so much longer than the best one may be shorter than it with exact coordinates.
-constexpr double kPromising = 1.01;
+constexpr double kPromising = 1.03;
 // So many programs can be saved up for later.
 constexpr std::uint64_t kSaved = 100;
-constexpr unsigned kAdaptEvery = 1024;
+constexpr unsigned kAdaptEvery = 256;
 
 // The penalty of what lies outside, in parts of the scale.
 constexpr double kLeastPenalty = 0.05;
@@ -72,17 +95,33 @@ void AnnealRun::scramble() {
 }
 
 void AnnealRun::advance(unsigned moves, double share) {
-    heat = startHeat * std::pow(kEndHeat / kStartHeat, share);
+    const Stage now = stageAt(share);
+    for (; stage < now.number; ++stage) {
+        begin(stage + 1);
+    }
+    heat = startHeat * std::pow(kEndHeat / kStartHeat, now.cooled);
     for (unsigned left = moves; left > 0; --left) {
         move();
         ++moveNum;
         if (moveNum % kAdaptEvery == 0) {
-            adaptPenalty(share);
+            adaptPenalty(now.cooled);
         }
-        if (moveNum % (2 * perWorkOut()) == 0) {
+        if (moveNum % (4 * perWorkOut()) == 0) {
             workOut();
         }
     }
+}
+
+void AnnealRun::begin(unsigned number) {
+    finish();
+    if (number < kStarts || shortest == std::numeric_limits<double>::infinity()) {
+        scramble();
+        return;
+    }
+    layout.place(bestOrders, best);
+    length = layout.length();
+    excess = 0.0;
+    penalty = std::min(penalty, scale());
 }
 
 // The threshold is drawn first: a change that overflows by more than the savings to be hoped for
@@ -140,9 +179,9 @@ void AnnealRun::noteBest() {
 }
 
 // Some of the time outside, all of the way: illegal layouts are short cuts between legal ones.
-void AnnealRun::adaptPenalty(double share) {
-    const double easing = share < 0.8 ? 0.995 : 0.9995;
-    penalty = std::clamp(penalty * (excess > 0.0 ? 1.01 : easing), kLeastPenalty * scale(),
+void AnnealRun::adaptPenalty(double cooled) {
+    const double easing = cooled < 0.8 ? 0.98 : 0.9995;
+    penalty = std::clamp(penalty * (excess > 0.0 ? 1.02 : easing), kLeastPenalty * scale(),
                          kMostPenalty * scale());
 }
 
@@ -150,7 +189,7 @@ void AnnealRun::adaptPenalty(double share) {
 void AnnealRun::workOut() {
     if (excess <= 0.0) {
         if (const auto exact = exactly(layout.sequences(), layout.placement())) {
-            layout.place(*exact);
+            layout.place(layout.sequences(), *exact);
             length = layout.length();
             noteBest();
         }
@@ -176,11 +215,12 @@ void AnnealRun::finish() {
     if (!exact) {
         return;
     }
-    const double all = wirelength(design, *exact);
+    best = *exact;
+    const double all = wirelength(design, best);
     shortest = std::min(shortest, all - onOneDie);
     if (all < toldShortest) {
         toldShortest = all;
-        notice(*exact, all);
+        notice(best, all);
     }
 }
 

@@ -1,4 +1,5 @@
-// One restart of the annealer: a layout from a random start, cooled down. Its result depends on its
+// One restart of the annealer: layouts from random starts, cooled down, and the best of them worked
+// on. Its result depends on its
 // random stream and on the shares of the schedule that it is given, nothing else.
 // Owned and used by one thread.
 #pragma once
@@ -30,13 +31,12 @@ public:
     // Works out what is found and not yet told.
     void finish();
 
-    double temperature() const { return heat; }
-
 private:
+    void begin(unsigned number);
     void scramble();
     void move();
     void judge(double allowance);
-    void adaptPenalty(double share);
+    void adaptPenalty(double cooled);
     void noteBest();
     bool isNew(double layoutLength);
     std::uint64_t perWorkOut() const;
@@ -59,6 +59,7 @@ private:
     double excess = 0.0;   // likewise
     double penalty = 0.0;  // of one region's side too much, in wirelength
     double hope = 0.0;     // how much wirelength a move that needs more room may save
+    unsigned stage = 0;
     std::uint64_t moveNum = 0;
     std::uint64_t nextWorkOut = 0;
     std::array<double, 4096> workedOut{};  // lengths, by their hash

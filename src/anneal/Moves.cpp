@@ -12,6 +12,8 @@ constexpr double kTurns = 0.2;
 constexpr double kOneOrder = 0.1;
 constexpr double kBeside = 0.4;
 constexpr double kGuided = 0.5;
+// Of the exchanges of two dies.
+constexpr double kMatching = 0.3;
 
 // How far from its wish a guided die goes at most, in parts of the region's sides.
 constexpr double kBlur = 0.15;
@@ -38,7 +40,7 @@ void Moves::change(RandomStream& random) {
     if (kind < kTurns + kOneOrder + kBeside) {
         putBeside(die, other, random);
     } else {
-        exchange(die, other, random);
+        exchangeAndTurn(die, other, random);
     }
 }
 
@@ -47,15 +49,32 @@ void Moves::turnSomehow(unsigned die, RandomStream& random) {
     layout.turn(die, static_cast<Orient>((now + 1 + random.below(3)) % kUnmirroredOrients));
 }
 
-void Moves::exchange(unsigned a, unsigned b, RandomStream& random) {
+void Moves::turnByAQuarter(unsigned die, RandomStream& random) {
+    const unsigned turns = random.below(2) == 0 ? 1 : 3;
+    layout.turn(die, static_cast<Orient>((orientIndex(layout.orientation(die)) + turns) %
+                                         kUnmirroredOrients));
+}
+
+void Moves::exchange(unsigned a, unsigned b) {
     layout.editOrders().swap(SequencePair::Upper, a, b);
     layout.editOrders().swap(SequencePair::Lower, a, b);
+    layout.release(a);
+    layout.release(b);
+}
+
+// Either long sides follow those of the other's place, where the die is most likely to fit, or the
+// dies turn by chance.
+void Moves::exchangeAndTurn(unsigned a, unsigned b, RandomStream& random) {
+    const bool matches = random.fraction() < kMatching;
+    const bool differ = layout.isUpright(a) != layout.isUpright(b);
     for (const unsigned die : {a, b}) {
-        if (random.below(4) == 0) {
+        if (matches && differ) {
+            turnByAQuarter(die, random);
+        } else if (!matches && random.below(4) == 0) {
             turnSomehow(die, random);
         }
-        layout.release(die);
     }
+    exchange(a, b);
 }
 
 // Half of the time with the next one in that order, which changes one relation only.

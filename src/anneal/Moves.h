@@ -15,7 +15,9 @@ public:
 
 private:
     void turnSomehow(unsigned die, RandomStream& random);
-    void exchange(unsigned a, unsigned b, RandomStream& random);
+    void turnByAQuarter(unsigned die, RandomStream& random);
+    void exchangeAndTurn(unsigned a, unsigned b, RandomStream& random);
+    void exchange(unsigned a, unsigned b);
     void exchangeInOneOrder(unsigned die, unsigned other, RandomStream& random);
     void putBeside(unsigned die, unsigned other, RandomStream& random);
     unsigned nearWish(unsigned die, RandomStream& random) const;

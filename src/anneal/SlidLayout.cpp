@@ -150,7 +150,8 @@ void SlidLayout::undo() {
     journal.clear();
 }
 
-void SlidLayout::place(const Placement& placement) {
+void SlidLayout::place(const SequencePair& sequences, const Placement& placement) {
+    orders = sequences;
     for (unsigned die = 0; die < dieNum(); ++die) {
         setOrientation(die, placement[die].orient);
         along(Axis::X).at[die] = placement[die].at.x;

@@ -31,8 +31,8 @@ public:
     void keep();
     void undo();
 
-    // All dies at these places, which agree with the orders as they are.
-    void place(const Placement& placement);
+    // All dies at these places, which agree with the orders and are inside the region; kept.
+    void place(const SequencePair& sequences, const Placement& placement);
 
     // Wirelength of the nets that join bodies; those on one die are left out.
     double length() const { return axes[0].length + axes[1].length; }
@@ -46,6 +46,7 @@ public:
     // Where the die's nets would like its low corner, if nothing were in the way.
     Spot wish(unsigned die) const;
     Spot centre(unsigned die) const;
+    bool isUpright(unsigned die) const { return axes[0].size[die] < axes[1].size[die]; }
 
 private:
     using Bends = std::span<const NetModel::Bend>;

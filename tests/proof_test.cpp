@@ -83,8 +83,8 @@ public:
         for (unsigned high = 0; high < placement.size(); ++high) {
             if (!node.isTurned(high)) {
                 choices.push_back([this, high] {
-                    return bounder.withTurn(node, high,
-                                            static_cast<unsigned>(placement[high].orient));
+                    return bounder.withTurn(
+                        node, high, static_cast<unsigned>(placement[high].orient), kInfinity);
                 });
                 continue;
             }
@@ -114,7 +114,7 @@ private:
         if ((where & bitOf(topology)) == 0) {
             return node;
         }
-        return bounder.withRelation(node, low, high, topology);
+        return bounder.withRelation(node, low, high, topology, kInfinity);
     }
 
     ProofModel model;

@@ -16,6 +16,10 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // More than the relative rounding error of any sum of lengths here.
 constexpr double kSumError = 1e-12;
 
+constexpr unsigned kPatience = 12;
+constexpr double kBlur = 1e8;
+constexpr double kFocus = 10.0;
+
 constexpr bool holdsThree(std::uint32_t set) {
     const std::uint32_t butOne = set & (set - 1);
     return (butOne & (butOne - 1)) != 0;
@@ -61,19 +65,31 @@ double AxisOptimum::minimise(double* positions) {
     // No nets can pull harder than this, so no gap is given up for them.
     heavy = 2 * netNum + 1;
     netBegins.push_back(parts.size());
-    while (true) {
-        locate();
-        sumOverSets();
-        const Set best = steepest();
-        if (bySet[best] >= 0) {
-            break;
-        }
-        push(best, bySet[best]);
-    }
+    descend();
     const double found = length();
     netBegins.pop_back();
     std::copy(at.begin(), at.begin() + bodyNum - 1, positions);
     return found * (1.0 - kSumError) - nearness * netNum * (4.0 + 2.0 * bodyNum);
+}
+
+// Kinks that nearly coincide can make two sets push one another along a valley in tiny steps. After
+// too many pushes kinks are therefore blurred, so that a push has to gain beyond all that are near,
+// and brought into focus again step by step.
+void AxisOptimum::descend() {
+    blur = nearness;
+    for (unsigned pushes = 0;; ++pushes) {
+        blur = pushes == kPatience ? nearness * kBlur : blur;
+        locate();
+        sumOverSets();
+        const Set best = steepest();
+        if (bySet[best] < 0) {
+            push(best, bySet[best]);
+        } else if (blur > nearness) {
+            blur = std::max(nearness, blur / kFocus);
+        } else {
+            return;
+        }
+    }
 }
 
 void AxisOptimum::locate() {
@@ -85,10 +101,10 @@ void AxisOptimum::locate() {
     held.clear();
     for (Link& link : links) {
         const double here = displacement(link.a, link.b);
-        link.below = link.cost->kinksBelow(here - nearness);
+        link.below = link.cost->kinksBelow(here - blur);
         const auto& kinks = link.cost->getKinks();
         link.upTo = link.below;
-        while (link.upTo < kinks.size() && kinks[link.upTo].at <= here + nearness) {
+        while (link.upTo < kinks.size() && kinks[link.upTo].at <= here + blur) {
             ++link.upTo;
         }
         addPair(link.a, link.b, link.cost->slopeBefore(link.below),
@@ -96,7 +112,7 @@ void AxisOptimum::locate() {
     }
     for (const Gap& gap : gaps) {
         const double spare = displacement(gap.a, gap.b) - gap.least;
-        addPair(gap.a, gap.b, spare <= nearness ? -heavy : 0, spare < -nearness ? -heavy : 0);
+        addPair(gap.a, gap.b, spare <= blur ? -heavy : 0, spare < -blur ? -heavy : 0);
     }
     locateWideNets();
 }
@@ -113,8 +129,8 @@ void AxisOptimum::locateWideNets() {
         for (std::size_t p = netBegins[net]; p < netBegins[net + 1]; ++p) {
             const Set bit = Set{1} << parts[p].body;
             const double here = at[parts[p].body];
-            lowest |= here + parts[p].range.low <= reach.low + nearness ? bit : 0;
-            highest |= here + parts[p].range.high >= reach.high - nearness ? bit : 0;
+            lowest |= here + parts[p].range.low <= reach.low + blur ? bit : 0;
+            highest |= here + parts[p].range.high >= reach.high - blur ? bit : 0;
         }
         addHighest(highest);
         addLowest(lowest);
@@ -240,9 +256,9 @@ void AxisOptimum::gatherGaps(Set up) {
         const bool movesA = (up >> gap.a & 1) != 0;
         const bool movesB = (up >> gap.b & 1) != 0;
         const double spare = displacement(gap.a, gap.b) - gap.least;
-        if (movesA && !movesB && spare > nearness) {
+        if (movesA && !movesB && spare > blur) {
             stops.push_back({spare, heavy});
-        } else if (movesB && !movesA && spare < -nearness) {
+        } else if (movesB && !movesA && spare < -blur) {
             stops.push_back({-spare, heavy});
         }
     }
@@ -258,7 +274,7 @@ void AxisOptimum::gatherWideNets(Set up) {
             range.high = std::max(range.high, at[parts[p].body] + parts[p].range.high);
         }
         for (const double distance : {reach[0].high - reach[1].high, reach[0].low - reach[1].low}) {
-            if (distance > nearness && distance < kInfinity) {
+            if (distance > blur && distance < kInfinity) {
                 stops.push_back({distance, 1});
             }
         }

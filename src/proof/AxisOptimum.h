@@ -79,6 +79,7 @@ private:
     };
 
     double displacement(unsigned a, unsigned b) const { return at[b] - at[a]; }
+    void descend();
     void locate();
     void locateWideNets();
     void addPair(unsigned a, unsigned b, int slopeLeft, int slopeRight);
@@ -97,6 +98,7 @@ private:
 
     unsigned bodyNum = 0;
     double nearness = 0.0;
+    double blur = 0.0;  // what counts as near at present
     int netNum = 0;
     int heavy = 0;  // a slope that outweighs all nets
     std::vector<Link> links;

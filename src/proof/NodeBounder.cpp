@@ -36,7 +36,8 @@ ProofNode NodeBounder::root() {
     return node;
 }
 
-std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned die, unsigned turn) {
+std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned die, unsigned turn,
+                                               double limit) {
     if (model.room(die, 0, turn) < 0.0 || model.room(die, 1, turn) < 0.0) {
         return std::nullopt;
     }
@@ -51,10 +52,10 @@ std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned d
     for (unsigned axis = 0; axis < kAxisNum; ++axis) {
         child.at[axis][die] = model.room(die, axis, turn) / 2.0;
     }
-    if (!settle(child, node, {true, true})) {
+    if (!settle(child, {true, true}, limit)) {
         return std::nullopt;
     }
-    return betterCounted(child);
+    return child.bound < limit ? betterCounted(child) : child;
 }
 
 // The nets of a pair that is not related yet can take part exactly, but then as if the dies could
@@ -73,16 +74,38 @@ ProofNode NodeBounder::betterCounted(const ProofNode& node) {
 }
 
 std::optional<ProofNode> NodeBounder::withRelation(const ProofNode& node, unsigned low,
-                                                   unsigned high, Topology where) {
+                                                   unsigned high, Topology where, double limit) {
     ProofNode child = node;
     child.where[pairIndex(low, high)] = bitOf(where);
     std::array<bool, kAxisNum> changed{};
     changed[axisOf(where)] = true;
-    return settle(child, node, changed) ? std::optional(child) : std::nullopt;
+    return settle(child, changed, limit) ? std::optional(child) : std::nullopt;
 }
 
-bool NodeBounder::settle(ProofNode& node, const ProofNode& parent,
-                         std::array<bool, kAxisNum> changed) {
+// The lengths that were worked out for the part that the node is from hold for it too. Often they
+// and what is known of the rest suffice, and no more is worked out than is needed for the limit.
+bool NodeBounder::settle(ProofNode& node, std::array<bool, kAxisNum> changed, double limit) {
+    node.bound = std::max(node.bound, total(node));
+    if (node.bound >= limit) {
+        return node.bound < kInfinity;
+    }
+    numberBodies(node);
+    if (!propagate(node, changed)) {
+        return false;
+    }
+    if (countPairs(node, false)) {
+        changed = {true, true};
+    }
+    for (unsigned axis = 0; axis < kAxisNum && node.bound < limit; ++axis) {
+        if (changed[axis]) {
+            workOut(node, axis);
+            node.bound = std::max(node.bound, total(node));
+        }
+    }
+    return node.bound < kInfinity;
+}
+
+void NodeBounder::numberBodies(const ProofNode& node) {
     bodies.clear();
     for (unsigned die = 0; die < model.getDieNum(); ++die) {
         if (node.isTurned(die)) {
@@ -92,19 +115,6 @@ bool NodeBounder::settle(ProofNode& node, const ProofNode& parent,
     }
     numberOf[model.ground()] = static_cast<unsigned>(bodies.size());
     bodies.push_back(model.ground());
-    if (!propagate(node, changed)) {
-        return false;
-    }
-    if (countPairs(node, false)) {
-        changed = {true, true};
-    }
-    for (unsigned axis = 0; axis < kAxisNum; ++axis) {
-        if (changed[axis]) {
-            workOut(node, axis);
-        }
-    }
-    node.bound = std::max(parent.bound, total(node));
-    return node.bound < kInfinity;
 }
 
 // Relations that the decided ones rule out, or imply, until nothing changes.

@@ -33,16 +33,18 @@ public:
     ProofNode root();
 
     // The node with a die turned, or with a pair's relation decided, bounded. Nothing if no
-    // placement is left in it.
-    std::optional<ProofNode> withTurn(const ProofNode& node, unsigned die, unsigned turn);
+    // placement is left in it. A bound that reaches the limit need not be the best one there is.
+    std::optional<ProofNode> withTurn(const ProofNode& node, unsigned die, unsigned turn,
+                                      double limit);
     std::optional<ProofNode> withRelation(const ProofNode& node, unsigned low, unsigned high,
-                                          Topology where);
+                                          Topology where, double limit);
 
     // How deep two turned dies overlap at the node's positions; 0 or less if they do not.
     double overlap(const ProofNode& node, unsigned a, unsigned b) const;
 
 private:
-    bool settle(ProofNode& node, const ProofNode& parent, std::array<bool, kAxisNum> changed);
+    bool settle(ProofNode& node, std::array<bool, kAxisNum> changed, double limit);
+    void numberBodies(const ProofNode& node);
     bool propagate(ProofNode& node, std::array<bool, kAxisNum>& changed);
     bool longestPaths(const ProofNode& node);
     bool narrow(ProofNode& node, unsigned low, unsigned high, std::array<bool, kAxisNum>& changed);

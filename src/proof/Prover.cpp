@@ -195,7 +195,7 @@ void ProofWorker::tryLeaf(const ProofNode& node) {
 void ProofWorker::branchOnTurn(const ProofNode& node, unsigned die) {
     children.clear();
     for (const unsigned turn : tree.symmetry.turnsOf(die)) {
-        if (const auto child = bounder.withTurn(node, die, turn)) {
+        if (const auto child = bounder.withTurn(node, die, turn, task.limit())) {
             children.push_back(*child);
         }
     }
@@ -207,8 +207,8 @@ void ProofWorker::branchOnPair(const ProofNode& node, unsigned low, unsigned hig
     const Whereabouts where = node.where[pairIndex(low, high)];
     for (unsigned bit = 0; bit < kRelations; ++bit) {
         if ((where >> bit & 1) != 0) {
-            if (const auto child =
-                    bounder.withRelation(node, low, high, static_cast<Topology>(bit))) {
+            if (const auto child = bounder.withRelation(node, low, high, static_cast<Topology>(bit),
+                                                        task.limit())) {
                 children.push_back(*child);
             }
         }

@@ -130,7 +130,7 @@ TEST_F(Place, EndsWithItsStatus) {
         {"--area 20 20 --start none.pl", 3, "none.pl: error"},
         {"--area 20 20 -o none/r", 4,
          "cannot write 'none/r.pl': there is no directory 'none'\n"
-         "korvel place: cannot write 'none/r.json'"},
+         "korvel: cannot write 'none/r.json'"},
         {"--area 20 20 --json .", 4, "cannot write '.': that is a directory"},
         {"--area 20 20 --json /dev/full", 4, "cannot write '/dev/full'"},
     };

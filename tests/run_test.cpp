@@ -43,18 +43,20 @@ TEST(AutoPlan, ProvesFewDiesAndAnnealsMany) {
     RunOptions options;
     EXPECT_EQ(planFor(5, options).whole, std::nullopt);  // until proved
     EXPECT_TRUE(planFor(10, options).whole.has_value());
-    EXPECT_EQ(planFor(50, options).annealing, planFor(50, options).whole);
-    EXPECT_FALSE(planFor(50, options).proves);
+    EXPECT_EQ(planFor(50, options).annealedUntil, planFor(50, options).whole);
     options.timeLimit = 2;
     double before = 0;
     for (const unsigned dies : {2U, 8U, 10U, 40U}) {
         const AutoPlan plan = planFor(dies, options);
         EXPECT_EQ(plan.whole, 2);
-        EXPECT_GE(plan.annealing, before);
-        before = plan.annealing;
+        const double annealing =
+            plan.annealedUntil + (plan.provedUntil ? *plan.whole - *plan.provedUntil : 0.0);
+        EXPECT_GE(annealing, before);
+        before = annealing;
     }
     options.prove = true;
-    EXPECT_LT(planFor(10, options).annealing, 0.5);
+    EXPECT_LT(planFor(10, options).annealedUntil, 0.5);
+    EXPECT_EQ(planFor(10, options).provedUntil, std::nullopt);
 }
 
 // --- Designs ---------------------------------------------------------------------------------

@@ -210,7 +210,7 @@ bool canWriteAll(const PlaceOptions& options, std::ostream& err) {
     for (const std::string& path : resultPaths(options)) {
         const std::string fault = faultOfPath(path);
         if (!fault.empty()) {
-            err << "korvel place: cannot write '" << path << "': " << fault << '\n';
+            err << "korvel: cannot write '" << path << "': " << fault << '\n';
             can = false;
         }
     }
@@ -228,7 +228,7 @@ WrittenFiles writeFiles(const Design& design, const PlaceOptions& options, const
                         const std::string& json, std::ostream& err) {
     WrittenFiles written;
     const auto write = [&](const std::string& path, const std::string& content) {
-        if (writeFile(path, content, "place", err)) {
+        if (writeFile(path, content, err)) {
             written.paths.push_back(path);
         } else {
             written.isComplete = false;

@@ -1,6 +1,7 @@
 // How a run of the automatic engine divides its time: annealing finds good placements, the proof
 // improves them and ends when none can be better. The proof's work grows so steeply with the number
-// of dies that it is everything for a few and nothing for many.
+// of dies that it is everything for a few and nothing for many; in between it gets a chance, and
+// annealing goes on if that was not enough.
 #pragma once
 
 #include <cstddef>
@@ -10,11 +11,11 @@
 
 namespace korvel {
 
-// In seconds.
+// Seconds from the run's beginning.
 struct AutoPlan {
     std::optional<double> whole;  // none: until proved
-    double annealing;             // of the whole; the rest is the proof's
-    bool proves;                  // there is a proof at all
+    double annealedUntil;         // then comes the proof, unless the whole is over
+    std::optional<double> provedUntil = std::nullopt;  // then annealing again; none: to the end
 };
 
 AutoPlan planFor(std::size_t dies, const RunOptions& options);

@@ -9,6 +9,13 @@
 
 namespace korvel {
 
+namespace {
+
+// Far from the seeds that users take one after the other.
+constexpr std::uint64_t kOtherSeed = 0x9E3779B97F4A7C15U;
+
+}  // namespace
+
 Run::Run(const Design& design, Region region, RunOptions options, Notice notice)
     : design(design),
       region(region),
@@ -78,13 +85,20 @@ void Run::runClassic(RunResult& result) {
 }
 
 void Run::runAuto(RunResult& result) {
-    anneal(result);
-    if (plan.proves && !stopping.stop_requested()) {
+    anneal(result, plan.annealedUntil);
+    const bool hasProof = !plan.whole || plan.annealedUntil < *plan.whole;
+    if (hasProof && !stopping.stop_requested()) {
         prove(result);
+    }
+    if (plan.provedUntil && !options.iterations && !stopping.stop_requested()) {
+        anneal(result, *plan.whole);
+    }
+    if (!options.iterations) {
+        end(Ending::TimeLimit);  // nothing else ends annealing
     }
 }
 
-void Run::anneal(RunResult& result) {
+void Run::anneal(RunResult& result, double until) {
     AnnealProgress annealing;
     const RunProgress::Phase phase(progress, "annealing", "moves", [&annealing] {
         RunProgress::Gauge gauge;
@@ -92,14 +106,15 @@ void Run::anneal(RunResult& result) {
         return gauge;
     });
     AnnealOptions annealOptions;
-    annealOptions.seed = options.seed;
+    // Going on with the same numbers would repeat what was done.
+    annealOptions.seed = options.seed + (result.moves > 0 ? kOtherSeed : 0);
     annealOptions.threads = options.threads;
     annealOptions.iterations = options.iterations.value_or(0);
     if (!options.iterations) {
-        annealOptions.deadline = began + clockSpan(plan.annealing);
+        annealOptions.deadline = began + clockSpan(until);
     }
     korvel::anneal(design, region, annealOptions, incumbent, stopping.get_token(), annealing);
-    result.moves = annealing.iterations;
+    result.moves += annealing.iterations;
 }
 
 void Run::prove(RunResult& result) {
@@ -108,8 +123,14 @@ void Run::prove(RunResult& result) {
         return RunProgress::Gauge{proof.nodes, proof.shareDone, proof.lowerBound};
     });
     const ProofOptions proofOptions{.threads = options.threads, .gap = options.gap};
+    std::stop_source phaseStop;
+    const std::stop_callback withTheRun(stopping.get_token(), [&] { phaseStop.request_stop(); });
+    std::optional<StopTimer> timer;
+    if (plan.provedUntil && !options.iterations) {
+        timer.emplace(began + clockSpan(*plan.provedUntil), [&] { phaseStop.request_stop(); });
+    }
     const ProofResult proved =
-        korvel::prove(design, region, proofOptions, incumbent, stopping.get_token(), proof);
+        korvel::prove(design, region, proofOptions, incumbent, phaseStop.get_token(), proof);
     result.nodes += proved.nodes;
     result.lowerBound = proved.lowerBound;
     result.proofTolerance = proofOptions.tolerance;

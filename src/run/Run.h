@@ -41,7 +41,7 @@ private:
     void improved(const Found& found);
     void runClassic(RunResult& result);
     void runAuto(RunResult& result);
-    void anneal(RunResult& result);
+    void anneal(RunResult& result, double until);
     void prove(RunResult& result);
 
     const Design& design;

@@ -24,7 +24,7 @@ constexpr double kProofTried = 0.4;
 
 AutoPlan planFor(std::size_t dies, const RunOptions& options) {
     const bool isCounted = options.iterations && !options.timeLimit;
-    if (isCounted && !options.prove && dies > kMostProvedDies) {
+    if (isCounted && dies > (options.prove ? kMaxProofDies : kMostProvedDies)) {
         return {false, std::nullopt, 0.0};
     }
     if (dies > kMaxProofDies) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <utility>
 
@@ -151,8 +150,7 @@ void AnnealRun::judge(double allowance) {
     length = newLength;
     excess = newExcess;
     noteBest();
-    if (excess <= 0.0 && length < kPromising * shortest && moveNum >= nextWorkOut &&
-        isNew(length)) {
+    if (excess <= 0.0 && length < kPromising * shortest && moveNum >= nextWorkOut && isNew()) {
         nextWorkOut = std::max(nextWorkOut, moveNum - std::min(moveNum, kSaved * perWorkOut())) +
                       perWorkOut();
         workOut();
@@ -163,10 +161,18 @@ std::uint64_t AnnealRun::perWorkOut() const {
     return std::uint64_t{kWorkOutEvery} * layout.dieNum();
 }
 
-// Whether no layout of that length was worked out lately: equal ones come again and again.
-bool AnnealRun::isNew(double layoutLength) {
-    double& last = workedOut[std::hash<double>()(layoutLength) % workedOut.size()];
-    return std::exchange(last, layoutLength) != layoutLength;
+// Whether the layout was not worked out lately: the same ones come again and again.
+bool AnnealRun::isNew() {
+    std::uint64_t hash = 0;
+    for (unsigned rank = 0; rank < layout.dieNum(); ++rank) {
+        const unsigned die = layout.sequences().order(SequencePair::Upper)[rank];
+        for (const unsigned word : {die, layout.sequences().rank(SequencePair::Lower, die),
+                                    orientIndex(layout.orientation(die))}) {
+            hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
+            hash ^= hash >> 29;
+        }
+    }
+    return std::exchange(workedOut[hash % workedOut.size()], hash) != hash;
 }
 
 void AnnealRun::noteBest() {

@@ -38,7 +38,7 @@ private:
     void judge(double allowance);
     void adaptPenalty(double cooled);
     void noteBest();
-    bool isNew(double layoutLength);
+    bool isNew();
     std::uint64_t perWorkOut() const;
     void workOut();
     std::optional<Placement> exactly(const SequencePair& orders, const Placement& placement) const;
@@ -62,7 +62,7 @@ private:
     unsigned stage = 0;
     std::uint64_t moveNum = 0;
     std::uint64_t nextWorkOut = 0;
-    std::array<double, 4096> workedOut{};  // lengths, by their hash
+    std::array<std::uint64_t, 4096> workedOut{};  // hashes of layouts, by themselves
 
     double onOneDie;      // length of the nets that no layout counts
     double shortest;      // legal, of all layouts

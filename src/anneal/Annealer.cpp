@@ -22,9 +22,9 @@ constexpr const char* kFinder = "annealing";
 // Moves between looks at the clock and at the stop.
 constexpr unsigned kStride = 64;
 
-// A restart cools down over this many moves per die, if the time or the moves are not shared out
-// otherwise; longer ones gain less than further restarts.
-constexpr double kMovesPerDie = 4e5;
+// A run makes so many moves by the square of the number of dies, if the time or the moves are not
+// shared out otherwise; from longer ones less is gained than from further restarts.
+constexpr std::uint64_t kMovesPerDieAndDie = 4000;
 
 // Of the time, or of the usual moves, for the first restart of a thread.
 constexpr double kFirstShare = 0.06;
@@ -67,7 +67,7 @@ private:
         return stop.stop_requested() || (options.deadline && Clock::now() >= *options.deadline);
     }
     std::uint64_t usualMoves() const {
-        return static_cast<std::uint64_t>(kMovesPerDie * static_cast<double>(design.dies.size()));
+        return kMovesPerDieAndDie * design.dies.size() * design.dies.size();
     }
 
     const Design& design;

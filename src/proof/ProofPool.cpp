@@ -8,6 +8,9 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
+// Some tens of megabytes.
+constexpr std::size_t kCrowd = 100000;
+
 }  // namespace
 
 ProofPool::ProofPool(const ProofNode& root, unsigned workers)
@@ -56,9 +59,9 @@ double ProofPool::lowestOpen() const {
     return open.empty() ? lowestBusy : std::min(lowestBusy, open.front().bound);
 }
 
-bool ProofPool::isHungry() const {
+bool ProofPool::isCrowded() const {
     const std::lock_guard lock(mutex);
-    return open.size() < busy.size();
+    return open.size() > kCrowd;
 }
 
 }  // namespace korvel

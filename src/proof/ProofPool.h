@@ -27,7 +27,8 @@ public:
 
     // No open node is below this; infinity if there is none.
     double lowestOpen() const;
-    bool isHungry() const;
+    // Whether so much is open that what is taken had better be finished than handed back.
+    bool isCrowded() const;
 
 private:
     static bool comesLater(const ProofNode& a, const ProofNode& b) { return a.bound > b.bound; }

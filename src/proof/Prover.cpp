@@ -61,7 +61,7 @@ struct Tree {
     double closedBound = kInfinity;  // mutex; the lowest bound of what was given up as no better
 };
 
-// What is to be done, for all trees.
+// What is to be done, for all trees; refers to what `prove` was given.
 struct Task {
     const Design& design;
     const CoordinateSolver& coordinates;
@@ -92,6 +92,7 @@ public:
 
 private:
     void explore(const ProofNode& from);
+    void handIn();
     void report();
     void visit(const ProofNode& node);
     void tryLeaf(const ProofNode& node);
@@ -119,6 +120,8 @@ private:
 void ProofWorker::run() {
     while (const auto node = tree.pool.take(number)) {
         explore(*node);
+        // In this order, or for a moment nothing would stand for what was closed.
+        handIn();
         tree.pool.giveBack(number, open);
         report();
         if (task.isOver()) {
@@ -130,7 +133,8 @@ void ProofWorker::run() {
 void ProofWorker::explore(const ProofNode& from) {
     open.assign(1, from);
     nodes = 0;
-    while (!open.empty() && nodes < kTurnLength && !task.isOver()) {
+    const bool toTheEnd = tree.pool.isCrowded();
+    while (!open.empty() && (toTheEnd || nodes < kTurnLength) && !task.isOver()) {
         const ProofNode node = open.back();
         open.pop_back();
         if (node.bound >= task.limit()) {
@@ -141,12 +145,16 @@ void ProofWorker::explore(const ProofNode& from) {
     }
 }
 
-void ProofWorker::report() {
+void ProofWorker::handIn() {
     progress.nodes += nodes;
     progress.shareDone += shareDone;
     shareDone = 0.0;
     const std::lock_guard lock(tree.mutex);
     tree.closedBound = std::min(tree.closedBound, closedBound);
+}
+
+void ProofWorker::report() {
+    const std::lock_guard lock(tree.mutex);
     const double bound =
         std::min({tree.pool.lowestOpen(), tree.closedBound, task.incumbent.wirelength()});
     if (bound > progress.lowerBound && bound < kInfinity) {
@@ -316,12 +324,15 @@ ProofResult prove(const Design& design, Region region, const ProofOptions& optio
     }
     const CoordinateSolver coordinates(design, region);
     const Task task{design, coordinates, options, incumbent, stop, false};
+    Tree tree(design, region, options.threads);
+    if (tree.pool.lowestOpen() < kInfinity) {
+        progress.lowerBound = tree.pool.lowestOpen();
+    }
     if (incumbent.wirelength() == kInfinity && hasNoPlacement(task, region, progress)) {
         progress.lowerBound = kInfinity;
         progress.shareDone = 1.0;
         return {ProofEnd::NoPlacement, kInfinity, progress.nodes};
     }
-    Tree tree(design, region, options.threads);
     work(task, tree, progress);
     const double open = tree.pool.lowestOpen();
     const double shortest = incumbent.wirelength();

@@ -13,7 +13,7 @@
 namespace korvel {
 
 struct ProofOptions {
-    unsigned threads = 1;
+    unsigned threads = 1;  // at least 1
     // Placements that would be shorter by less than this part are not looked for. 0: prove.
     double gap = 0.0;
     // The same, for what counts as proved: the best placement is at most this part longer than the

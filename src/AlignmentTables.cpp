@@ -53,7 +53,7 @@ private:
     }
     bool isPlacedPair(const Net& net, unsigned placed) const {
         return isPair(net) && isPlaced(*net.getPins()[0], placed) &&
-               isPlaced(*net.getPins()[1], placed);
+               isPlaced(*net.getPins()[1], placed) && countPlaced(net, placed) == 2;
     }
 
     static unsigned size(const auto& array) { return static_cast<unsigned>(array.size()); }

@@ -1,7 +1,6 @@
 #include "LengthAscent.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 
 #include "Quad.h"
@@ -10,18 +9,10 @@ namespace korvel {
 
 namespace {
 
-constexpr unsigned kNone = ~0U;
+constexpr std::int32_t kNone = -1;
 constexpr unsigned kUnlimited = ~0U;
 // Beyond that the alignment is cheaper than finding out that it is not needed.
 constexpr unsigned kMostCycles = 100;
-
-template <typename Lanes, typename Number>
-Lanes lanesAt(const Number* numbers) {
-    static_assert(sizeof(Lanes) == kLanes * sizeof(Number));
-    Lanes lanes;
-    std::memcpy(&lanes, numbers, sizeof(lanes));
-    return lanes;
-}
 
 // The sum of distances to the points that grows and shrinks with the choice.
 double groupValue(const LengthNets::PairGroup::Points& points, unsigned halfPoints) {
@@ -45,7 +36,7 @@ double LengthAscent::raise(LengthCut& cut, const AxisView& view, double target) 
     value = cut.valueOfPins(view);
     for (unsigned to = 0; to < slotNum; ++to) {
         for (unsigned from = 0; from < slotNum; ++from) {
-            value += double{view.rowTo(to)[from]} * carriedUnits(from, to);
+            value += double{view.gap(from, to)} * carriedUnits(from, to);
         }
     }
     return value;
@@ -53,14 +44,35 @@ double LengthAscent::raise(LengthCut& cut, const AxisView& view, double target) 
 
 void LengthAscent::load(const AxisView& view) {
     slotNum = view.slotNum;
-    stride = view.stride;
-    gains.resize(std::size_t{slotNum} * stride);
-    choices.resize(gains.size());
-    potentials.assign(stride, 0.0F);
-    successors.resize(stride);
-    units.assign(gains.size(), 0);
+    quadNum = view.quadNum;
+    stride = quadNum * kLanes;
+    gains.resize(std::size_t{slotNum} * quadNum);
+    choices.resize(std::size_t{slotNum} * stride);
+    potentials.resize(quadNum);
+    successors.resize(quadNum);
+    units.assign(choices.size(), 0);
     for (const Carried& one : carried) {
         carriedUnits(one.from, one.to) += static_cast<unsigned>(one.units);
+    }
+    loadMembers(view);
+}
+
+// Terminals come first; after the last placed block there is nothing more.
+void LengthAscent::loadMembers(const AxisView& view) {
+    const unsigned terminals = slotNum - 1;
+    members.clear();
+    firstMembers.assign(1, 0);
+    for (unsigned n = 0; n < nets.boxNum(terminals); ++n) {
+        for (const LengthNets::Member& member : nets.getBoxNets()[n].members) {
+            const unsigned slot = std::min(member.body, terminals);
+            if (slot == terminals && firstMembers.back() != members.size()) {
+                break;
+            }
+            const unsigned orient = view.orients[slot];
+            members.push_back(
+                {slot, member.low[view.axis][orient], member.high[view.axis][orient]});
+        }
+        firstMembers.push_back(static_cast<unsigned>(members.size()));
     }
 }
 
@@ -69,9 +81,8 @@ void LengthAscent::collectArcs(const LengthCut& cut, const AxisView& view) {
     for (unsigned g = 0; g < view.points.size(); ++g) {
         collectGroup(g, cut.getHalfPoints(g), view);
     }
-    const unsigned boxNum = nets.boxNum(slotNum - 1);
-    for (unsigned n = 0; n < boxNum; ++n) {
-        collectEnds(n, cut.getEnds(n), view);
+    for (unsigned n = 0; n + 1 < firstMembers.size(); ++n) {
+        collectEnds(n, cut.getEnds(n));
     }
 }
 
@@ -81,18 +92,10 @@ void LengthAscent::collectCarrying(const AxisView& view) {
     for (unsigned to = 0; to < slotNum; ++to) {
         for (unsigned from = 0; from < slotNum; ++from) {
             if (carriedUnits(from, to) != 0) {
-                gains[from * stride + to] = -view.rowTo(to)[from];
+                gainsTo(from)[to / kLanes][to % kLanes] = -view.gap(from, to);
                 choices[from * stride + to] = {Way::CarryLess};
             }
         }
-    }
-}
-
-void LengthAscent::offer(unsigned from, unsigned to, float gain, Choice choice) {
-    const std::size_t arc = to * stride + from;
-    if (gain > gains[arc]) {
-        gains[arc] = gain;
-        choices[arc] = choice;
     }
 }
 
@@ -111,40 +114,33 @@ void LengthAscent::collectGroup(unsigned group, unsigned halfPoints, const AxisV
     }
 }
 
-void LengthAscent::collectEnds(unsigned net, LengthCut::Ends ends, const AxisView& view) {
-    const std::vector<LengthNets::Member>& members = nets.getBoxNets()[net].members;
-    const unsigned terminals = slotNum - 1;
-    const auto slotOf = [&](unsigned m) { return std::min(members[m].body, terminals); };
-    const unsigned lowSlot = slotOf(ends.low);
-    const unsigned highSlot = slotOf(ends.high);
-    const float low = members[ends.low].low[view.axis][view.orients[lowSlot]];
-    const float high = members[ends.high].high[view.axis][view.orients[highSlot]];
-    // Terminals come first; after the last placed block there is nothing more.
-    for (unsigned m = 0; m < members.size() && (m == 0 || members[m].body < terminals); ++m) {
-        const unsigned slot = slotOf(m);
-        const unsigned orient = view.orients[slot];
+void LengthAscent::collectEnds(unsigned net, LengthCut::Ends ends) {
+    const Member* first = members.data() + firstMembers[net];
+    const unsigned memberNum = firstMembers[net + 1] - firstMembers[net];
+    const Member low = first[ends.low];
+    const Member high = first[ends.high];
+    for (unsigned m = 0; m < memberNum; ++m) {
+        const Member& other = first[m];
         const auto member = static_cast<std::uint16_t>(m);
         if (m != ends.high) {
-            offer(slot, highSlot, members[m].high[view.axis][orient] - high,
-                  {Way::HighEnd, member, net});
+            offer(other.slot, high.slot, other.high - high.high, {Way::HighEnd, member, net});
         }
         if (m != ends.low) {
-            offer(lowSlot, slot, low - members[m].low[view.axis][orient],
-                  {Way::LowEnd, member, net});
+            offer(low.slot, other.slot, low.low - other.low, {Way::LowEnd, member, net});
         }
     }
 }
 
 // Longest ways by relaxation; a slot that comes back to itself lies on a cycle of positive gain.
 bool LengthAscent::findCycle() {
-    std::fill(potentials.begin(), potentials.end(), 0.0F);
-    std::fill(successors.begin(), successors.end(), kNone);
+    std::fill(potentials.begin(), potentials.end(), allLanes(0.0F));
+    std::fill(successors.begin(), successors.end(), allLanes(kNone));
     for (unsigned round = 0; round < slotNum; ++round) {
-        unsigned lastRelaxed = kNone;
+        unsigned lastRelaxed = slotNum;
         for (unsigned to = 0; to < slotNum; ++to) {
             lastRelaxed = relaxTowards(to) ? to : lastRelaxed;
         }
-        if (lastRelaxed == kNone) {
+        if (lastRelaxed == slotNum) {
             return false;
         }
         if (traceCycle(lastRelaxed)) {
@@ -155,37 +151,34 @@ bool LengthAscent::findCycle() {
 }
 
 bool LengthAscent::relaxTowards(unsigned to) {
-    const float* row = gains.data() + std::size_t{to} * stride;
-    const Quad base = allLanes(potentials[to]);
+    const Quad* row = gainsTo(to);
+    const Quad base = allLanes(potentials[to / kLanes][to % kLanes]);
     const Quad least = allLanes(negligible);
     QuadMask anyLonger = allLanes(0);
-    for (unsigned from = 0; from < stride; from += kLanes) {
-        const Quad known = lanesAt<Quad>(&potentials[from]);
-        const Quad way = base + lanesAt<Quad>(row + from);
-        const QuadMask longer = way - least > known;
-        const Quad kept = choose(longer, way, known);
-        const QuadMask next =
-            longer ? allLanes(static_cast<std::int32_t>(to)) : lanesAt<QuadMask>(&successors[from]);
-        std::memcpy(&potentials[from], &kept, sizeof(kept));
-        std::memcpy(&successors[from], &next, sizeof(next));
+    for (unsigned q = 0; q < quadNum; ++q) {
+        const Quad way = base + row[q];
+        const QuadMask longer = way - least > potentials[q];
+        potentials[q] = choose(longer, way, potentials[q]);
+        successors[q] = longer ? allLanes(static_cast<std::int32_t>(to)) : successors[q];
         anyLonger |= longer;
     }
     return (anyLonger[0] | anyLonger[1] | anyLonger[2] | anyLonger[3]) != 0;
 }
 
 bool LengthAscent::traceCycle(unsigned slot) {
+    const auto next = [&](unsigned s) { return successors[s / kLanes][s % kLanes]; };
     for (unsigned i = 0; i < slotNum; ++i) {
-        slot = successors[slot];
-        if (slot == kNone) {
+        if (next(slot) == kNone) {
             return false;
         }
+        slot = static_cast<unsigned>(next(slot));
     }
     cycle.clear();
     unsigned from = slot;
     do {
-        const unsigned to = successors[from];
-        const std::size_t arc = to * stride + from;
-        cycle.push_back({from, to, choices[arc], gains[arc]});
+        const auto to = static_cast<unsigned>(next(from));
+        cycle.push_back(
+            {from, to, choices[to * stride + from], gainsTo(to)[from / kLanes][from % kLanes]});
         from = to;
     } while (from != slot);
     return true;

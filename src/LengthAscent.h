@@ -48,11 +48,19 @@ private:
     };
 
     void load(const AxisView& view);
+    void loadMembers(const AxisView& view);
     void collectArcs(const LengthCut& cut, const AxisView& view);
     void collectCarrying(const AxisView& view);
     void collectGroup(unsigned group, unsigned halfPoints, const AxisView& view);
-    void collectEnds(unsigned net, LengthCut::Ends ends, const AxisView& view);
-    void offer(unsigned from, unsigned to, float gain, Choice choice);
+    void collectEnds(unsigned net, LengthCut::Ends ends);
+    void offer(unsigned from, unsigned to, float gain, Choice choice) {
+        const std::size_t arc = to * stride + from;
+        auto* known = reinterpret_cast<float*>(gains.data()) + arc;
+        if (gain > *known) {
+            *known = gain;
+            choices[arc] = choice;
+        }
+    }
 
     bool findCycle();
     bool relaxTowards(unsigned to);
@@ -63,19 +71,29 @@ private:
     double follow(const Step& step, unsigned units, LengthCut& cut, const AxisView& view);
 
     unsigned& carriedUnits(unsigned from, unsigned to) { return units[to * stride + from]; }
+    Quad* gainsTo(unsigned to) { return gains.data() + to * quadNum; }
 
     const LengthNets& nets;
     float negligible;
     unsigned slotNum = 0;
-    unsigned stride = 0;
+    unsigned quadNum = 0;
+    unsigned stride = 0;  // of rows of slots: whole quads
     std::vector<Carried> carried;
     std::vector<unsigned> units;  // carried, by slot `to` in rows of slots `from`
     // The best arc for each, likewise.
-    std::vector<float> gains;
+    std::vector<Quad> gains;
     std::vector<Choice> choices;
+    // The members of the box nets that are placed, and where each net's begin.
+    struct Member {
+        unsigned slot;
+        float low;
+        float high;
+    };
+    std::vector<Member> members;
+    std::vector<unsigned> firstMembers;
     // Longest ways found so far from each slot, and where they go next.
-    std::vector<float> potentials;
-    std::vector<unsigned> successors;
+    std::vector<Quad> potentials;
+    std::vector<QuadMask> successors;
     std::vector<Step> cycle;
 };
 

@@ -17,6 +17,9 @@ constexpr double kUnitRoundoff = 1.0 / (1 << 24);
 // Cuts kept for each axis and number of placed blocks.
 constexpr std::size_t kMostCuts = 16;
 
+// A cut that is better than this node needs is good for more of those that come.
+constexpr double kBeyond = 1.1;
+
 // Every block's index is its place, and no terminal is taken for a block.
 bool inOrder(const Netlist& netlist, unsigned numBlocks) {
     for (const Block& terminal : netlist.terminals) {
@@ -113,9 +116,9 @@ bool LengthBound::tryCuts(Workspace& space, Workspace::Best (&best)[kAxes], doub
 double LengthBound::raise(Axis axis, Workspace::Best best, double target, Workspace& space) const {
     Workspace::Shelf& shelf = space.shelf(axis);
     const AxisView& view = space.views[axis];
-    space.raised =
-        shelf.cuts.empty() ? LengthCut(nets, axis, view.slotNum - 1) : shelf.cuts[shelf.order[best.rank]];
-    const double value = space.ascent.raise(space.raised, view, target);
+    space.raised = shelf.cuts.empty() ? LengthCut(nets, axis, view.slotNum - 1)
+                                      : shelf.cuts[shelf.order[best.rank]];
+    const double value = space.ascent.raise(space.raised, view, kBeyond * target);
     if (value <= best.value) {
         return best.value;
     }
@@ -152,31 +155,30 @@ bool LengthBound::findGaps(const BBNode& node, Axis axis, Workspace& space) cons
     return true;
 }
 
-// Longest chains of extents between blocks. The row to the terminals gets the longest chain from
+// Longest chains of extents between blocks. The lane of the terminals gets the longest chain from
 // the beginning of all to each block.
 void LengthBound::findChains(const ConsraintGraphList& graph, AxisView& view,
                              Workspace& space) const {
     const unsigned placed = view.slotNum - 1;
-    constexpr float kUnrelated = -std::numeric_limits<float>::infinity();
-    std::fill(view.gaps.begin(), view.gaps.begin() + view.slotNum * view.stride, kUnrelated);
-    space.tails.assign(view.stride, 0.0F);
-    float* least = view.rowTo(placed);
+    std::fill(view.gaps.begin(), view.gaps.begin() + view.slotNum * view.quadNum,
+              allLanes(-kInfinity));
+    space.tails.assign(view.quadNum, allLanes(0.0F));
     // Extents are positive, so a block comes after all that it follows.
     for (unsigned i = 0; i < placed; ++i) {
         const unsigned to = space.byCoordinate[i];
-        float* row = view.rowTo(to);
-        row[to] = 0.0F;
-        least[to] = 0.0F;
+        Quad* row = view.rowTo(to);
+        row[to / kLanes][to % kLanes] = 0.0F;
+        row[placed / kLanes][placed % kLanes] = 0.0F;
         for (const unsigned previous : graph.getIncomingEdges(to)) {
-            const float extent = space.extents[previous];
-            const float* before = view.rowTo(previous);
-            for (unsigned from = 0; from < view.stride; ++from) {
-                row[from] = std::max(row[from], before[from] + extent);
+            const Quad extent = allLanes(space.extents[previous]);
+            const Quad* before = view.rowTo(previous);
+            for (unsigned q = 0; q < view.quadNum; ++q) {
+                row[q] = larger(row[q], before[q] + extent);
             }
-            least[to] = std::max(least[to], least[previous] + extent);
         }
-        for (unsigned from = 0; from < view.stride; ++from) {
-            space.tails[from] = std::max(space.tails[from], row[from] + space.extents[to]);
+        const Quad extent = allLanes(space.extents[to]);
+        for (unsigned q = 0; q < view.quadNum; ++q) {
+            space.tails[q] = larger(space.tails[q], row[q] + extent);
         }
     }
 }
@@ -184,27 +186,24 @@ void LengthBound::findChains(const ConsraintGraphList& graph, AxisView& view,
 // All blocks lie within the area, and terminals are where they are.
 void LengthBound::addArea(float areaExtent, AxisView& view, Workspace& space) const {
     const unsigned placed = view.slotNum - 1;
-    const auto taken = static_cast<float>(slack);
-    float* toTerminals = view.rowTo(placed);
+    const Quad taken = allLanes(static_cast<float>(slack));
+    // Nothing lies behind the terminals or the padding.
+    for (unsigned slot = placed; slot < view.quadNum * kLanes; ++slot) {
+        space.tails[slot / kLanes][slot % kLanes] = -kInfinity;
+    }
     for (unsigned to = 0; to < placed; ++to) {
-        const float least = toTerminals[to];
-        const float apart = least - areaExtent;
-        float* row = view.rowTo(to);
-        for (unsigned from = 0; from < view.stride; ++from) {
-            row[from] = std::max(row[from], apart + space.tails[from]) - taken;
+        Quad* row = view.rowTo(to);
+        const Quad apart = allLanes(row[placed / kLanes][placed % kLanes] - areaExtent);
+        for (unsigned q = 0; q < view.quadNum; ++q) {
+            row[q] = larger(row[q], apart + space.tails[q]) - taken;
         }
-        row[to] = 0.0F;
-        row[placed] = least - taken;
+        row[to / kLanes][to % kLanes] = 0.0F;
     }
-    for (unsigned from = 0; from < view.stride; ++from) {
-        toTerminals[from] = space.tails[from] - areaExtent - taken;
+    Quad* toTerminals = view.rowTo(placed);
+    for (unsigned q = 0; q < view.quadNum; ++q) {
+        toTerminals[q] = space.tails[q] - allLanes(areaExtent) - taken;
     }
-    toTerminals[placed] = 0.0F;
-    // The padding takes no part.
-    for (unsigned to = 0; to <= placed; ++to) {
-        std::fill(view.rowTo(to) + view.slotNum, view.rowTo(to) + view.stride,
-                  -std::numeric_limits<float>::infinity());
-    }
+    toTerminals[placed / kLanes][placed % kLanes] = 0.0F;
 }
 
 }  // namespace korvel

@@ -53,7 +53,7 @@ public:
         AxisView views[kAxes];
         std::vector<unsigned> byCoordinate;  // blocks
         std::vector<float> extents;          // whole units, by block
-        std::vector<float> tails;            // from a block's begin to the end of all behind it
+        std::vector<Quad> tails;             // from a slot's begin to the end of all behind it
         std::vector<Carried> carried;
         LengthAscent ascent;
         LengthCut raised;

@@ -2,15 +2,13 @@
 
 #include <algorithm>
 
-#include "Quad.h"
-
 namespace korvel {
 
 void AxisView::start(const LengthNets& nets, Axis along, const std::vector<Orient>& blockOrients) {
     axis = along;
     slotNum = static_cast<unsigned>(blockOrients.size()) + 1;
-    stride = (slotNum + kLanes - 1) / kLanes * kLanes;
-    gaps.resize(std::size_t{slotNum} * stride);
+    quadNum = (slotNum + kLanes - 1) / kLanes;
+    gaps.resize(std::size_t{slotNum} * quadNum);
     orients.clear();
     for (const Orient orient : blockOrients) {
         orients.push_back(orientIndex(orient));
@@ -45,29 +43,29 @@ LengthCut::LengthCut(const LengthNets& nets, Axis axis, unsigned placed)
 // counts with the gap that it is carried over.
 double LengthCut::value(const AxisView& view, std::vector<Carried>& carried) const {
     double sum = valueOfPins(view);
-    carried.clear();
-    for (const Pulled& pulled : backward) {
-        carried.push_back({pulled.slot, 0, pulled.units});
-    }
-    std::size_t done = 0;  // those before are used up
-    for (const Pulled& pulled : forward) {
-        const float* row = view.rowTo(pulled.slot);
-        for (int units = pulled.units; units > 0; ++done) {
-            std::size_t best = done;
-            for (std::size_t i = done + 1; i < carried.size(); ++i) {
-                best = row[carried[i].from] > row[carried[best].from] ? i : best;
+    // Every transfer uses up what one side has left.
+    carried.resize(backward.size() + forward.size());
+    std::copy(backward.begin(), backward.end(), carried.begin());
+    Carried* next = carried.data();
+    Carried* end = next + backward.size();
+    for (const Carried& pulled : forward) {
+        const auto* row = reinterpret_cast<const float*>(view.rowTo(pulled.to));
+        for (int units = pulled.units; units > 0; ++next) {
+            Carried* best = next;
+            for (Carried* other = next + 1; other < end; ++other) {
+                best = row[other->from] > row[best->from] ? other : best;
             }
-            std::swap(carried[best], carried[done]);
-            Carried& next = carried[done];
-            next.to = pulled.slot;
-            sum += double{row[next.from]} * std::min(units, next.units);
-            if (next.units > units) {
-                carried.push_back({next.from, 0, next.units - units});
-                carried[done].units = units;
+            std::swap(*best, *next);
+            next->to = pulled.to;
+            if (next->units > units) {
+                *end++ = {next->from, 0, next->units - units};
+                next->units = units;
             }
-            units -= carried[done].units;
+            sum += double{row[next->from]} * next->units;
+            units -= next->units;
         }
     }
+    carried.resize(static_cast<std::size_t>(next - carried.data()));
     return sum;
 }
 
@@ -77,7 +75,7 @@ double LengthCut::valueOfPins(const AxisView& view) const {
         const double* sums = view.points[g]->sums.data();
         sum -= sums[(halfPoints[g] + 1) / 2] + sums[halfPoints[g] / 2];
     }
-    for (unsigned slot = 0; slot < view.slotNum; ++slot) {
+    for (std::size_t slot = 0; slot < pulls.size(); ++slot) {
         sum += places[slot * kUnmirroredOrients + view.orients[slot]];
     }
     return sum;
@@ -122,9 +120,9 @@ void LengthCut::sumUp() {
     backward.clear();
     for (unsigned slot = 0; slot < pulls.size(); ++slot) {
         if (pulls[slot] > 0) {
-            forward.push_back({slot, pulls[slot]});
+            forward.push_back({slot, slot, pulls[slot]});
         } else if (pulls[slot] < 0) {
-            backward.push_back({slot, -pulls[slot]});
+            backward.push_back({slot, slot, -pulls[slot]});
         }
     }
 }

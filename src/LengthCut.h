@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "LengthNets.h"
+#include "Quad.h"
 
 namespace korvel {
 
@@ -17,15 +18,16 @@ namespace korvel {
 struct AxisView {
     Axis axis = kX;
     unsigned slotNum = 0;
-    unsigned stride = 0;            // of rows of slots: whole quads
+    unsigned quadNum = 0;           // quads of a row of slots; what is too much takes no part
     std::vector<unsigned> orients;  // by slot
     // By slot `to` in rows of slots `from`: how far `to` lies at least beyond `from`.
-    std::vector<float> gaps;
+    std::vector<Quad> gaps;
     std::vector<const LengthNets::PairGroup::Points*> points;  // by pair group
     double pointSum = 0.0;                                     // of all groups
 
-    float* rowTo(unsigned to) { return gaps.data() + std::size_t{to} * stride; }
-    const float* rowTo(unsigned to) const { return gaps.data() + std::size_t{to} * stride; }
+    Quad* rowTo(unsigned to) { return gaps.data() + std::size_t{to} * quadNum; }
+    const Quad* rowTo(unsigned to) const { return gaps.data() + std::size_t{to} * quadNum; }
+    float gap(unsigned from, unsigned to) const { return rowTo(to)[from / kLanes][from % kLanes]; }
 
     // Makes room for the blocks of a node; the gaps are left to be filled in.
     void start(const LengthNets& nets, Axis along, const std::vector<Orient>& blockOrients);
@@ -77,13 +79,10 @@ private:
     // By slot and orientation: what the places of its pins add, of box nets.
     std::vector<double> places;
 
-    // The slots that are pulled either way, and by how much.
-    struct Pulled {
-        unsigned slot;
-        int units;
-    };
-    std::vector<Pulled> forward;
-    std::vector<Pulled> backward;
+    // The slots that are pulled backward, with room for as many transfers as there can be, and
+    // those that are pulled forward.
+    std::vector<Carried> backward;
+    std::vector<Carried> forward;
 };
 
 }  // namespace korvel

@@ -46,14 +46,15 @@ unsigned countBlocks(const Net& net) {
 }
 
 // Trials of two blocks side by side. Only their common nets matter, and of these only the pins on
-// the two blocks.
+// the two blocks. But the very first shift is still looked for among all that the pass before has
+// left in place, on purpose.
 class PairTrials {
 public:
-    PairTrials(const Netlist& netlist, unsigned numBlocks, bool initialPlacement)
+    PairTrials(Netlist& netlist, unsigned numBlocks, bool initialPlacement)
         : netlist(netlist),
           numBlocks(numBlocks),
           initialPlacement(initialPlacement),
-          sides(netlist.pins.size(), Side::None) {
+          sides(netlist.pins.size(), Side::Elsewhere) {
         for (const Net& net : netlist.nets) {
             netBlocks.push_back(countBlocks(net));
         }
@@ -61,18 +62,19 @@ public:
 
     // The pair that the following trials are about: i left of j.
     void start(unsigned i, unsigned j) {
+        first = i;
+        second = j;
         left = &netlist.blocks[i];
         right = &netlist.blocks[j];
-        shiftedIndex = j;
         markPins(*left, Side::Left);
         markPins(*right, Side::Right);
         pins.clear();
         nets.clear();
         for (const unsigned index : commonNets(*left, *right)) {
-            addNet(netlist.nets[index], i);
+            addNet(netlist.nets[index]);
         }
-        markPins(*left, Side::None);
-        markPins(*right, Side::None);
+        markPins(*left, Side::Elsewhere);
+        markPins(*right, Side::Elsewhere);
     }
 
     // The cost of the first block immediately left of the second one, which is shifted to where
@@ -80,6 +82,11 @@ public:
     float cost(Orient leftOrient, Orient rightOrient) {
         place({}, leftOrient, {}, rightOrient);
         const float shift = wantedShift();
+        if (!isCleared) {
+            netlist.unplaceAllNets();
+            isCleared = true;
+            start(first, second);
+        }
         // Neither block gets a negative coordinate.
         const float width = keepsWidthHorizontal(leftOrient) ? left->getWidth() : left->getHeight();
         place({0.0F, shift < 0 ? -shift : 0.0F}, leftOrient, {width, shift < 0 ? 0.0F : shift},
@@ -92,7 +99,7 @@ public:
     }
 
 private:
-    enum class Side : char { None, Left, Right };
+    enum class Side : char { Elsewhere, Left, Right };
     struct CommonPin {
         Side side;
         bool shifted;                                  // goes by the index of the shifted block
@@ -113,20 +120,21 @@ private:
         }
     }
 
-    void addNet(const Net& net, unsigned i) {
-        CommonNet common{&net, pins.size(), 0, net.getTermNum(), discountOf(net, i)};
+    void addNet(const Net& net) {
+        CommonNet common{&net, pins.size(), 0, net.getPlacedPinsNum(), discountOf(net)};
         for (const Pin* pin : net.getPins()) {
             const Side side = sides[pin - netlist.pins.data()];
-            if (side == Side::None) {
+            if (side == Side::Elsewhere && (pin->isTerminal() || !pin->isPlaced())) {
                 continue;
             }
             CommonPin& known = pins.emplace_back();
             known.side = side;
-            known.shifted = pin->getBlockIndex() == shiftedIndex;
+            known.shifted = pin->getBlockIndex() == second;
+            known.coord = pin->getCoord();
             for (const Orient orient : kOrients) {
                 known.places[orientIndex(orient)] = pin->placeInBlock(orient);
             }
-            ++common.placed;
+            common.placed += side == Side::Elsewhere ? 0 : 1;
         }
         common.end = pins.size();
         nets.push_back(common);
@@ -134,8 +142,8 @@ private:
 
     // A net that goes on to other blocks counts in part: they will pay for it too. The factors are
     // tuned.
-    double discountOf(const Net& net, unsigned i) const {
-        const unsigned mean = (netBlocks[net.getIndex()] + i) / 2;  // rounded down, on purpose
+    double discountOf(const Net& net) const {
+        const unsigned mean = (netBlocks[net.getIndex()] + first) / 2;  // rounded down, on purpose
         double exponent = mean;
         if (numBlocks <= kFewBlocks) {
             exponent *= 10.0 / numBlocks;
@@ -145,6 +153,9 @@ private:
 
     void place(Point leftCorner, Orient leftOrient, Point rightCorner, Orient rightOrient) {
         for (CommonPin& pin : pins) {
+            if (pin.side == Side::Elsewhere) {
+                continue;
+            }
             const bool onRight = pin.side == Side::Right;
             const Point corner = onRight ? rightCorner : leftCorner;
             const Point at = pin.places[orientIndex(onRight ? rightOrient : leftOrient)];
@@ -167,11 +178,11 @@ private:
 
     offsetCalcReturn combinedOffsetsFC(const CommonNet& net) const {
         if (isPair(net)) {
-            const CommonPin& first = pins[net.begin];
-            const CommonPin& second = pins[net.begin + 1];
-            const Quad offset = quadOf(second.coord) - quadOf(first.coord);
-            return first.shifted || second.shifted ? adviceForPair(first.shifted ? offset : -offset)
-                                                   : adviceToStay();
+            const CommonPin& a = pins[net.begin];
+            const CommonPin& b = pins[net.begin + 1];
+            const Quad offset = quadOf(b.coord) - quadOf(a.coord);
+            return a.shifted || b.shifted ? adviceForPair(a.shifted ? offset : -offset)
+                                          : adviceToStay();
         }
         NetScan scan;
         bool hasOther = false;
@@ -214,13 +225,15 @@ private:
         return box.widthPlusHeight();
     }
 
-    const Netlist& netlist;
+    Netlist& netlist;
     unsigned numBlocks;
     bool initialPlacement;
+    bool isCleared = false;
     std::vector<unsigned> netBlocks;  // blocks with a pin on the net, by net
+    unsigned first = 0;
+    unsigned second = 0;
     const Block* left = nullptr;
     const Block* right = nullptr;
-    unsigned shiftedIndex = 0;
     std::vector<Side> sides;  // by pin of the netlist
     std::vector<CommonPin> pins;
     std::vector<CommonNet> nets;

@@ -52,6 +52,15 @@ inline Quad smaller(Quad a, Quad b) {
 #endif
 }
 
+// The larger of each lane; `b` where they are equal.
+inline Quad larger(Quad a, Quad b) {
+#if defined(__SSE2__)
+    return _mm_max_ps(a, b);
+#else
+    return choose(a > b, a, b);
+#endif
+}
+
 inline constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 }  // namespace korvel

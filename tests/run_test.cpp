@@ -44,6 +44,9 @@ TEST(AutoPlan, ProvesFewDiesAndAnnealsMany) {
     EXPECT_EQ(planFor(5, options).whole, std::nullopt);  // until proved
     EXPECT_TRUE(planFor(10, options).whole.has_value());
     EXPECT_EQ(planFor(50, options).annealedUntil, planFor(50, options).whole);
+    options.iterations = 100;  // which no clock may cut short
+    EXPECT_EQ(planFor(50, options).whole, std::nullopt);
+    options.iterations.reset();
     options.timeLimit = 2;
     double before = 0;
     for (const unsigned dies : {2U, 8U, 10U, 40U}) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <utility>
 
@@ -17,9 +16,14 @@ constexpr int kTrials = 500;
 
 // The stages of a run: some random starts are cooled down in the first part of it, then the best
 // layout of them is heated up again, not as far, and cooled down, more than once.
-constexpr unsigned kStarts = 2;
-constexpr unsigned kReheats = 3;
-constexpr double kStartsPart = 0.4;
+struct Stages {
+    unsigned starts;
+    unsigned reheats;
+    double startsPart;
+};
+constexpr Stages kStages{2, 3, 0.4};
+// With few moves for the number of dies it is best to cool one start down as slowly as they allow.
+constexpr Stages kStagesIfShort{1, 0, 1.0};
 constexpr double kReheated = 0.4;  // the share of the cooling that a reheated layout skips
 
 struct Stage {
@@ -27,14 +31,14 @@ struct Stage {
     double cooled;  // from 0, hot, to 1
 };
 
-Stage stageAt(double share) {
-    if (share < kStartsPart) {
-        const double stages = share / kStartsPart * kStarts;
-        return {static_cast<unsigned>(stages), stages - std::floor(stages)};
+Stage stageAt(const Stages& stages, double share) {
+    if (share < stages.startsPart) {
+        const double at = share / stages.startsPart * stages.starts;
+        return {static_cast<unsigned>(at), at - std::floor(at)};
     }
-    const double stages = (share - kStartsPart) / (1.0 - kStartsPart) * kReheats;
-    return {kStarts + static_cast<unsigned>(stages),
-            kReheated + (1.0 - kReheated) * (stages - std::floor(stages))};
+    const double at = (share - stages.startsPart) / (1.0 - stages.startsPart) * stages.reheats;
+    return {stages.starts + static_cast<unsigned>(at),
+            kReheated + (1.0 - kReheated) * (at - std::floor(at))};
 }
 
 // Moves per die that exact coordinates for a layout are worth; they cost a third of that time at
@@ -55,8 +59,9 @@ constexpr double kHopeFades = 1e-3;  // by move
 }  // namespace
 
 AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-                     RandomStream stream, Notice notice)
+                     RandomStream stream, bool isShort, Notice notice)
     : design(design),
+      isShort(isShort),
       solver(solver),
       random(stream),
       notice(std::move(notice)),
@@ -95,7 +100,7 @@ void AnnealRun::scramble() {
 }
 
 void AnnealRun::advance(unsigned moves, double share) {
-    const Stage now = stageAt(share);
+    const Stage now = stageAt(isShort ? kStagesIfShort : kStages, share);
     for (; stage < now.number; ++stage) {
         begin(stage + 1);
     }
@@ -114,7 +119,7 @@ void AnnealRun::advance(unsigned moves, double share) {
 
 void AnnealRun::begin(unsigned number) {
     finish();
-    if (number < kStarts || shortest == std::numeric_limits<double>::infinity()) {
+    if (number < kStages.starts || shortest == std::numeric_limits<double>::infinity()) {
         scramble();
         return;
     }
@@ -151,8 +156,7 @@ void AnnealRun::judge(double allowance) {
     length = newLength;
     excess = newExcess;
     noteBest();
-    if (excess <= 0.0 && length < kPromising * shortest && moveNum >= nextWorkOut &&
-        isNew(length)) {
+    if (excess <= 0.0 && length < kPromising * shortest && moveNum >= nextWorkOut && isNew()) {
         nextWorkOut = std::max(nextWorkOut, moveNum - std::min(moveNum, kSaved * perWorkOut())) +
                       perWorkOut();
         workOut();
@@ -163,10 +167,18 @@ std::uint64_t AnnealRun::perWorkOut() const {
     return std::uint64_t{kWorkOutEvery} * layout.dieNum();
 }
 
-// Whether no layout of that length was worked out lately: equal ones come again and again.
-bool AnnealRun::isNew(double layoutLength) {
-    double& last = workedOut[std::hash<double>()(layoutLength) % workedOut.size()];
-    return std::exchange(last, layoutLength) != layoutLength;
+// Whether the layout was not worked out lately: the same ones come again and again.
+bool AnnealRun::isNew() {
+    std::uint64_t hash = 0;
+    for (unsigned rank = 0; rank < layout.dieNum(); ++rank) {
+        const unsigned die = layout.sequences().order(SequencePair::Upper)[rank];
+        for (const unsigned word : {die, layout.sequences().rank(SequencePair::Lower, die),
+                                    orientIndex(layout.orientation(die))}) {
+            hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
+            hash ^= hash >> 29;
+        }
+    }
+    return std::exchange(workedOut[hash % workedOut.size()], hash) != hash;
 }
 
 void AnnealRun::noteBest() {

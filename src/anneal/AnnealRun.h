@@ -22,9 +22,10 @@ public:
     // that are best for its relations.
     using Notice = std::function<void(const Placement&, double length)>;
 
+    // `isShort`: there will be few moves for that many dies.
     // Design and solver, which is for that design and region, must outlive the run.
     AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-              RandomStream stream, Notice notice);
+              RandomStream stream, bool isShort, Notice notice);
 
     // Goes on by that many moves. `share` is how much of the schedule is over, from 0 to 1.
     void advance(unsigned moves, double share);
@@ -38,7 +39,7 @@ private:
     void judge(double allowance);
     void adaptPenalty(double cooled);
     void noteBest();
-    bool isNew(double layoutLength);
+    bool isNew();
     std::uint64_t perWorkOut() const;
     void workOut();
     std::optional<Placement> exactly(const SequencePair& orders, const Placement& placement) const;
@@ -46,6 +47,7 @@ private:
     double scale() const { return length + region.width + region.height; }
 
     const Design& design;
+    const bool isShort;
     const CoordinateSolver& solver;
     RandomStream random;
     Notice notice;
@@ -62,7 +64,7 @@ private:
     unsigned stage = 0;
     std::uint64_t moveNum = 0;
     std::uint64_t nextWorkOut = 0;
-    std::array<double, 4096> workedOut{};  // lengths, by their hash
+    std::array<std::uint64_t, 4096> workedOut{};  // hashes of layouts, by themselves
 
     double onOneDie;      // length of the nets that no layout counts
     double shortest;      // legal, of all layouts

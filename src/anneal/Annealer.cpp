@@ -22,9 +22,12 @@ constexpr const char* kFinder = "annealing";
 // Moves between looks at the clock and at the stop.
 constexpr unsigned kStride = 64;
 
-// A restart cools down over this many moves per die, if the time or the moves are not shared out
-// otherwise; longer ones gain less than further restarts.
-constexpr double kMovesPerDie = 4e5;
+// A run makes so many moves by the square of the number of dies, if the time or the moves are not
+// shared out otherwise; from longer ones less is gained than from further restarts.
+constexpr std::uint64_t kMovesPerDieAndDie = 4000;
+
+// With less than this part of its usual moves a run is a short one.
+constexpr double kShortPart = 0.3;
 
 // Of the time, or of the usual moves, for the first restart of a thread.
 constexpr double kFirstShare = 0.06;
@@ -55,7 +58,8 @@ private:
     void workThrough(unsigned thread);
     void workUntilDeadline(unsigned thread);
     void workUntilStopped(unsigned thread);
-    std::uint64_t restart(std::uint64_t number, const Pace& pace, const AnnealRun::Notice& notice);
+    std::uint64_t restart(std::uint64_t number, double expectedMoves, const Pace& pace,
+                          const AnnealRun::Notice& notice);
     AnnealRun::Notice offering() {
         return [this](const Placement& placement, double length) {
             incumbent.offer(placement, length, kFinder);
@@ -67,7 +71,7 @@ private:
         return stop.stop_requested() || (options.deadline && Clock::now() >= *options.deadline);
     }
     std::uint64_t usualMoves() const {
-        return static_cast<std::uint64_t>(kMovesPerDie * static_cast<double>(design.dies.size()));
+        return kMovesPerDieAndDie * design.dies.size() * design.dies.size();
     }
 
     const Design& design;
@@ -119,7 +123,7 @@ void Annealing::workThrough(unsigned thread) {
         const std::uint64_t number = round * threads + thread;
         std::optional<Found> result;
         restart(
-            number,
+            number, static_cast<double>(length),
             [length](std::uint64_t moves) {
                 return static_cast<double>(moves) / static_cast<double>(length);
             },
@@ -133,17 +137,19 @@ void Annealing::workThrough(unsigned thread) {
 // A short restart, so that there is something early; its speed tells how many more are worth it.
 void Annealing::workUntilDeadline(unsigned thread) {
     double share = kFirstShare;
+    double expected = 0.0;
     for (std::uint64_t number = thread; !isOver(); number += threads) {
         const auto begin = Clock::now();
         const std::chrono::duration<double> length = (*options.deadline - begin) * share;
         const std::uint64_t moves = restart(
-            number, [begin, length](std::uint64_t) { return (Clock::now() - begin) / length; },
-            offering());
+            number, expected,
+            [begin, length](std::uint64_t) { return (Clock::now() - begin) / length; }, offering());
         const std::chrono::duration<double> took = Clock::now() - begin;
         const std::chrono::duration<double> left = *options.deadline - Clock::now();
         const auto usual =
             took * (static_cast<double>(usualMoves()) / static_cast<double>(moves + 1));
         share = 1.0 / std::max(1.0, std::round(left / usual));
+        expected = left / usual * share * static_cast<double>(usualMoves());
     }
 }
 
@@ -152,17 +158,19 @@ void Annealing::workUntilStopped(unsigned thread) {
     double length = kFirstShare * static_cast<double>(usualMoves());
     for (std::uint64_t number = thread; !isOver(); number += threads) {
         restart(
-            number, [length](std::uint64_t moves) { return static_cast<double>(moves) / length; },
+            number, length,
+            [length](std::uint64_t moves) { return static_cast<double>(moves) / length; },
             offering());
         length *= kStretch;
     }
 }
 
 // Returns the number of moves.
-std::uint64_t Annealing::restart(std::uint64_t number, const Pace& pace,
+std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, const Pace& pace,
                                  const AnnealRun::Notice& notice) {
     progress.restarts.fetch_add(1, std::memory_order_relaxed);
-    AnnealRun run(design, solver, region, RandomStream(options.seed, number), notice);
+    const bool isShort = expectedMoves < kShortPart * static_cast<double>(usualMoves());
+    AnnealRun run(design, solver, region, RandomStream(options.seed, number), isShort, notice);
     std::uint64_t moves = 0;
     while (!isOver()) {
         const double share = pace(moves);

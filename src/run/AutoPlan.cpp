@@ -23,17 +23,21 @@ constexpr double kProofTried = 0.4;
 }  // namespace
 
 AutoPlan planFor(std::size_t dies, const RunOptions& options) {
+    const bool isCounted = options.iterations && !options.timeLimit;
+    if (isCounted && dies > (options.prove ? kMaxProofDies : kMostProvedDies)) {
+        return {false, std::nullopt, 0.0};
+    }
     if (dies > kMaxProofDies) {
         const double whole = options.timeLimit.value_or(kUnasked);
-        return {whole, whole};
+        return {false, whole, whole};
     }
     if (options.prove || dies <= kMostProvedDies) {
         const double pairs = static_cast<double>(dies) * static_cast<double>(dies - 1) / 2.0;
         const double most = options.timeLimit.value_or(kUnasked) * kFirstAnnealing;
-        return {options.timeLimit, std::min(kShortAnnealing * pairs, most)};
+        return {true, options.timeLimit, std::min(kShortAnnealing * pairs, most)};
     }
     const double whole = options.timeLimit.value_or(kUnasked);
-    return {whole, whole * kFirstAnnealing, whole * kProofTried};
+    return {true, whole, whole * kFirstAnnealing, whole * kProofTried};
 }
 
 }  // namespace korvel

@@ -13,7 +13,8 @@ namespace korvel {
 
 // Seconds from the run's beginning.
 struct AutoPlan {
-    std::optional<double> whole;  // none: until proved
+    bool proves;                  // there is a proof at all
+    std::optional<double> whole;  // none: until proved, or until the iterations are made
     double annealedUntil;         // then comes the proof, unless the whole is over
     std::optional<double> provedUntil = std::nullopt;  // then annealing again; none: to the end
 };

@@ -86,8 +86,7 @@ void Run::runClassic(RunResult& result) {
 
 void Run::runAuto(RunResult& result) {
     anneal(result, plan.annealedUntil);
-    const bool hasProof = !plan.whole || plan.annealedUntil < *plan.whole;
-    if (hasProof && !stopping.stop_requested()) {
+    if (plan.proves && !stopping.stop_requested()) {
         prove(result);
     }
     if (plan.provedUntil && !options.iterations && !stopping.stop_requested()) {

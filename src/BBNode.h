@@ -35,6 +35,7 @@ public:
     float wirelength = 0.0F;
     float width = 0.0F;
     float height = 0.0F;
+    float share = 1.0F;  // of the search tree, which siblings divide equally
 
     // Adds the next block of the order, without relations. A mirrored orientation is reported and
     // ends the process with status 0.

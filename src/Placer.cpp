@@ -17,6 +17,8 @@ namespace {
 
 constexpr unsigned kMostBlocksInOnePass = 99;
 constexpr unsigned kFirstStageBlocks = 7;
+// Less than any sum of the weights of connections notices.
+constexpr float kFaintConnection = 1e-30F;
 
 using Clock = std::chrono::system_clock;
 
@@ -88,8 +90,9 @@ void Placer::calcUtilization() {
     out << std::endl << "Utilization: " << utilization << std::endl;
 }
 
-// Each stage places one block more than the last and follows the last one's best node for the
-// levels that it covers; only the first blocks are ordered, so that later ones keep their places.
+// Each stage places one block more than the last, or more if an observer wants it, and follows the
+// last one's best node for the levels that it covers; only the first blocks are ordered, so that
+// later ones keep their places.
 void Placer::runStages() {
     const unsigned allBlocks = numBlocks;
     numBlocks = kFirstStageBlocks;
@@ -97,12 +100,12 @@ void Placer::runStages() {
     banner("===   Blocks placement six  ===");
     const Clock::time_point start = Clock::now();
     ordering();
-    while (allBlocks >= numBlocks) {
+    while (allBlocks >= numBlocks && !stopRequested.load(std::memory_order_relaxed)) {
         banner("===   Blocks placement for " + std::to_string(numBlocks) + " blocks  ===");
         place();
         banner("===   End   ===");
         prevNumBlocks = numBlocks;
-        ++numBlocks;
+        numBlocks = observer != nullptr ? observer->nextStage(numBlocks) : numBlocks + 1;
         prevLevels = prevNumBlocks * (prevNumBlocks + 1) >> 1U;
     }
     printRuntime(out, millisecondsSince(start));
@@ -154,6 +157,10 @@ void Placer::writeStatistics(const std::string& text) {
 }
 
 void Placer::place() {
+    passEnded.store(false, std::memory_order_relaxed);
+    if (observer != nullptr) {
+        observer->passBegins(numBlocks);
+    }
     levelCutFactor = static_cast<float>(1.0 / (numBlocks + 1));
     banner("==   Pre-Calculations for B&B   ==");
     calcMinDistancesCombined();
@@ -163,6 +170,9 @@ void Placer::place() {
         updateRemainingDistances();
     }
     BandB();
+    if (observer != nullptr) {
+        observer->passEnds();
+    }
 }
 
 void Placer::ordering() {
@@ -171,7 +181,8 @@ void Placer::ordering() {
     UndirectedGraph graph(numBlocks);
     for (unsigned i = 1; i < numBlocks; ++i) {
         for (unsigned j = 0; j < i; ++j) {
-            graph.addEdge(i, j, connectionWeight(blocks[i], blocks[j]));
+            const float weight = connectionWeight(blocks[i], blocks[j]);
+            graph.addEdge(i, j, joinPieces ? std::max(weight, kFaintConnection) : weight);
         }
     }
     const std::vector<unsigned> order = graph.findOrder();

@@ -22,6 +22,7 @@
 #include "BoundTables.h"
 #include "Netlist.h"
 #include "Params.h"
+#include "SearchObserver.h"
 #include "SearchWorker.h"
 
 namespace korvel {
@@ -58,6 +59,16 @@ public:
     unsigned getTermNum() const { return numTerms; }
     unsigned getNetNum() const { return netNum; }
     unsigned getPinNum() const { return pinNum; }
+
+    // Must outlive the engine; none without it. Set it before run().
+    void setObserver(SearchObserver& watcher) { observer = &watcher; }
+
+    // Makes the order of the blocks whole also for a netlist in separate pieces, by faint
+    // connections between all blocks. The order of a connected one stays what it is.
+    void setJoinPieces() { joinPieces = true; }
+
+    // The run places the blocks in stages.
+    bool isStaged() const { return stageMode; }
 
     // Asks the running search, and all that would follow, to stop; from any thread. The run goes
     // on with the best node found so far.
@@ -133,7 +144,12 @@ private:
     void expandShared(SearchState& state, SearchWorker& worker);
     void workOwnStack(SearchState& state, SearchWorker& worker);
     bool isKept(SearchState& state, SearchWorker& worker, BBNode& node);
-    void updateBest(SearchState& state, const BBNode& node);
+    void updateBest(SearchState& state, const BBNode& node, const WorkingPlacement& placement);
+    void tellObserver(SearchWorker& worker);
+    bool isStopped() const {
+        return stopRequested.load(std::memory_order_relaxed) ||
+               passEnded.load(std::memory_order_relaxed);
+    }
     void finishSearch(const AlignmentTables& alignment);
     void reportSearch();
 
@@ -169,6 +185,9 @@ private:
     std::optional<SearchCounters> searchCounters;
     std::unique_ptr<const SearchTables> searchTables;  // of the last search
     std::atomic<bool> stopRequested{false};
+    std::atomic<bool> passEnded{false};  // the observer has ended the current pass
+    SearchObserver* observer = nullptr;
+    bool joinPieces = false;
 };
 
 }  // namespace korvel

@@ -63,6 +63,7 @@ struct Children {
 }  // namespace
 
 void Placer::branch(NodeStack& stack, BBNode& node, float bestWL, SearchCounters& counters) const {
+    const std::size_t openBefore = stack.size();
     if (node.isBlockComplete()) {
         branchOrientations(stack, node, bestWL);
     } else if (node.definedNodes > node.numBlocks - 1) {
@@ -72,6 +73,9 @@ void Placer::branch(NodeStack& stack, BBNode& node, float bestWL, SearchCounters
         std::exit(0);
     } else {
         branchTopologies(stack, node, bestWL, counters);
+    }
+    if (stack.size() == openBefore) {
+        counters.closedShare += node.share;
     }
 }
 
@@ -126,6 +130,7 @@ void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL) co
         const float wirelength = numTerms != 0 ? node.wirelength + termDist : node.wirelength;
         children.add(orient, wirelength, wirelength);
     }
+    const float share = node.share / static_cast<float>(children.num);
     children.push(stack, node, [&](BBNode& child, Orient orient) {
         if (next != 0) {
             fillRemDistances(child, orient);
@@ -133,6 +138,7 @@ void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL) co
         child.addBlock(orient, netlist);
         ++child.blockLevel;
         child.definedNodes = 0;
+        child.share = share;
     });
 }
 
@@ -164,10 +170,12 @@ void Placer::branchTopologies(NodeStack& stack, BBNode& node, float bestWL,
         const float wirelength = node.wirelength + distance;
         children.add(topology, wirelength, remaining + wirelength);
     }
+    const float share = node.share / static_cast<float>(children.num);
     children.push(stack, node, [&](BBNode& child, Topology topology) {
         child.relate(a, b, topology);
         ++child.definedNodes;
         ++child.blockLevel;
+        child.share = share;
     });
 }
 

@@ -23,6 +23,8 @@ namespace {
 constexpr unsigned kSharedLevels = 3;
 constexpr double kNoBound = 0.0001;
 constexpr long kIdleWaitNanoseconds = 100'000;
+// Nodes between two words to the observer: a rare look at the clock, and no long wait for a stop.
+constexpr std::uint64_t kNodesBetweenWords = 64;
 
 void sleepIdle() {
     const timespec wait{0, kIdleWaitNanoseconds};
@@ -92,6 +94,7 @@ std::vector<std::thread> startWorkers(const Work& work, unsigned number) {
 void SearchCounters::add(const SearchCounters& other) {
     expandedNodes += other.expandedNodes;
     sortedNodes += other.sortedNodes;
+    closedShare += other.closedShare;
     for (std::size_t level = 0; level < prunedByBound.size(); ++level) {
         prunedByBound[level] += other.prunedByBound[level];
         cutAtBranching[level] += other.cutAtBranching[level];
@@ -129,6 +132,9 @@ const SearchTables& Placer::prepareTables() {
 }
 
 void Placer::search(SearchState& state, const SearchTables& shared) {
+    if (observer != nullptr) {
+        observer->searchBegins();
+    }
     const auto start = std::chrono::steady_clock::now();
     state.sharedStack.push(BBNode());
     state.sharedStackEmpty.store(false);
@@ -154,6 +160,7 @@ void Placer::BBcore(SearchState& state, const SearchTables& shared) {
         }
         countOut(state);
     }
+    tellObserver(worker);
     const std::lock_guard lock(state.bestMutex);
     state.counters.add(worker.counters);
 }
@@ -161,7 +168,7 @@ void Placer::BBcore(SearchState& state, const SearchTables& shared) {
 // Waits for a node on the shared stack; false at the end of the search. A worker that gets one is
 // counted in.
 bool Placer::takeNode(SearchState& state, BBNode& node) const {
-    while (!stopRequested.load(std::memory_order_relaxed)) {
+    while (!isStopped()) {
         if (!state.sharedStackEmpty.load()) {
             countIn(state);
             {
@@ -194,7 +201,7 @@ void Placer::expandShared(SearchState& state, SearchWorker& worker) {
 // Works on the own stack until it is empty, or handed over to a worker that waits. A single node
 // is not worth handing over.
 void Placer::workOwnStack(SearchState& state, SearchWorker& worker) {
-    while (!worker.ownStack.empty() && !stopRequested.load(std::memory_order_relaxed)) {
+    while (!worker.ownStack.empty() && !isStopped()) {
         if (state.shareRequest.load() && worker.ownStack.size() != 1) {
             shareOwnStack(state, worker.ownStack);
             continue;
@@ -212,24 +219,42 @@ void Placer::workOwnStack(SearchState& state, SearchWorker& worker) {
 // Tests a node. A complete one that passes may be the best, and is not branched.
 bool Placer::isKept(SearchState& state, SearchWorker& worker, BBNode& node) {
     ++worker.counters.expandedNodes;
+    if (worker.counters.expandedNodes - worker.toldNodes >= kNodesBetweenWords) {
+        tellObserver(worker);
+    }
     if (!estimateNode(node, state.bestWL.load(), worker)) {
         ++worker.counters.prunedByBound[node.blockLevel - 1];
+        worker.counters.closedShare += node.share;
         return false;
     }
     if (node.blockLevel == state.levelCount) {
-        updateBest(state, node);
+        updateBest(state, node, worker.placement);
+        worker.counters.closedShare += node.share;
         return false;
     }
     return true;
 }
 
-void Placer::updateBest(SearchState& state, const BBNode& node) {
+void Placer::tellObserver(SearchWorker& worker) {
+    const std::uint64_t nodes = worker.counters.expandedNodes - worker.toldNodes;
+    const double share = worker.counters.closedShare - worker.toldShare;
+    worker.toldNodes += nodes;
+    worker.toldShare += share;
+    if (observer != nullptr && !observer->worked(nodes, share)) {
+        passEnded.store(true, std::memory_order_relaxed);
+    }
+}
+
+void Placer::updateBest(SearchState& state, const BBNode& node, const WorkingPlacement& placement) {
     const std::lock_guard lock(state.bestMutex);
     if (state.bestWL.load() > node.wirelength) {
         state.bestNode = node;
         state.bestWL.store(node.wirelength);
         out << "best solution is updated, bestWL (w/o one-die nets): " << node.wirelength
             << std::endl;
+        if (observer != nullptr) {
+            observer->improved(node, placement);
+        }
     }
 }
 
@@ -305,7 +330,8 @@ void Placer::finishSearch(const AlignmentTables& alignment) {
 }
 
 void Placer::reportSearch() {
-    if (stageMode) {
+    // A stage that was ended too early to find anything leaves the decisions of the one before.
+    if (stageMode && (bestNode.numBlocks != 0 || !isStopped())) {
         prevBestNode = bestNode;
     }
     out << std::endl
@@ -316,7 +342,8 @@ void Placer::reportSearch() {
         << "bestBBNode hight: " << bestNode.height << std::endl;
     bestNode.printPlacement(netlist, out);
 
-    if (initialPlacement) {
+    // What was to be beaten is so still, if nothing was found.
+    if (initialPlacement && bestNode.numBlocks != 0) {
         initWL = bestNode.wirelength;
     }
     std::ostringstream piece;

@@ -25,6 +25,7 @@ struct SearchCounters {
 
     std::uint64_t expandedNodes = 0;            // nodes taken from any stack
     std::uint64_t sortedNodes = 0;              // block-complete nodes without a cycle
+    double closedShare = 0.0;                   // of the tree: the shares of nodes without children
     std::vector<std::uint64_t> prunedByBound;   // nodes rejected, by level - 1
     std::vector<std::uint64_t> cutAtBranching;  // children cut by their bound, by parent level - 1
 

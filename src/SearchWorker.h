@@ -33,6 +33,8 @@ struct SearchWorker {
     NodeStack ownStack;
     BBNode node;  // the one at hand
     SearchCounters counters;
+    std::uint64_t toldNodes = 0;  // of the counters, what the observer knows of
+    double toldShare = 0.0;
 };
 
 }  // namespace korvel

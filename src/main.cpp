@@ -1,8 +1,14 @@
+#include <iostream>
+
 #include "IO.h"
 #include "Placer.h"
 #include "ProcessEnd.h"
+#include "commands/Commands.h"
 
 int main(int argc, char* argv[]) {
+    if (korvel::isCommand(argc, argv)) {
+        return korvel::runCommand(argc, argv, std::cout, std::cerr);
+    }
     try {
         korvel::Placer placer(0.0F);
         korvel::IO io(placer);

@@ -154,6 +154,73 @@ TEST(Search, ALimitStopsLongRunsAndDoesNotHoldUpOthers) {
     expectSoundRun(small, brief.report.str());
 }
 
+// Adds up what it is told, and can end the pass.
+class Watcher : public SearchObserver {
+public:
+    explicit Watcher(std::uint64_t mostNodes) : mostNodes(mostNodes) {}
+
+    void passBegins(unsigned) override {
+        nodes = 0;
+        share = 0.0;
+    }
+    void improved(const BBNode& node, const WorkingPlacement&) override {
+        lengths.push_back(node.wirelength);
+    }
+    bool worked(std::uint64_t taken, double closed) override {
+        share += closed;
+        return (nodes += taken) < mostNodes;
+    }
+
+    const std::uint64_t mostNodes;
+    std::atomic<std::uint64_t> nodes{0};
+    std::atomic<double> share{0.0};
+    std::vector<float> lengths;
+};
+
+TEST(Search, TellsAnObserverOfItsWork) {
+    for (const unsigned threads : {1U, 3U}) {
+        SCOPED_TRACE(threads);
+        Engine engine(randomDesign(5, {4, 3, 12}), threads);
+        Watcher watcher(std::numeric_limits<std::uint64_t>::max());
+        engine.placer.setObserver(watcher);
+        engine.placer.ordering();
+        engine.placer.place();
+        EXPECT_EQ(watcher.nodes, engine.placer.getSearchCounters()->expandedNodes);
+        EXPECT_NEAR(watcher.share, 1.0, 1e-4);
+        EXPECT_EQ(watcher.lengths.back(), engine.placer.getBestNode().wirelength);
+        EXPECT_TRUE(std::is_sorted(watcher.lengths.rbegin(), watcher.lengths.rend()));
+    }
+}
+
+TEST(Search, AnObserverEndsAPassAndNotTheRun) {
+    Engine engine(randomDesign(42, {10, 6, 60}), 2);
+    Watcher watcher(2000);
+    engine.placer.setObserver(watcher);
+    engine.placer.run();
+    EXPECT_EQ(readReport(engine.report.str()).size(), 2U);
+    EXPECT_GE(watcher.nodes, 2000U);
+    EXPECT_LT(watcher.nodes, 4000U);
+    EXPECT_LT(watcher.share, 0.9);
+}
+
+TEST(Search, OrdersSeparatePiecesWholly) {
+    Design design = randomDesign(1, {6, 0, 0});
+    design.nets = {{{"d0", 0, 0}, {"d3", 0, 0}}, {{"d5", 0, 0}, {"d1", 0, 0}}};
+    Engine engine(design);
+    engine.placer.setJoinPieces();
+    engine.placer.ordering();
+    std::set<std::string> names;
+    std::string order;
+    for (const Block& block : engine.netlist.blocks) {
+        names.insert(block.getName());
+        order += block.getName();
+    }
+    EXPECT_EQ(names.size(), 6U);
+    // Whoever is connected follows at once.
+    EXPECT_TRUE(order.find("d0d3") != std::string::npos || order.find("d3d0") != std::string::npos);
+    EXPECT_TRUE(order.find("d1d5") != std::string::npos || order.find("d5d1") != std::string::npos);
+}
+
 TEST(Search, ManyDiesArePlacedInStagesThatFollowEachOther) {
     Design design;
     for (unsigned i = 0; i < 100; ++i) {

@@ -55,4 +55,13 @@ Relations Relations::of(const Design& design, const Placement& placement) {
     return relations;
 }
 
+Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin) {
+    if (!design.isDie(pin.body)) {
+        return design.terminalOf(pin.body).at;
+    }
+    const PlacedDie& placed = placement[pin.body];
+    const Spot offset = turned(pin.offset, design.dies[pin.body].size, placed.orient);
+    return {placed.at.x + offset.x, placed.at.y + offset.y};
+}
+
 }  // namespace korvel

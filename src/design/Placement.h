@@ -15,6 +15,9 @@ struct PlacedDie {
 // By die, in the design's order.
 using Placement = std::vector<PlacedDie>;
 
+// Where a pin lies.
+Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin);
+
 // Half-perimeter wirelength over all nets.
 double wirelength(const Design& design, const Placement& placement);
 

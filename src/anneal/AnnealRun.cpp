@@ -1,0 +1,239 @@
+#include "anneal/AnnealRun.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace korvel {
+
+namespace {
+
+// Temperatures in parts of what a random change makes of a random layout.
+constexpr double kStartHeat = 0.3;
+constexpr double kEndHeat = 1e-3;
+constexpr int kTrials = 500;
+
+// The stages of a run: some random starts are cooled down in the first part of it, then the best
+// layout of them is heated up again, not as far, and cooled down, more than once.
+struct Stages {
+    unsigned starts;
+    unsigned reheats;
+    double startsPart;
+};
+constexpr Stages kStages{2, 3, 0.4};
+// With few moves for the number of dies it is best to cool one start down as slowly as they allow.
+constexpr Stages kStagesIfShort{1, 0, 1.0};
+constexpr double kReheated = 0.4;  // the share of the cooling that a reheated layout skips
+
+struct Stage {
+    unsigned number;
+    double cooled;  // from 0, hot, to 1
+};
+
+Stage stageAt(const Stages& stages, double share) {
+    if (share < stages.startsPart) {
+        const double at = share / stages.startsPart * stages.starts;
+        return {static_cast<unsigned>(at), at - std::floor(at)};
+    }
+    const double at = (share - stages.startsPart) / (1.0 - stages.startsPart) * stages.reheats;
+    return {stages.starts + static_cast<unsigned>(at),
+            kReheated + (1.0 - kReheated) * (at - std::floor(at))};
+}
+
+// Moves per die that exact coordinates for a layout are worth; they cost a third of that time at
+// most.
+constexpr unsigned kWorkOutEvery = 25;
+// Layouts so much longer than the best one may be shorter than it with exact coordinates.
+constexpr double kPromising = 1.03;
+// So many programs can be saved up for later.
+constexpr std::uint64_t kSaved = 100;
+constexpr unsigned kAdaptEvery = 256;
+
+// The penalty of what lies outside, in parts of the scale.
+constexpr double kLeastPenalty = 0.05;
+constexpr double kMostPenalty = 100.0;
+
+constexpr double kHopeFades = 1e-3;  // by move
+
+}  // namespace
+
+AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
+                     RandomStream stream, bool isShort, Notice notice)
+    : design(design),
+      isShort(isShort),
+      solver(solver),
+      random(stream),
+      notice(std::move(notice)),
+      region(region),
+      layout(solver.nets(), region),
+      moves(layout, region),
+      onOneDie(wirelength(design, layout.placement()) - layout.length()),
+      shortest(std::numeric_limits<double>::infinity()),
+      toldShortest(shortest),
+      bestOrders(layout.dieNum()) {
+    scramble();
+}
+
+// A random start, and how much random changes of it weigh.
+void AnnealRun::scramble() {
+    const double everything = std::numeric_limits<double>::infinity();
+    layout.editOrders().shuffle(random);
+    for (unsigned die = 0; die < layout.dieNum(); ++die) {
+        layout.turn(die, static_cast<Orient>(random.below(kUnmirroredOrients)));
+    }
+    layout.arrange(random, everything);
+    layout.keep();
+    double changes = 0.0;
+    for (int trial = 0; trial < kTrials; ++trial) {
+        length = layout.length();
+        moves.change(random);
+        layout.arrange(random, everything);
+        layout.keep();
+        changes += std::abs(layout.length() - length);
+    }
+    length = layout.length();
+    excess = layout.excess();
+    startHeat = kStartHeat * changes / kTrials;
+    penalty = scale();
+    hope = length;
+}
+
+void AnnealRun::advance(unsigned moves, double share) {
+    const Stage now = stageAt(isShort ? kStagesIfShort : kStages, share);
+    for (; stage < now.number; ++stage) {
+        begin(stage + 1);
+    }
+    heat = startHeat * std::pow(kEndHeat / kStartHeat, now.cooled);
+    for (unsigned left = moves; left > 0; --left) {
+        move();
+        ++moveNum;
+        if (moveNum % kAdaptEvery == 0) {
+            adaptPenalty(now.cooled);
+        }
+        if (moveNum % (4 * perWorkOut()) == 0) {
+            workOut();
+        }
+    }
+}
+
+void AnnealRun::begin(unsigned number) {
+    finish();
+    if (number < kStages.starts || shortest == std::numeric_limits<double>::infinity()) {
+        scramble();
+        return;
+    }
+    layout.place(bestOrders, best);
+    length = layout.length();
+    excess = 0.0;
+    penalty = std::min(penalty, scale());
+}
+
+// The threshold is drawn first: a change that overflows by more than the savings to be hoped for
+// is turned down before anything is placed or measured, which is most of them in a full region.
+void AnnealRun::move() {
+    const double allowance = -heat * std::log(1.0 - random.fraction());
+    moves.change(random);
+    if (!layout.arrange(random, excess + (allowance + hope) / penalty)) {
+        layout.undo();
+    } else {
+        judge(allowance);
+    }
+    hope *= 1.0 - kHopeFades;
+}
+
+void AnnealRun::judge(double allowance) {
+    const double newLength = layout.length();
+    const double newExcess = layout.excess();
+    if (newExcess > excess) {
+        hope = std::max(hope, length - newLength);
+    }
+    if (newLength - length + penalty * (newExcess - excess) > allowance) {
+        layout.undo();
+        return;
+    }
+    layout.keep();
+    length = newLength;
+    excess = newExcess;
+    noteBest();
+    if (excess <= 0.0 && length < kPromising * shortest && moveNum >= nextWorkOut && isNew()) {
+        nextWorkOut = std::max(nextWorkOut, moveNum - std::min(moveNum, kSaved * perWorkOut())) +
+                      perWorkOut();
+        workOut();
+    }
+}
+
+std::uint64_t AnnealRun::perWorkOut() const {
+    return std::uint64_t{kWorkOutEvery} * layout.dieNum();
+}
+
+// Whether the layout was not worked out lately: the same ones come again and again.
+bool AnnealRun::isNew() {
+    std::uint64_t hash = 0;
+    for (unsigned rank = 0; rank < layout.dieNum(); ++rank) {
+        const unsigned die = layout.sequences().order(SequencePair::Upper)[rank];
+        for (const unsigned word : {die, layout.sequences().rank(SequencePair::Lower, die),
+                                    orientIndex(layout.orientation(die))}) {
+            hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
+            hash ^= hash >> 29;
+        }
+    }
+    return std::exchange(workedOut[hash % workedOut.size()], hash) != hash;
+}
+
+void AnnealRun::noteBest() {
+    if (excess <= 0.0 && length < shortest) {
+        shortest = length;
+        bestOrders = layout.sequences();
+        best = layout.placement();
+        isTold = false;
+    }
+}
+
+// Some of the time outside, all of the way: illegal layouts are short cuts between legal ones.
+void AnnealRun::adaptPenalty(double cooled) {
+    const double easing = cooled < 0.8 ? 0.98 : 0.9995;
+    penalty = std::clamp(penalty * (excess > 0.0 ? 1.02 : easing), kLeastPenalty * scale(),
+                         kMostPenalty * scale());
+}
+
+// Sliding one die at a time gets stuck where several would have to move together.
+void AnnealRun::workOut() {
+    if (excess <= 0.0) {
+        if (const auto exact = exactly(layout.sequences(), layout.placement())) {
+            layout.place(layout.sequences(), *exact);
+            length = layout.length();
+            noteBest();
+        }
+    }
+    finish();
+}
+
+std::optional<Placement> AnnealRun::exactly(const SequencePair& orders,
+                                            const Placement& placement) const {
+    std::vector<Orient> orients;
+    for (const PlacedDie& die : placement) {
+        orients.push_back(die.orient);
+    }
+    return solver.solve(orders.relations(), orients);
+}
+
+void AnnealRun::finish() {
+    if (isTold) {
+        return;
+    }
+    isTold = true;
+    const auto exact = exactly(bestOrders, best);
+    if (!exact) {
+        return;
+    }
+    best = *exact;
+    const double all = wirelength(design, best);
+    shortest = std::min(shortest, all - onOneDie);
+    if (all < toldShortest) {
+        toldShortest = all;
+        notice(best, all);
+    }
+}
+
+}  // namespace korvel

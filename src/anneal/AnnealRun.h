@@ -1,0 +1,77 @@
+// One restart of the annealer: layouts from random starts, cooled down, and the best of them worked
+// on. Its result depends on its
+// random stream and on the shares of the schedule that it is given, nothing else.
+// Owned and used by one thread.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "anneal/Moves.h"
+#include "anneal/SlidLayout.h"
+#include "exact/ExactCoordinates.h"
+
+namespace korvel {
+
+class AnnealRun {
+public:
+    // Told of every placement that is shorter than all before it in this run, with coordinates
+    // that are best for its relations.
+    using Notice = std::function<void(const Placement&, double length)>;
+
+    // `isShort`: there will be few moves for that many dies.
+    // Design and solver, which is for that design and region, must outlive the run.
+    AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
+              RandomStream stream, bool isShort, Notice notice);
+
+    // Goes on by that many moves. `share` is how much of the schedule is over, from 0 to 1.
+    void advance(unsigned moves, double share);
+    // Works out what is found and not yet told.
+    void finish();
+
+private:
+    void begin(unsigned number);
+    void scramble();
+    void move();
+    void judge(double allowance);
+    void adaptPenalty(double cooled);
+    void noteBest();
+    bool isNew();
+    std::uint64_t perWorkOut() const;
+    void workOut();
+    std::optional<Placement> exactly(const SequencePair& orders, const Placement& placement) const;
+    // Something of the order of the wirelength, even if there are no nets.
+    double scale() const { return length + region.width + region.height; }
+
+    const Design& design;
+    const bool isShort;
+    const CoordinateSolver& solver;
+    RandomStream random;
+    Notice notice;
+    const Region region;
+    SlidLayout layout;
+    Moves moves;
+
+    double startHeat = 0.0;
+    double heat = 0.0;
+    double length = 0.0;   // of the layout as it is kept
+    double excess = 0.0;   // likewise
+    double penalty = 0.0;  // of one region's side too much, in wirelength
+    double hope = 0.0;     // how much wirelength a move that needs more room may save
+    unsigned stage = 0;
+    std::uint64_t moveNum = 0;
+    std::uint64_t nextWorkOut = 0;
+    std::array<std::uint64_t, 4096> workedOut{};  // hashes of layouts, by themselves
+
+    double onOneDie;      // length of the nets that no layout counts
+    double shortest;      // legal, of all layouts
+    double toldShortest;  // wirelength, of all nets
+    SequencePair bestOrders;
+    Placement best;
+    bool isTold = true;  // whether `best` is worked out
+};
+
+}  // namespace korvel

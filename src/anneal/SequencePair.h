@@ -1,0 +1,38 @@
+// Two orders of all dies, which together say how each pair of dies lies: a die that comes first in
+// both is left of the other, one that comes first in the upper order only is above it. Every legal
+// placement has such a pair of orders, and the relations of every pair of orders fit together.
+// A value.
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "anneal/RandomStream.h"
+#include "design/Placement.h"
+
+namespace korvel {
+
+class SequencePair {
+public:
+    enum Which : unsigned { Upper, Lower };
+
+    explicit SequencePair(unsigned dieNum);
+
+    void shuffle(RandomStream& random);
+    // Exchanges two dies in one order.
+    void swap(Which which, unsigned a, unsigned b);
+    // Takes a die out of one order and puts it at `rank`.
+    void moveTo(Which which, unsigned die, unsigned rank);
+
+    const std::vector<unsigned>& order(Which which) const { return orders[which]; }
+    unsigned rank(Which which, unsigned die) const { return ranks[which][die]; }
+    const std::vector<unsigned>& rankOfDies(Which which) const { return ranks[which]; }
+
+    Relations relations() const;
+
+private:
+    std::array<std::vector<unsigned>, 2> orders;  // dies
+    std::array<std::vector<unsigned>, 2> ranks;   // by die
+};
+
+}  // namespace korvel

@@ -1,0 +1,480 @@
+#include "anneal/SlidLayout.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace korvel {
+
+namespace {
+
+constexpr double kNever = std::numeric_limits<double>::infinity();
+
+unsigned indexOf(Axis axis) {
+    return static_cast<unsigned>(axis);
+}
+
+}  // namespace
+
+SlidLayout::SlidLayout(const NetModel& nets, Region region)
+    : nets(nets),
+      orders(nets.dieNum()),
+      keptOrders(nets.dieNum()),
+      orients(nets.dieNum(), Orient::N),
+      pairsOf(nets.dieNum()),
+      wideOf(nets.dieNum()),
+      pairSeen(nets.pairs().size(), 0),
+      wideSeen(nets.wideNets().size(), 0),
+      chain(nets.dieNum() + 1) {
+    for (unsigned pair = 0; pair < nets.pairs().size(); ++pair) {
+        for (const unsigned body : {nets.pairs()[pair].a, nets.pairs()[pair].b}) {
+            if (body != nets.ground()) {
+                pairsOf[body].push_back(pair);
+            }
+        }
+    }
+    for (const NetModel::WideNet& net : nets.wideNets()) {
+        firstMembers.push_back(static_cast<unsigned>(memberBodies.size()));
+        for (const NetModel::Member& member : net.members) {
+            if (member.body != nets.ground()) {
+                wideOf[member.body].push_back({static_cast<unsigned>(wideCounts.size()),
+                                               static_cast<unsigned>(memberBodies.size())});
+            }
+            memberBodies.push_back(member.body);
+        }
+        wideCounts.push_back(net.count);
+    }
+    firstMembers.push_back(static_cast<unsigned>(memberBodies.size()));
+    for (const Axis which : kAxes) {
+        Along& axis = along(which);
+        axis.side = which == Axis::X ? region.width : region.height;
+        axis.need = 0.0;
+        // The ground is a body at 0.
+        axis.at.assign(nets.dieNum() + 1, 0.0);
+        axis.kept = axis.at;
+        axis.size.assign(nets.dieNum() + 1, 0.0);
+        axis.limit.assign(nets.dieNum(), 0.0);
+        axis.bends.resize(nets.pairs().size());
+        for (const NetModel::WideNet& net : nets.wideNets()) {
+            for (const NetModel::Member& member : net.members) {
+                axis.reaches.push_back(member.reach[indexOf(which)][orientIndex(Orient::N)]);
+            }
+        }
+        axis.pairCost.assign(nets.pairs().size(), 0.0);
+        axis.wideCost.assign(nets.wideNets().size(), 0.0);
+    }
+    orients.push_back(Orient::N);
+    for (unsigned die = 0; die < nets.dieNum(); ++die) {
+        setOrientation(die, Orient::N);
+    }
+    measureAll();
+}
+
+// --- Changing --------------------------------------------------------------------------------
+
+void SlidLayout::setOrientation(unsigned die, Orient orient) {
+    orients[die] = orient;
+    for (const Axis which : kAxes) {
+        along(which).size[die] = nets.size(die, which, orient);
+        for (const unsigned pair : pairsOf[die]) {
+            const auto [a, b] = nets.pairs()[pair];
+            along(which).bends[pair] = nets.bends(pair, which, orients[a], orients[b]);
+        }
+        for (const auto& [net, member] : wideOf[die]) {
+            along(which).reaches[member] = nets.wideNets()[net]
+                                               .members[member - firstMembers[net]]
+                                               .reach[indexOf(which)][orientIndex(orient)];
+        }
+    }
+}
+
+void SlidLayout::turn(unsigned die, Orient orient) {
+    turnedFrom.emplace_back(die, orients[die]);
+    setOrientation(die, orient);
+}
+
+void SlidLayout::release(unsigned die) {
+    released.push_back(die);
+}
+
+bool SlidLayout::arrange(RandomStream& random, double mostExcess) {
+    const std::array fromLow{(random.bits() >> 63) != 0, (random.bits() >> 63) != 0};
+    findLimits<Axis::X>(fromLow[0]);
+    findLimits<Axis::Y>(fromLow[1]);
+    if (excess() > mostExcess) {
+        return false;
+    }
+    for (const unsigned die : released) {
+        const Spot wanted = wish(die);
+        along(Axis::X).at[die] = wanted.x;
+        along(Axis::Y).at[die] = wanted.y;
+    }
+    makeRoom<Axis::X>(fromLow[0]);
+    makeRoom<Axis::Y>(fromLow[1]);
+    if (excess() <= 0.0) {
+        slideMoved();
+    }
+    measureMoved();
+    return true;
+}
+
+void SlidLayout::keep() {
+    for (Along& axis : axes) {
+        std::copy(axis.at.begin(), axis.at.end(), axis.kept.begin());
+        axis.keptNeed = axis.need;
+        axis.keptLength = axis.length;
+    }
+    keptOrders = orders;
+    released.clear();
+    turnedFrom.clear();
+    journal.clear();
+}
+
+void SlidLayout::undo() {
+    for (Along& axis : axes) {
+        std::copy(axis.kept.begin(), axis.kept.end(), axis.at.begin());
+        axis.need = axis.keptNeed;
+        axis.length = axis.keptLength;
+    }
+    orders = keptOrders;
+    for (std::size_t turn = turnedFrom.size(); turn-- > 0;) {
+        setOrientation(turnedFrom[turn].first, turnedFrom[turn].second);
+    }
+    for (const Measured& measured : journal) {
+        (measured.isWide ? axes[measured.axis].wideCost
+                         : axes[measured.axis].pairCost)[measured.net] = measured.before;
+    }
+    released.clear();
+    turnedFrom.clear();
+    journal.clear();
+}
+
+void SlidLayout::place(const SequencePair& sequences, const Placement& placement) {
+    orders = sequences;
+    for (unsigned die = 0; die < dieNum(); ++die) {
+        setOrientation(die, placement[die].orient);
+        along(Axis::X).at[die] = placement[die].at.x;
+        along(Axis::Y).at[die] = placement[die].at.y;
+    }
+    for (Along& axis : axes) {
+        axis.need = 0.0;
+    }
+    measureAll();
+    keep();
+}
+
+// --- Room ------------------------------------------------------------------------------------
+
+// Calls `put(die, low)` for the dies from low to high, where `low` is the highest end of those
+// before; it answers where the die begins. `chain[r]` is the highest end of the dies below rank r
+// in the lower order, so it never falls with r, and an end raises a short stretch of it.
+template <Axis which, typename Put>
+void SlidLayout::fromLowEnd(const Put& put) {
+    const Along& axis = along(which);
+    const auto& upper = orders.order(SequencePair::Upper);
+    const auto& ranks = orders.rankOfDies(SequencePair::Lower);
+    const unsigned dieNum = this->dieNum();
+    std::fill(chain.begin(), chain.end(), 0.0);
+    for (unsigned step = 0; step < dieNum; ++step) {
+        const unsigned die = which == Axis::X ? upper[step] : upper[dieNum - 1 - step];
+        const unsigned rank = ranks[die];
+        const double end = put(die, chain[rank]) + axis.size[die];
+        for (unsigned above = rank + 1; above < dieNum && chain[above] < end; ++above) {
+            chain[above] = end;
+        }
+    }
+}
+
+// The same from the other end: `put(die, high)` with the lowest start of those after it.
+template <Axis which, typename Put>
+void SlidLayout::fromHighEnd(const Put& put) {
+    const Along& axis = along(which);
+    const auto& upper = orders.order(SequencePair::Upper);
+    const auto& ranks = orders.rankOfDies(SequencePair::Lower);
+    const unsigned dieNum = this->dieNum();
+    std::fill(chain.begin(), chain.end(), axis.side);
+    for (unsigned step = 0; step < dieNum; ++step) {
+        const unsigned die = which == Axis::X ? upper[dieNum - 1 - step] : upper[step];
+        const unsigned rank = ranks[die];
+        const double start = put(die, chain[rank] - axis.size[die]);
+        for (unsigned below = rank; below > 0 && chain[below - 1] > start; --below) {
+            chain[below - 1] = start;
+        }
+    }
+}
+
+// How far each die can give way, to the end that the others will be pushed to.
+template <Axis which>
+void SlidLayout::findLimits(bool fromLow) {
+    Along& axis = along(which);
+    double lowest = 0.0;
+    double highest = axis.side;
+    if (fromLow) {
+        fromHighEnd<which>([&](unsigned die, double high) {
+            lowest = std::min(lowest, high);
+            return axis.limit[die] = high;
+        });
+    } else {
+        fromLowEnd<which>([&](unsigned die, double low) {
+            highest = std::max(highest, low + axis.size[die]);
+            return axis.limit[die] = low;
+        });
+    }
+    axis.need = highest - lowest;
+}
+
+// Every die stays where it is unless another one pushes it or the region's end does. Which end the
+// dies give way from is the caller's: either alone would drag the layout to one side.
+template <Axis which>
+void SlidLayout::makeRoom(bool fromLow) {
+    Along& axis = along(which);
+    if (fromLow) {
+        fromLowEnd<which>([&](unsigned die, double low) {
+            return axis.at[die] = std::max(low, std::min(axis.at[die], axis.limit[die]));
+        });
+    } else {
+        fromHighEnd<which>([&](unsigned die, double high) {
+            return axis.at[die] = std::min(high, std::max(axis.at[die], axis.limit[die]));
+        });
+    }
+}
+
+double SlidLayout::excess() const {
+    double sum = 0.0;
+    for (const Along& axis : axes) {
+        // Chains that fill the side may be longer by rounding.
+        sum += std::max(0.0, axis.need / axis.side - (1.0 + 1e-9));
+    }
+    return sum;
+}
+
+// --- Sliding ---------------------------------------------------------------------------------
+
+void SlidLayout::slideMoved() {
+    for (const unsigned die : released) {
+        slide(die, Axis::X);
+        slide(die, Axis::Y);
+    }
+    for (const Axis which : kAxes) {
+        const Along& axis = along(which);
+        unsigned slid = 0;
+        for (unsigned die = 0; die < dieNum() && slid < kMostSlid; ++die) {
+            if (axis.at[die] != axis.kept[die]) {
+                slide(die, which);
+                ++slid;
+            }
+        }
+    }
+}
+
+std::pair<double, double> SlidLayout::slack(unsigned die, Axis which) const {
+    const Along& axis = along(which);
+    const auto& upper = orders.rankOfDies(SequencePair::Upper);
+    const auto& lower = orders.rankOfDies(SequencePair::Lower);
+    const bool isX = which == Axis::X;
+    double low = 0.0;
+    double high = axis.side;
+    for (unsigned other = 0; other < dieNum(); ++other) {
+        const bool sameInBoth = (upper[other] < upper[die]) == (lower[other] < lower[die]);
+        if (other == die || sameInBoth != isX) {
+            continue;
+        }
+        if (lower[other] < lower[die]) {
+            low = std::max(low, axis.at[other] + axis.size[other]);
+        } else {
+            high = std::min(high, axis.at[other]);
+        }
+    }
+    return {low, high - axis.size[die]};
+}
+
+void SlidLayout::slide(unsigned die, Axis which) {
+    Along& axis = along(which);
+    const Local here = localAt(die, which, axis.at[die]);
+    if (here.left <= 0.0 && here.right >= 0.0) {
+        return;
+    }
+    const auto [low, high] = slack(die, which);
+    if (here.right < 0.0 && high > axis.at[die]) {
+        axis.at[die] = bestBetween(die, which, axis.at[die], high);
+    } else if (here.left > 0.0 && low < axis.at[die]) {
+        axis.at[die] = bestBetween(die, which, low, axis.at[die]);
+    }
+}
+
+Spot SlidLayout::wish(unsigned die) const {
+    return {bestBetween(die, Axis::X, 0.0, along(Axis::X).side - along(Axis::X).size[die]),
+            bestBetween(die, Axis::Y, 0.0, along(Axis::Y).side - along(Axis::Y).size[die])};
+}
+
+Spot SlidLayout::centre(unsigned die) const {
+    const auto& [x, y] = axes;
+    return {x.at[die] + x.size[die] / 2, y.at[die] + y.size[die] / 2};
+}
+
+// Where the tangents at both ends meet, the function can bend; with one bend in between they meet
+// in it. So a few tangents find the lowest one.
+double SlidLayout::bestBetween(unsigned die, Axis which, double low, double high) const {
+    Local atLow = localAt(die, which, low);
+    if (atLow.right >= 0.0 || high <= low) {
+        return low;
+    }
+    Local atHigh = localAt(die, which, high);
+    if (atHigh.left <= 0.0) {
+        return high;
+    }
+    const double enough = 1e-7 * along(which).side;
+    for (int tangent = 0; tangent < kMostTangents && high - low > enough; ++tangent) {
+        const double meet = (atHigh.value - atLow.value + atLow.right * low - atHigh.left * high) /
+                            (atLow.right - atHigh.left);
+        const bool halves = tangent % 3 == 2 || !(meet > low && meet < high);
+        const double middle = halves ? (low + high) / 2 : meet;
+        const Local atMiddle = localAt(die, which, middle);
+        if (atMiddle.right < 0.0) {
+            low = middle;
+            atLow = atMiddle;
+        } else if (atMiddle.left > 0.0) {
+            high = middle;
+            atHigh = atMiddle;
+        } else {
+            return middle;
+        }
+    }
+    return atLow.value < atHigh.value ? low : high;
+}
+
+SlidLayout::Local SlidLayout::localAt(Bends bends, double distance) {
+    std::size_t first = 0;
+    for (std::size_t left = bends.size(); left > 0;) {
+        const std::size_t half = left / 2;
+        if (bends[first + half].at <= distance) {
+            first += half + 1;
+            left -= half + 1;
+        } else {
+            left = half;
+        }
+    }
+    if (first == 0) {
+        const double slope = bends[0].slope - bends[0].turn;
+        return {bends[0].value + slope * (distance - bends[0].at), slope, slope};
+    }
+    const NetModel::Bend& last = bends[first - 1];
+    return {last.value + last.slope * (distance - last.at),
+            last.at == distance ? last.slope - last.turn : last.slope, last.slope};
+}
+
+SlidLayout::Local SlidLayout::localAt(unsigned die, Axis which, double at) const {
+    const Along& axis = along(which);
+    Local sum{0.0, 0.0, 0.0};
+    for (const unsigned pair : pairsOf[die]) {
+        const auto [a, b] = nets.pairs()[pair];
+        if (a == die) {
+            const Local one = localAt(axis.bends[pair], at - axis.at[b]);
+            sum = {sum.value + one.value, sum.left + one.left, sum.right + one.right};
+        } else {
+            const Local one = localAt(axis.bends[pair], axis.at[a] - at);
+            sum = {sum.value + one.value, sum.left - one.right, sum.right - one.left};
+        }
+    }
+    for (const Place& place : wideOf[die]) {
+        const Local one = wideAt(place, axis, at);
+        sum = {sum.value + one.value, sum.left + one.left, sum.right + one.right};
+    }
+    return sum;
+}
+
+SlidLayout::Local SlidLayout::wideAt(Place place, const Along& axis, double at) const {
+    double low = kNever;
+    double high = -kNever;
+    for (unsigned member = firstMembers[place.net]; member < firstMembers[place.net + 1];
+         ++member) {
+        if (member != place.member) {
+            const double other = axis.at[memberBodies[member]];
+            low = std::min(low, other + axis.reaches[member].low);
+            high = std::max(high, other + axis.reaches[member].high);
+        }
+    }
+    const double ownLow = at + axis.reaches[place.member].low;
+    const double ownHigh = at + axis.reaches[place.member].high;
+    const double count = wideCounts[place.net];
+    return {count * (std::max(high, ownHigh) - std::min(low, ownLow)),
+            count * ((ownHigh > high ? 1.0 : 0.0) - (ownLow <= low ? 1.0 : 0.0)),
+            count * ((ownHigh >= high ? 1.0 : 0.0) - (ownLow < low ? 1.0 : 0.0))};
+}
+
+// --- Measuring -------------------------------------------------------------------------------
+
+double SlidLayout::pairLength(unsigned pair, const Along& axis) const {
+    const auto [a, b] = nets.pairs()[pair];
+    return localAt(axis.bends[pair], axis.at[a] - axis.at[b]).value;
+}
+
+double SlidLayout::wideLength(unsigned net, const Along& axis) const {
+    double low = kNever;
+    double high = -kNever;
+    for (unsigned member = firstMembers[net]; member < firstMembers[net + 1]; ++member) {
+        const double at = axis.at[memberBodies[member]];
+        low = std::min(low, at + axis.reaches[member].low);
+        high = std::max(high, at + axis.reaches[member].high);
+    }
+    return wideCounts[net] * (high - low);
+}
+
+void SlidLayout::measureAll() {
+    for (Along& axis : axes) {
+        axis.length = 0.0;
+        for (unsigned pair = 0; pair < axis.pairCost.size(); ++pair) {
+            axis.length += axis.pairCost[pair] = pairLength(pair, axis);
+        }
+        for (unsigned net = 0; net < axis.wideCost.size(); ++net) {
+            axis.length += axis.wideCost[net] = wideLength(net, axis);
+        }
+    }
+}
+
+void SlidLayout::measureMoved() {
+    for (unsigned axis = 0; axis < 2; ++axis) {
+        ++stamp;
+        for (unsigned die = 0; die < dieNum(); ++die) {
+            if (axes[axis].at[die] != axes[axis].kept[die]) {
+                measureNetsOf(die, axis);
+            }
+        }
+        for (const auto& [die, before] : turnedFrom) {
+            measureNetsOf(die, axis);
+        }
+    }
+}
+
+void SlidLayout::measureNetsOf(unsigned die, unsigned axis) {
+    Along& here = axes[axis];
+    for (const unsigned pair : pairsOf[die]) {
+        if (pairSeen[pair] != stamp) {
+            pairSeen[pair] = stamp;
+            const double length = pairLength(pair, here);
+            journal.push_back({axis, false, pair, here.pairCost[pair]});
+            here.length += length - here.pairCost[pair];
+            here.pairCost[pair] = length;
+        }
+    }
+    for (const auto& [net, member] : wideOf[die]) {
+        if (wideSeen[net] != stamp) {
+            wideSeen[net] = stamp;
+            const double length = wideLength(net, here);
+            journal.push_back({axis, true, net, here.wideCost[net]});
+            here.length += length - here.wideCost[net];
+            here.wideCost[net] = length;
+        }
+    }
+}
+
+Placement SlidLayout::placement() const {
+    Placement result(dieNum());
+    for (unsigned die = 0; die < dieNum(); ++die) {
+        result[die] = {{axes[0].at[die], axes[1].at[die]}, orients[die]};
+    }
+    return result;
+}
+
+}  // namespace korvel

@@ -1,0 +1,69 @@
+// What the commands have in common: their exit statuses, where they write, and the options that
+// mean the same to each. A command is a function that adds itself to the program; the lines in
+// Commands.cpp that call these functions are all that a new one needs beside its own file.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <ostream>
+#include <string>
+
+#include "design/Design.h"
+#include "design/PlacementFile.h"
+
+namespace korvel {
+
+// Exit statuses of the front door, a promise to scripts.
+enum ExitStatus : int {
+    kLegal = 0,       // also: did what was asked, where legality is not the question
+    kNotLegal = 1,    // or no legal placement found
+    kWrongUsage = 2,  // of the command line
+    kWrongInput = 3,
+    kNotWritten = 4,  // a file, or standard output
+};
+
+// One run of one command. The parser fills the command's options; the command sets the status.
+struct CommandRun {
+    std::ostream& out;
+    std::ostream& err;
+    int status = kLegal;
+};
+
+// A subcommand without options but help.
+CLI::App& addCommand(CLI::App& program, const std::string& name, const std::string& description);
+
+// What is wrong with a word of the command line that is to be a length; empty if nothing is.
+std::string faultOfLength(const std::string& word);
+std::string faultOfTolerance(const std::string& word);  // which may be zero
+
+// `--area W H`, obligatory: two positive finite numbers, in the unit of the design.
+void addArea(CLI::App& command, Region& region);
+
+// `--json FILE`: the report for programs; - for standard output, and nothing else there.
+void addJson(CLI::App& command, std::string& path);
+
+// The words DESIGN and PLACEMENT of the command line.
+struct PlacedDesignPaths {
+    std::string design;
+    std::string placement;
+};
+void addPlacedDesign(CLI::App& command, PlacedDesignPaths& paths);
+
+// A design and what a file says of its placement. None if one of them cannot be used; everything
+// that is wrong or odd is said on `err`.
+struct PlacedDesign {
+    Design design;
+    ReadPlacement placement;
+};
+std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Region region,
+                                             std::ostream& err);
+
+// Writes a file whole or not at all; says on `err` why not, and whether.
+bool writeFile(const std::string& path, const std::string& content, std::ostream& err);
+
+// `run` outlives the program's parsing; the streams are used from the calling thread only.
+void addPlace(CLI::App& program, CommandRun& run);
+void addCheck(CLI::App& program, CommandRun& run);
+void addDraw(CLI::App& program, CommandRun& run);
+
+}  // namespace korvel

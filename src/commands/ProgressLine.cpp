@@ -1,0 +1,123 @@
+#include "commands/ProgressLine.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <condition_variable>
+#include <iomanip>
+#include <sstream>
+
+#include "report/Text.h"
+#include "run/Duration.h"
+
+namespace korvel {
+
+namespace {
+
+constexpr auto kRedraw = std::chrono::milliseconds(250);
+constexpr const char* kEraseLine = "\r\x1b[K";
+
+std::size_t terminalWidth() {
+    constexpr std::size_t kUsual = 80;
+    winsize size{};
+    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    return known ? size.ws_col : kUsual;
+}
+
+// Three digits are enough for a number that changes all the time.
+std::string roughText(double number) {
+    std::ostringstream text;
+    const char* unit = "";
+    for (const char* next : {"k", "M", "G", "T"}) {
+        if (number < 1000.0) {
+            break;
+        }
+        number /= 1000.0;
+        unit = next;
+    }
+    text << std::setprecision(3) << number << unit;
+    return text.str();
+}
+
+std::string percentText(double share, int digits) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(digits) << 100.0 * share << " %";
+    return text.str();
+}
+
+std::string timeText(const Run& run) {
+    const std::string elapsed = durationText(run.elapsed());
+    return run.timeLimit() ? elapsed + " of " + durationText(*run.timeLimit()) : elapsed;
+}
+
+std::string workText(const RunProgress::View& view) {
+    const auto count = static_cast<double>(view.gauge.count);
+    const double rate = view.seconds > 0.0 ? count / view.seconds : 0.0;
+    return roughText(count) + " " + view.unit + ", " + roughText(rate) + "/s";
+}
+
+}  // namespace
+
+void StatusLine::say(const std::string& line) {
+    const std::lock_guard lock(mutex);
+    erase();
+    out << line << '\n' << std::flush;
+}
+
+void StatusLine::show(const std::string& status) {
+    if (!terminal) {
+        return;
+    }
+    const std::lock_guard lock(mutex);
+    erase();
+    // The last column stays free: some terminals begin a new line when it is written to.
+    out << status.substr(0, terminalWidth() - 1) << std::flush;
+    shown = !status.empty();
+}
+
+void StatusLine::erase() {
+    if (shown) {
+        out << kEraseLine;
+        shown = false;
+    }
+}
+
+ProgressLine::ProgressLine(const Run& run, StatusLine& line)
+    : drawer([&run, &line](const std::stop_token& stop) {
+          std::mutex mutex;
+          std::condition_variable_any never;
+          std::unique_lock lock(mutex);
+          const auto isOver = [] { return false; };
+          while (line.isTerminal() && !stop.stop_requested()) {
+              never.wait_for(lock, stop, kRedraw, isOver);
+              line.show(progressText(run));
+          }
+          line.show("");
+      }) {}
+
+std::string progressText(const Run& run) {
+    const RunProgress::View view = run.getProgress().view();
+    const double best = run.bestLength();
+    std::string text = view.phase.empty() ? "" : view.phase + "  ";
+    text += timeText(run);
+    text += std::isfinite(best)
+                ? "  HPWL " + numberText(best) + " after " + durationText(run.bestFoundAfter())
+                : "  nothing legal yet";
+    if (view.gauge.count > 0) {
+        text += "  " + workText(view);
+    }
+    if (view.gauge.share) {
+        text += "  " + percentText(*view.gauge.share, 1) + " searched";
+    }
+    if (view.gauge.lowerBound && std::isfinite(best) && best > 0.0) {
+        text += "  gap " + percentText((best - *view.gauge.lowerBound) / best, 2);
+    }
+    return text;
+}
+
+std::string improvementText(const Found& found, double seconds) {
+    return durationText(seconds) + "  HPWL " + numberText(found.wirelength) + "  " + found.finder;
+}
+
+}  // namespace korvel

@@ -1,0 +1,55 @@
+// What a user sees of a run while it works: on a terminal one line that is written again and again
+// and is gone in the end; and lines about improvements, which stay, for those who ask for them.
+#pragma once
+
+#include <mutex>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <thread>
+
+#include "run/Run.h"
+
+namespace korvel {
+
+// A stream with a last line that can be replaced. Any thread may write; nobody else does while it
+// lives.
+class StatusLine {
+public:
+    // Where it is no terminal, only what is said is written.
+    StatusLine(std::ostream& out, bool isTerminal) : out(out), terminal(isTerminal) {}
+    ~StatusLine() { show(""); }
+    StatusLine(const StatusLine&) = delete;
+    StatusLine& operator=(const StatusLine&) = delete;
+
+    bool isTerminal() const { return terminal; }
+    // A line that stays.
+    void say(const std::string& line);
+    // In place of what was shown before, cut at the terminal's right edge.
+    void show(const std::string& status);
+
+private:
+    void erase();
+
+    std::ostream& out;
+    const bool terminal;
+    std::mutex mutex;
+    bool shown = false;  // mutex; so is the stream
+};
+
+// Shows how a run stands, four times a second, until it is destroyed.
+class ProgressLine {
+public:
+    // Both must outlive it.
+    ProgressLine(const Run& run, StatusLine& line);
+
+private:
+    std::jthread drawer;
+};
+
+// Phase, time, best length, work done; without what is not known.
+std::string progressText(const Run& run);
+
+std::string improvementText(const Found& found, double seconds);
+
+}  // namespace korvel

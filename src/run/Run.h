@@ -1,0 +1,62 @@
+// One run of `place`: takes a design and options, lets the engines work, and ends when they are
+// done, at the time limit, or when it is asked to.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <stop_token>
+
+#include "run/AutoPlan.h"
+#include "run/LegalResults.h"
+#include "run/RunProgress.h"
+#include "run/RunResult.h"
+
+namespace korvel {
+
+class Run {
+public:
+    // A new best placement, and the seconds since the run began. Called from any thread, one call
+    // at a time.
+    using Notice = std::function<void(const Found&, double)>;
+
+    // Design and region must outlive it.
+    Run(const Design& design, Region region, RunOptions options, Notice notice = {});
+
+    // Works until the end, on this thread and on those that the options allow. Call it once.
+    RunResult execute();
+
+    // Ends the run with what it has; any thread, also before execute().
+    void interrupt() { end(Ending::Interrupted); }
+
+    // For those who watch, from any thread.
+    const RunProgress& getProgress() const { return progress; }
+    double bestLength() const { return incumbent.wirelength(); }
+    double bestFoundAfter() const { return foundAfter; }
+    double elapsed() const;
+    std::optional<double> timeLimit() const { return limit; }
+
+private:
+    void end(Ending reason);
+    void improved(const Found& found);
+    void runClassic(RunResult& result);
+    void runAuto(RunResult& result);
+    void anneal(RunResult& result, double until);
+    void prove(RunResult& result);
+
+    const Design& design;
+    const Region region;
+    const RunOptions options;
+    const AutoPlan plan;
+    const std::optional<double> limit;  // seconds
+    Notice notice;
+    RunClock::time_point began = RunClock::now();
+    Incumbent incumbent;
+    LegalResults results;
+    RunProgress progress;
+    std::stop_source stopping;
+    std::atomic<Ending> ending{Ending::Done};  // the first reason stays
+    std::atomic<double> foundAfter{0.0};
+};
+
+}  // namespace korvel

@@ -1,0 +1,52 @@
+// How a run stands, for whoever shows it while the engines work.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "run/StopTimer.h"
+
+namespace korvel {
+
+class RunProgress {
+public:
+    // What an engine can say at any time about the phase that it is in.
+    struct Gauge {
+        std::uint64_t count = 0;                     // of what the phase counts, since it began
+        std::optional<double> share = std::nullopt;  // of the work, 0 to 1
+        std::optional<double> lowerBound = std::nullopt;  // no legal placement is shorter
+    };
+    struct View {
+        std::string phase;  // empty between phases
+        std::string unit;   // of the count, in the plural
+        double seconds = 0.0;
+        Gauge gauge;
+    };
+
+    // While it lives, the phase goes by this name and `gauge` tells about it, from any thread.
+    class Phase {
+    public:
+        Phase(RunProgress& progress, std::string name, std::string unit,
+              std::function<Gauge()> gauge);
+        ~Phase();
+        Phase(const Phase&) = delete;
+        Phase& operator=(const Phase&) = delete;
+
+    private:
+        RunProgress& progress;
+    };
+
+    View view() const;  // any thread
+
+private:
+    mutable std::mutex mutex;  // of all that follows
+    std::string name;
+    std::string unit;
+    std::function<Gauge()> gauge;
+    RunClock::time_point began;
+};
+
+}  // namespace korvel

@@ -67,7 +67,7 @@ AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, Regio
       notice(std::move(notice)),
       region(region),
       layout(solver.nets(), region),
-      moves(layout, region),
+      moves(layout, solver.nets(), region),
       onOneDie(wirelength(design, layout.placement()) - layout.length()),
       shortest(std::numeric_limits<double>::infinity()),
       toldShortest(shortest),

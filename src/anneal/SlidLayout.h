@@ -26,6 +26,8 @@ public:
     SequencePair& editOrders() { return orders; }
     void turn(unsigned die, Orient orient);
     void release(unsigned die);
+    // Moves it by that much, inside the region; the others give way.
+    void carry(unsigned die, Spot step);
     // False, with nothing placed, if the dies need more than the region by more than `mostExcess`.
     bool arrange(RandomStream& random, double mostExcess);
     void keep();
@@ -40,6 +42,8 @@ public:
     double excess() const;
 
     const SequencePair& sequences() const { return orders; }
+    // Before the change at hand.
+    const SequencePair& keptSequences() const { return keptOrders; }
     Orient orientation(unsigned die) const { return orients[die]; }
     Placement placement() const;
     unsigned dieNum() const { return nets.dieNum(); }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 
 namespace korvel {
@@ -15,7 +14,7 @@ constexpr double kOneOrder = 0.1;
 constexpr double kBeside = 0.4;
 constexpr double kGuided = 0.5;
 // Of the dies that are put beside another one.
-const double kTogether = getenv("TOG") ? atof(getenv("TOG")) : 0.3;
+constexpr double kTogether = 0.3;
 constexpr unsigned kLongestChain = 4;
 // Of the exchanges of two dies.
 constexpr double kMatching = 0.3;

@@ -127,7 +127,8 @@ private:
     unsigned stamp = 0;
     std::vector<double> chain;  // by rank in the lower order
     static constexpr int kMostTangents = 16;
-    unsigned kMostSlid = (unsigned)(getenv("MS") ? atoi(getenv("MS")) : 1000);
+    // Pushed dies that slide after a change, the first ones; more of them cost more than they gain.
+    static constexpr unsigned kMostSlid = 12;
 };
 
 }  // namespace korvel

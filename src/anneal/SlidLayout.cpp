@@ -98,6 +98,14 @@ void SlidLayout::release(unsigned die) {
     released.push_back(die);
 }
 
+void SlidLayout::carry(unsigned die, Spot step) {
+    const std::array steps{step.x, step.y};
+    for (unsigned axis = 0; axis < 2; ++axis) {
+        double& at = axes[axis].at[die];
+        at = std::max(0.0, std::min(at + steps[axis], axes[axis].side - axes[axis].size[die]));
+    }
+}
+
 bool SlidLayout::arrange(RandomStream& random, double mostExcess) {
     const std::array fromLow{(random.bits() >> 63) != 0, (random.bits() >> 63) != 0};
     findLimits<Axis::X>(fromLow[0]);

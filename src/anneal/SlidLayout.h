@@ -76,8 +76,8 @@ private:
         std::vector<double> pairCost, wideCost;
     };
 
-    Along& along(Axis axis) { return axes[static_cast<unsigned>(axis)]; }
-    const Along& along(Axis axis) const { return axes[static_cast<unsigned>(axis)]; }
+    Along& along(Axis axis) { return axes[axis]; }
+    const Along& along(Axis axis) const { return axes[axis]; }
     void setOrientation(unsigned die, Orient orient);
 
     template <Axis which, typename Put>

@@ -22,8 +22,8 @@ double groupValue(const LengthNets::PairGroup::Points& points, unsigned halfPoin
 }  // namespace
 
 double LengthAscent::raise(LengthCut& cut, const AxisView& view, double target) {
-    double value = cut.value(view, carried);
-    load(view);
+    load(cut, view);
+    double value = cut.value(view);
     for (unsigned i = 0; i < kMostCycles && value < target; ++i) {
         collectArcs(cut, view);
         const double gain = findCycle() ? followCycle(cut, view) : 0.0;
@@ -32,17 +32,11 @@ double LengthAscent::raise(LengthCut& cut, const AxisView& view, double target) 
         }
         value += gain;
     }
-    cut.sumUp();
-    value = cut.valueOfPins(view);
-    for (unsigned to = 0; to < slotNum; ++to) {
-        for (unsigned from = 0; from < slotNum; ++from) {
-            value += double{view.gap(from, to)} * carriedUnits(from, to);
-        }
-    }
-    return value;
+    cut.setCarried(units, slotNum, stride);
+    return cut.value(view);
 }
 
-void LengthAscent::load(const AxisView& view) {
+void LengthAscent::load(const LengthCut& cut, const AxisView& view) {
     slotNum = view.slotNum;
     quadNum = view.quadNum;
     stride = quadNum * kLanes;
@@ -51,8 +45,8 @@ void LengthAscent::load(const AxisView& view) {
     potentials.resize(quadNum);
     successors.resize(quadNum);
     units.assign(choices.size(), 0);
-    for (const Carried& one : carried) {
-        carriedUnits(one.from, one.to) += static_cast<unsigned>(one.units);
+    for (const Carried& one : cut.getCarried()) {
+        carriedUnits(one.from, one.to) = one.units;
     }
     loadMembers(view);
 }
@@ -250,7 +244,7 @@ double LengthAscent::follow(const Step& step, unsigned room, LengthCut& cut, con
         case Way::GroupBackward: {
             const unsigned half = cut.getHalfPoints(item);
             const unsigned now = step.choice.way == Way::GroupForward ? half + room : half - room;
-            cut.setHalfPoints(nets, item, now);
+            cut.setHalfPoints(item, now);
             return groupValue(*view.points[item], now) - groupValue(*view.points[item], half);
         }
         case Way::LowEnd:

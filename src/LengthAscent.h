@@ -47,7 +47,7 @@ private:
         float gain;
     };
 
-    void load(const AxisView& view);
+    void load(const LengthCut& cut, const AxisView& view);
     void loadMembers(const AxisView& view);
     void collectArcs(const LengthCut& cut, const AxisView& view);
     void collectCarrying(const AxisView& view);
@@ -77,8 +77,7 @@ private:
     float negligible;
     unsigned slotNum = 0;
     unsigned quadNum = 0;
-    unsigned stride = 0;  // of rows of slots: whole quads
-    std::vector<Carried> carried;
+    unsigned stride = 0;          // of rows of slots: whole quads
     std::vector<unsigned> units;  // carried, by slot `to` in rows of slots `from`
     // The best arc for each, likewise.
     std::vector<Quad> gains;

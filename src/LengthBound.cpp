@@ -94,7 +94,7 @@ bool LengthBound::tryCuts(Workspace& space, Workspace::Best (&best)[kAxes], doub
             const Workspace::Shelf& shelf = space.shelf(axis);
             if (rank < shelf.cuts.size()) {
                 const LengthCut& cut = shelf.cuts[shelf.order[rank]];
-                const double value = cut.value(space.views[axis], space.carried);
+                const double value = cut.value(space.views[axis]);
                 if (value > best[axis].value) {
                     best[axis] = {value, rank};
                 }

@@ -54,7 +54,6 @@ public:
         std::vector<unsigned> byCoordinate;  // blocks
         std::vector<float> extents;          // whole units, by block
         std::vector<Quad> tails;             // from a slot's begin to the end of all behind it
-        std::vector<Carried> carried;
         LengthAscent ascent;
         LengthCut raised;
     };

@@ -27,7 +27,6 @@ void AxisView::start(const LengthNets& nets, Axis along, const std::vector<Orien
 
 LengthCut::LengthCut(const LengthNets& nets, Axis axis, unsigned placed)
     : ends(nets.boxNum(placed), Ends{0, 0}),
-      pulls(placed + 1, 0),
       places(std::size_t{placed + 1} * kUnmirroredOrients, 0.0) {
     for (unsigned g = 0; g < nets.groupNum(placed); ++g) {
         halfPoints.push_back(static_cast<unsigned>(nets.getPairGroups()[g].size()));
@@ -39,58 +38,37 @@ LengthCut::LengthCut(const LengthNets& nets, Axis axis, unsigned placed)
     }
 }
 
-// Pulls are paired greedily, so this may be somewhat less than the gaps allow. Each unit of pull
-// counts with the gap that it is carried over.
-double LengthCut::value(const AxisView& view, std::vector<Carried>& carried) const {
-    double sum = valueOfPins(view);
-    // Every transfer uses up what one side has left.
-    carried.resize(backward.size() + forward.size());
-    std::copy(backward.begin(), backward.end(), carried.begin());
-    Carried* next = carried.data();
-    Carried* end = next + backward.size();
-    for (const Carried& pulled : forward) {
-        const auto* row = reinterpret_cast<const float*>(view.rowTo(pulled.to));
-        for (int units = pulled.units; units > 0; ++next) {
-            Carried* best = next;
-            for (Carried* other = next + 1; other < end; ++other) {
-                best = row[other->from] > row[best->from] ? other : best;
-            }
-            std::swap(*best, *next);
-            next->to = pulled.to;
-            if (next->units > units) {
-                *end++ = {next->from, 0, next->units - units};
-                next->units = units;
-            }
-            sum += double{row[next->from]} * next->units;
-            units -= next->units;
-        }
-    }
-    carried.resize(static_cast<std::size_t>(next - carried.data()));
-    return sum;
-}
-
-double LengthCut::valueOfPins(const AxisView& view) const {
+double LengthCut::value(const AxisView& view) const {
     double sum = view.pointSum;
     for (std::size_t g = 0; g < halfPoints.size(); ++g) {
         const double* sums = view.points[g]->sums.data();
         sum -= sums[(halfPoints[g] + 1) / 2] + sums[halfPoints[g] / 2];
     }
-    for (std::size_t slot = 0; slot < pulls.size(); ++slot) {
-        sum += places[slot * kUnmirroredOrients + view.orients[slot]];
+    const double* placesOfSlot = places.data();
+    for (const unsigned orient : view.orients) {
+        sum += placesOfSlot[orient];
+        placesOfSlot += kUnmirroredOrients;
+    }
+    for (const Carried& one : carried) {
+        sum += double{view.gap(one.from, one.to)} * one.units;
     }
     return sum;
 }
 
-// The terminals' body is the largest of all, their slot comes after the placed blocks.
-unsigned LengthCut::slotOf(unsigned body) const {
-    return std::min(body, static_cast<unsigned>(pulls.size()) - 1);
+void LengthCut::setCarried(const std::vector<unsigned>& units, unsigned slotNum, unsigned stride) {
+    carried.clear();
+    for (unsigned to = 0; to < slotNum; ++to) {
+        for (unsigned from = 0; from < slotNum; ++from) {
+            if (units[to * stride + from] != 0) {
+                carried.push_back({from, to, units[to * stride + from]});
+            }
+        }
+    }
 }
 
-void LengthCut::setHalfPoints(const LengthNets& nets, unsigned group, unsigned number) {
-    const int more = static_cast<int>(number) - static_cast<int>(halfPoints[group]);
-    pulls[nets.getPairGroups()[group].first] -= more;
-    pulls[slotOf(nets.getPairGroups()[group].second)] += more;
-    halfPoints[group] = number;
+// The terminals' body is the largest of all, their slot comes after the placed blocks.
+unsigned LengthCut::slotOf(unsigned body) const {
+    return std::min(body, static_cast<unsigned>(places.size() / kUnmirroredOrients) - 1);
 }
 
 void LengthCut::readLowOff(const LengthNets& nets, Axis axis, unsigned net, unsigned member) {
@@ -109,21 +87,8 @@ void LengthCut::readHighOff(const LengthNets& nets, Axis axis, unsigned net, uns
 
 void LengthCut::addPin(unsigned body, int times, const float* offsets) {
     const unsigned slot = slotOf(body);
-    pulls[slot] += times;
     for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
         places[slot * kUnmirroredOrients + o] += times * double{offsets[o]};
-    }
-}
-
-void LengthCut::sumUp() {
-    forward.clear();
-    backward.clear();
-    for (unsigned slot = 0; slot < pulls.size(); ++slot) {
-        if (pulls[slot] > 0) {
-            forward.push_back({slot, slot, pulls[slot]});
-        } else if (pulls[slot] < 0) {
-            backward.push_back({slot, slot, -pulls[slot]});
-        }
     }
 }
 

@@ -33,11 +33,12 @@ struct AxisView {
     void start(const LengthNets& nets, Axis along, const std::vector<Orient>& blockOrients);
 };
 
-// Units of pull carried from one slot to another; see LengthCut.
+// The nets' ends pull bodies together. Units of pull that one body has backward and another forward
+// are carried from one to the other, and count with the gap between them.
 struct Carried {
     unsigned from;
     unsigned to;
-    int units;
+    unsigned units;
 };
 
 class LengthCut {
@@ -47,14 +48,15 @@ public:
     LengthCut(const LengthNets& nets, Axis axis, unsigned placed);
 
     // A sure lower bound for that node.
-    double value(const AxisView& view, std::vector<Carried>& carried) const;
+    double value(const AxisView& view) const;
 
-    // The part of it that does not depend on gaps.
-    double valueOfPins(const AxisView& view) const;
+    const std::vector<Carried>& getCarried() const { return carried; }
+    // Must take up all pulls, as they are after all changes.
+    void setCarried(const std::vector<unsigned>& units, unsigned slotNum, unsigned stride);
 
     // Of how many points of a pair group the displacement is taken to lie beyond, in halves.
     unsigned getHalfPoints(unsigned group) const { return halfPoints[group]; }
-    void setHalfPoints(const LengthNets& nets, unsigned group, unsigned number);
+    void setHalfPoints(unsigned group, unsigned number) { halfPoints[group] = number; }
 
     // The members of a box net that its ends are read off.
     struct Ends {
@@ -65,24 +67,16 @@ public:
     void readLowOff(const LengthNets& nets, Axis axis, unsigned net, unsigned member);
     void readHighOff(const LengthNets& nets, Axis axis, unsigned net, unsigned member);
 
-    // To be called after changes.
-    void sumUp();
-
 private:
     void addPin(unsigned body, int times, const float* offsets);
     unsigned slotOf(unsigned body) const;
 
     std::vector<unsigned> halfPoints;  // by pair group
     std::vector<Ends> ends;            // by box net
-    // By slot: by how much the length grows with the body's coordinate. They sum to 0.
-    std::vector<int> pulls;
     // By slot and orientation: what the places of its pins add, of box nets.
     std::vector<double> places;
 
-    // The slots that are pulled backward, with room for as many transfers as there can be, and
-    // those that are pulled forward.
-    std::vector<Carried> backward;
-    std::vector<Carried> forward;
+    std::vector<Carried> carried;
 };
 
 }  // namespace korvel

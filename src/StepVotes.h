@@ -5,11 +5,10 @@
 #include <span>
 #include <vector>
 
+#include "Axis.h"
 #include "NetAdvice.h"
 
 namespace korvel {
-
-enum Axis : unsigned { kX, kY, kAxes };
 
 // The lane of a quad that answers for moving backward along an axis; that of forward is the axis.
 constexpr unsigned backwardLane(Axis axis) {

@@ -74,7 +74,7 @@ private:
 TEST(Annealer, ReachesTheOptimumOfSmallDesigns) {
     RandomDesigns random(11);
     int placed = 0;
-    for (int round = 0; round < 10; ++round) {
+    for (int round = 0; round < 5; ++round) {
         const Design design = random.make({3, 3, 8, 4, 5, 12, 1.0});
         const Region region{random.number(5, 9) * 1.0, random.number(5, 9) * 1.0};
         const double best = AllRelations(design, region).shortest();
@@ -89,8 +89,8 @@ TEST(Annealer, ReachesTheOptimumOfSmallDesigns) {
             EXPECT_NEAR(found->wirelength, best, 1e-9) << "round " << round;
         }
     }
-    EXPECT_GT(placed, 3);
-    EXPECT_LT(placed, 10);
+    EXPECT_GT(placed, 1);
+    EXPECT_LT(placed, 5);
 }
 
 TEST(Annealer, SameSeedSameResult) {
@@ -167,7 +167,7 @@ TEST(SlidLayout, MeasuresMovedNetsOnlyAndYetAll) {
         SlidLayout layout(nets, region);
         const double onOneDie = wirelength(design, layout.placement()) - layout.length();
         RandomStream random(1, round);
-        Moves moves(layout, region);
+        Moves moves(layout, nets, region);
         layout.editOrders().shuffle(random);
         layout.arrange(random, 100.0);
         layout.keep();

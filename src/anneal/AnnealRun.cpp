@@ -22,8 +22,8 @@ struct Stages {
     double startsPart;
 };
 constexpr Stages kStages{2, 3, 0.4};
-// With few moves for the number of dies it is best to cool one start down as slowly as they allow.
-constexpr Stages kStagesIfShort{1, 0, 1.0};
+// For few dies, and with few moves for many dies, it is best to cool one start down slowly.
+constexpr Stages kStagesIfSingle{1, 0, 1.0};
 constexpr double kReheated = 0.4;  // the share of the cooling that a reheated layout skips
 
 struct Stage {
@@ -59,15 +59,15 @@ constexpr double kHopeFades = 1e-3;  // by move
 }  // namespace
 
 AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-                     RandomStream stream, bool isShort, Notice notice)
+                     RandomStream stream, bool isSingle, Notice notice)
     : design(design),
-      isShort(isShort),
+      isSingle(isSingle),
       solver(solver),
       random(stream),
       notice(std::move(notice)),
       region(region),
       layout(solver.nets(), region),
-      moves(layout, region),
+      moves(layout, solver.nets(), region),
       onOneDie(wirelength(design, layout.placement()) - layout.length()),
       shortest(std::numeric_limits<double>::infinity()),
       toldShortest(shortest),
@@ -100,7 +100,7 @@ void AnnealRun::scramble() {
 }
 
 void AnnealRun::advance(unsigned moves, double share) {
-    const Stage now = stageAt(isShort ? kStagesIfShort : kStages, share);
+    const Stage now = stageAt(isSingle ? kStagesIfSingle : kStages, share);
     for (; stage < now.number; ++stage) {
         begin(stage + 1);
     }

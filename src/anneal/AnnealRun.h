@@ -22,10 +22,10 @@ public:
     // that are best for its relations.
     using Notice = std::function<void(const Placement&, double length)>;
 
-    // `isShort`: there will be few moves for that many dies.
+    // `isSingle`: cools down one start, and does not heat up again.
     // Design and solver, which is for that design and region, must outlive the run.
     AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-              RandomStream stream, bool isShort, Notice notice);
+              RandomStream stream, bool isSingle, Notice notice);
 
     // Goes on by that many moves. `share` is how much of the schedule is over, from 0 to 1.
     void advance(unsigned moves, double share);
@@ -47,7 +47,7 @@ private:
     double scale() const { return length + region.width + region.height; }
 
     const Design& design;
-    const bool isShort;
+    const bool isSingle;
     const CoordinateSolver& solver;
     RandomStream random;
     Notice notice;

@@ -23,8 +23,11 @@ constexpr const char* kFinder = "annealing";
 constexpr unsigned kStride = 64;
 
 // A run makes so many moves by the square of the number of dies, if the time or the moves are not
-// shared out otherwise; from longer ones less is gained than from further restarts.
+// shared out otherwise; from longer ones less is gained than from further restarts. Few dies are
+// best cooled down from one start each time, and slowly.
 constexpr std::uint64_t kMovesPerDieAndDie = 4000;
+constexpr std::uint64_t kMovesIfFewDies = 10000;
+constexpr std::size_t kFewDies = 12;
 
 // With less than this part of its usual moves a run is a short one.
 constexpr double kShortPart = 0.3;
@@ -70,8 +73,10 @@ private:
     bool isOver() const {
         return stop.stop_requested() || (options.deadline && Clock::now() >= *options.deadline);
     }
+    bool hasFewDies() const { return design.dies.size() <= kFewDies; }
     std::uint64_t usualMoves() const {
-        return kMovesPerDieAndDie * design.dies.size() * design.dies.size();
+        return (hasFewDies() ? kMovesIfFewDies : kMovesPerDieAndDie) * design.dies.size() *
+               design.dies.size();
     }
 
     const Design& design;
@@ -169,8 +174,9 @@ void Annealing::workUntilStopped(unsigned thread) {
 std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, const Pace& pace,
                                  const AnnealRun::Notice& notice) {
     progress.restarts.fetch_add(1, std::memory_order_relaxed);
-    const bool isShort = expectedMoves < kShortPart * static_cast<double>(usualMoves());
-    AnnealRun run(design, solver, region, RandomStream(options.seed, number), isShort, notice);
+    const bool isSingle =
+        hasFewDies() || expectedMoves < kShortPart * static_cast<double>(usualMoves());
+    AnnealRun run(design, solver, region, RandomStream(options.seed, number), isSingle, notice);
     std::uint64_t moves = 0;
     while (!isOver()) {
         const double share = pace(moves);

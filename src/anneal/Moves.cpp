@@ -1,5 +1,6 @@
 #include "anneal/Moves.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -12,6 +13,9 @@ constexpr double kTurns = 0.2;
 constexpr double kOneOrder = 0.1;
 constexpr double kBeside = 0.4;
 constexpr double kGuided = 0.5;
+// Of the dies that are put beside another one.
+constexpr double kTogether = 0.3;
+constexpr unsigned kLongestChain = 4;
 // Of the exchanges of two dies.
 constexpr double kMatching = 0.3;
 
@@ -19,6 +23,16 @@ constexpr double kMatching = 0.3;
 constexpr double kBlur = 0.15;
 
 }  // namespace
+
+Moves::Moves(SlidLayout& layout, const NetModel& nets, Region region)
+    : layout(layout), region(region), partners(layout.dieNum()) {
+    for (const auto& [a, b] : nets.pairs()) {
+        if (b != nets.ground()) {
+            partners[a].push_back(b);
+            partners[b].push_back(a);
+        }
+    }
+}
 
 void Moves::change(RandomStream& random) {
     const unsigned die = random.below(layout.dieNum());
@@ -38,7 +52,11 @@ void Moves::change(RandomStream& random) {
         other = nearWish(die, random);
     }
     if (kind < kTurns + kOneOrder + kBeside) {
-        putBeside(die, other, random);
+        if (random.fraction() < kTogether && !partners[die].empty()) {
+            putGroupBeside(die, other, random);
+        } else {
+            putBeside(die, other, random);
+        }
     } else {
         exchangeAndTurn(die, other, random);
     }
@@ -94,13 +112,47 @@ void Moves::putBeside(unsigned die, unsigned other, RandomStream& random) {
     if (random.below(4) == 0) {
         turnSomehow(die, random);
     }
+    insertBeside(die, other, {random.below(2) == 0, random.below(2) == 0});
+    layout.release(die);
+}
+
+void Moves::insertBeside(unsigned die, unsigned other, std::array<bool, 2> isBefore) {
     SequencePair& orders = layout.editOrders();
     for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
-        const bool isBefore = random.below(2) == 0;
         const unsigned gap = orders.rank(which, die) < orders.rank(which, other) ? 1 : 0;
-        orders.moveTo(which, die, orders.rank(which, other) - gap + (isBefore ? 0 : 1));
+        orders.moveTo(which, die, orders.rank(which, other) - gap + (isBefore[which] ? 0 : 1));
     }
-    layout.release(die);
+}
+
+// Dies that many nets join hold one another back: none can leave alone. So a chain of them goes
+// together, each to the side of the one before that it was on, at the same distance.
+void Moves::putGroupBeside(unsigned die, unsigned other, RandomStream& random) {
+    const Spot from = layout.centre(die);
+    const Spot to = layout.centre(other);
+    const Spot step{to.x - from.x, to.y - from.y};
+    insertBeside(die, other, {random.below(2) == 0, random.below(2) == 0});
+    layout.carry(die, step);
+    std::array<unsigned, kLongestChain> chain{die};
+    for (unsigned last = 0; last + 1 < kLongestChain && (last == 0 || random.below(2) == 0);
+         ++last) {
+        const auto& next = partners[chain[last]];
+        if (next.empty()) {
+            return;
+        }
+        const unsigned partner = next[random.below(static_cast<unsigned>(next.size()))];
+        if (partner == other || std::find(chain.begin(), chain.begin() + last + 1, partner) !=
+                                    chain.begin() + last + 1) {
+            return;
+        }
+        const SequencePair& before = layout.keptSequences();
+        std::array<bool, 2> isBefore{};
+        for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
+            isBefore[which] = before.rank(which, partner) < before.rank(which, chain[last]);
+        }
+        insertBeside(partner, chain[last], isBefore);
+        layout.carry(partner, step);
+        chain[last + 1] = partner;
+    }
 }
 
 // The die whose centre is next to where the nets want the die, give or take.

@@ -8,7 +8,8 @@ namespace korvel {
 
 class Moves {
 public:
-    Moves(SlidLayout& layout, Region region) : layout(layout), region(region) {}
+    // Layout and nets must outlive the moves.
+    Moves(SlidLayout& layout, const NetModel& nets, Region region);
 
     // Makes one random change, to be arranged. Needs two dies; with one it only turns.
     void change(RandomStream& random);
@@ -20,10 +21,13 @@ private:
     void exchange(unsigned a, unsigned b);
     void exchangeInOneOrder(unsigned die, unsigned other, RandomStream& random);
     void putBeside(unsigned die, unsigned other, RandomStream& random);
+    void putGroupBeside(unsigned die, unsigned other, RandomStream& random);
+    void insertBeside(unsigned die, unsigned other, std::array<bool, 2> isBefore);
     unsigned nearWish(unsigned die, RandomStream& random) const;
 
     SlidLayout& layout;
     Region region;
+    std::vector<std::vector<unsigned>> partners;  // by die, those that it alone shares nets with
 };
 
 }  // namespace korvel

@@ -11,9 +11,6 @@ namespace {
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
-unsigned indexOf(Axis axis) {
-    return static_cast<unsigned>(axis);
-}
 
 }  // namespace
 
@@ -46,9 +43,9 @@ SlidLayout::SlidLayout(const NetModel& nets, Region region)
         wideCounts.push_back(net.count);
     }
     firstMembers.push_back(static_cast<unsigned>(memberBodies.size()));
-    for (const Axis which : kAxes) {
+    for (const Axis which : {kX, kY}) {
         Along& axis = along(which);
-        axis.side = which == Axis::X ? region.width : region.height;
+        axis.side = which == kX ? region.width : region.height;
         axis.need = 0.0;
         // The ground is a body at 0.
         axis.at.assign(nets.dieNum() + 1, 0.0);
@@ -58,7 +55,7 @@ SlidLayout::SlidLayout(const NetModel& nets, Region region)
         axis.bends.resize(nets.pairs().size());
         for (const NetModel::WideNet& net : nets.wideNets()) {
             for (const NetModel::Member& member : net.members) {
-                axis.reaches.push_back(member.reach[indexOf(which)][orientIndex(Orient::N)]);
+                axis.reaches.push_back(member.reach[which][orientIndex(Orient::N)]);
             }
         }
         axis.pairCost.assign(nets.pairs().size(), 0.0);
@@ -75,7 +72,7 @@ SlidLayout::SlidLayout(const NetModel& nets, Region region)
 
 void SlidLayout::setOrientation(unsigned die, Orient orient) {
     orients[die] = orient;
-    for (const Axis which : kAxes) {
+    for (const Axis which : {kX, kY}) {
         along(which).size[die] = nets.size(die, which, orient);
         for (const unsigned pair : pairsOf[die]) {
             const auto [a, b] = nets.pairs()[pair];
@@ -84,7 +81,7 @@ void SlidLayout::setOrientation(unsigned die, Orient orient) {
         for (const auto& [net, member] : wideOf[die]) {
             along(which).reaches[member] = nets.wideNets()[net]
                                                .members[member - firstMembers[net]]
-                                               .reach[indexOf(which)][orientIndex(orient)];
+                                               .reach[which][orientIndex(orient)];
         }
     }
 }
@@ -98,20 +95,28 @@ void SlidLayout::release(unsigned die) {
     released.push_back(die);
 }
 
+void SlidLayout::carry(unsigned die, Spot step) {
+    const std::array steps{step.x, step.y};
+    for (unsigned axis = 0; axis < 2; ++axis) {
+        double& at = axes[axis].at[die];
+        at = std::max(0.0, std::min(at + steps[axis], axes[axis].side - axes[axis].size[die]));
+    }
+}
+
 bool SlidLayout::arrange(RandomStream& random, double mostExcess) {
     const std::array fromLow{(random.bits() >> 63) != 0, (random.bits() >> 63) != 0};
-    findLimits<Axis::X>(fromLow[0]);
-    findLimits<Axis::Y>(fromLow[1]);
+    findLimits<kX>(fromLow[0]);
+    findLimits<kY>(fromLow[1]);
     if (excess() > mostExcess) {
         return false;
     }
     for (const unsigned die : released) {
         const Spot wanted = wish(die);
-        along(Axis::X).at[die] = wanted.x;
-        along(Axis::Y).at[die] = wanted.y;
+        along(kX).at[die] = wanted.x;
+        along(kY).at[die] = wanted.y;
     }
-    makeRoom<Axis::X>(fromLow[0]);
-    makeRoom<Axis::Y>(fromLow[1]);
+    makeRoom<kX>(fromLow[0]);
+    makeRoom<kY>(fromLow[1]);
     if (excess() <= 0.0) {
         slideMoved();
     }
@@ -154,8 +159,8 @@ void SlidLayout::place(const SequencePair& sequences, const Placement& placement
     orders = sequences;
     for (unsigned die = 0; die < dieNum(); ++die) {
         setOrientation(die, placement[die].orient);
-        along(Axis::X).at[die] = placement[die].at.x;
-        along(Axis::Y).at[die] = placement[die].at.y;
+        along(kX).at[die] = placement[die].at.x;
+        along(kY).at[die] = placement[die].at.y;
     }
     for (Along& axis : axes) {
         axis.need = 0.0;
@@ -177,7 +182,7 @@ void SlidLayout::fromLowEnd(const Put& put) {
     const unsigned dieNum = this->dieNum();
     std::fill(chain.begin(), chain.end(), 0.0);
     for (unsigned step = 0; step < dieNum; ++step) {
-        const unsigned die = which == Axis::X ? upper[step] : upper[dieNum - 1 - step];
+        const unsigned die = which == kX ? upper[step] : upper[dieNum - 1 - step];
         const unsigned rank = ranks[die];
         const double end = put(die, chain[rank]) + axis.size[die];
         for (unsigned above = rank + 1; above < dieNum && chain[above] < end; ++above) {
@@ -195,7 +200,7 @@ void SlidLayout::fromHighEnd(const Put& put) {
     const unsigned dieNum = this->dieNum();
     std::fill(chain.begin(), chain.end(), axis.side);
     for (unsigned step = 0; step < dieNum; ++step) {
-        const unsigned die = which == Axis::X ? upper[dieNum - 1 - step] : upper[step];
+        const unsigned die = which == kX ? upper[dieNum - 1 - step] : upper[step];
         const unsigned rank = ranks[die];
         const double start = put(die, chain[rank] - axis.size[die]);
         for (unsigned below = rank; below > 0 && chain[below - 1] > start; --below) {
@@ -253,10 +258,10 @@ double SlidLayout::excess() const {
 
 void SlidLayout::slideMoved() {
     for (const unsigned die : released) {
-        slide(die, Axis::X);
-        slide(die, Axis::Y);
+        slide(die, kX);
+        slide(die, kY);
     }
-    for (const Axis which : kAxes) {
+    for (const Axis which : {kX, kY}) {
         const Along& axis = along(which);
         unsigned slid = 0;
         for (unsigned die = 0; die < dieNum() && slid < kMostSlid; ++die) {
@@ -272,7 +277,7 @@ std::pair<double, double> SlidLayout::slack(unsigned die, Axis which) const {
     const Along& axis = along(which);
     const auto& upper = orders.rankOfDies(SequencePair::Upper);
     const auto& lower = orders.rankOfDies(SequencePair::Lower);
-    const bool isX = which == Axis::X;
+    const bool isX = which == kX;
     double low = 0.0;
     double high = axis.side;
     for (unsigned other = 0; other < dieNum(); ++other) {
@@ -304,8 +309,8 @@ void SlidLayout::slide(unsigned die, Axis which) {
 }
 
 Spot SlidLayout::wish(unsigned die) const {
-    return {bestBetween(die, Axis::X, 0.0, along(Axis::X).side - along(Axis::X).size[die]),
-            bestBetween(die, Axis::Y, 0.0, along(Axis::Y).side - along(Axis::Y).size[die])};
+    return {bestBetween(die, kX, 0.0, along(kX).side - along(kX).size[die]),
+            bestBetween(die, kY, 0.0, along(kY).side - along(kY).size[die])};
 }
 
 Spot SlidLayout::centre(unsigned die) const {

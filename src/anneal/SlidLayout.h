@@ -26,6 +26,8 @@ public:
     SequencePair& editOrders() { return orders; }
     void turn(unsigned die, Orient orient);
     void release(unsigned die);
+    // Moves it by that much, inside the region; the others give way.
+    void carry(unsigned die, Spot step);
     // False, with nothing placed, if the dies need more than the region by more than `mostExcess`.
     bool arrange(RandomStream& random, double mostExcess);
     void keep();
@@ -40,6 +42,8 @@ public:
     double excess() const;
 
     const SequencePair& sequences() const { return orders; }
+    // Before the change at hand.
+    const SequencePair& keptSequences() const { return keptOrders; }
     Orient orientation(unsigned die) const { return orients[die]; }
     Placement placement() const;
     unsigned dieNum() const { return nets.dieNum(); }
@@ -72,8 +76,8 @@ private:
         std::vector<double> pairCost, wideCost;
     };
 
-    Along& along(Axis axis) { return axes[static_cast<unsigned>(axis)]; }
-    const Along& along(Axis axis) const { return axes[static_cast<unsigned>(axis)]; }
+    Along& along(Axis axis) { return axes[axis]; }
+    const Along& along(Axis axis) const { return axes[axis]; }
     void setOrientation(unsigned die, Orient orient);
 
     template <Axis which, typename Put>
@@ -123,7 +127,8 @@ private:
     unsigned stamp = 0;
     std::vector<double> chain;  // by rank in the lower order
     static constexpr int kMostTangents = 16;
-    unsigned kMostSlid = (unsigned)(getenv("MS") ? atoi(getenv("MS")) : 1000);
+    // Pushed dies that slide after a change, the first ones; more of them cost more than they gain.
+    static constexpr unsigned kMostSlid = 12;
 };
 
 }  // namespace korvel

@@ -34,7 +34,7 @@ std::vector<unsigned> sortedBy(const Relations& relations, Topology precedes) {
 }  // namespace
 
 std::optional<AxisOrder> AxisOrder::of(const Relations& relations, Axis axis) {
-    const Topology precedes = axis == Axis::X ? Topology::L : Topology::B;
+    const Topology precedes = axis == kX ? Topology::L : Topology::B;
     const std::size_t dieNum = relations.getDieNum();
     AxisOrder order;
     order.sorted = sortedBy(relations, precedes);

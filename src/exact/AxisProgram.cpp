@@ -151,7 +151,7 @@ private:
         return body == nets.ground() ? Orient::N : orients[body];
     }
     NetModel::Reach reachOf(const NetModel::Member& member) const {
-        return member.reach[static_cast<unsigned>(axis)][orientIndex(orientOf(member.body))];
+        return member.reach[axis][orientIndex(orientOf(member.body))];
     }
     unsigned highEnd(std::size_t wideNet) const {
         return nets.ground() + 1 + 2 * static_cast<unsigned>(wideNet);

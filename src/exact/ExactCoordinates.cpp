@@ -27,14 +27,13 @@ std::optional<Placement> CoordinateSolver::solve(const Relations& relations,
                                                  const std::vector<Orient>& orients) const {
     KORVEL_INVARIANT(relations.getDieNum() == model.dieNum() && orients.size() == model.dieNum(),
                      "relations and orientations of this design");
-    const auto alongX = AxisOrder::of(relations, Axis::X);
-    const auto alongY = AxisOrder::of(relations, Axis::Y);
-    if (!alongX || !alongY || !fits(*alongX, Axis::X, orients) ||
-        !fits(*alongY, Axis::Y, orients)) {
+    const auto alongX = AxisOrder::of(relations, kX);
+    const auto alongY = AxisOrder::of(relations, kY);
+    if (!alongX || !alongY || !fits(*alongX, kX, orients) || !fits(*alongY, kY, orients)) {
         return std::nullopt;
     }
-    const auto x = bestPositions(model, Axis::X, region.width, *alongX, orients);
-    const auto y = bestPositions(model, Axis::Y, region.height, *alongY, orients);
+    const auto x = bestPositions(model, kX, region.width, *alongX, orients);
+    const auto y = bestPositions(model, kY, region.height, *alongY, orients);
     Placement placement(model.dieNum());
     for (unsigned die = 0; die < model.dieNum(); ++die) {
         placement[die] = {{x[die], y[die]}, orients[die]};

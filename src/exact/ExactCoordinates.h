@@ -27,7 +27,7 @@ public:
 
 private:
     bool fits(const AxisOrder& order, Axis axis, const std::vector<Orient>& orients) const;
-    double side(Axis axis) const { return axis == Axis::X ? region.width : region.height; }
+    double side(Axis axis) const { return axis == kX ? region.width : region.height; }
 
     Region region;
     NetModel model;

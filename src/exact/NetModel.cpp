@@ -24,7 +24,7 @@ Member memberAt(unsigned body) {
 }
 
 void widen(Member& member, Axis axis, Orient orient, double at) {
-    NetModel::Reach& reach = member.reach[static_cast<unsigned>(axis)][orientIndex(orient)];
+    NetModel::Reach& reach = member.reach[axis][orientIndex(orient)];
     reach = {std::min(reach.low, at), std::max(reach.high, at)};
 }
 
@@ -54,8 +54,8 @@ std::vector<Bend> sumOf(const std::vector<std::pair<Member, Member>>& nets, Axis
     std::vector<double> turns;
     double farLeft = 0.0;
     for (const auto& [a, b] : nets) {
-        const auto& reachA = a.reach[static_cast<unsigned>(axis)][orientIndex(ofA)];
-        const auto& reachB = b.reach[static_cast<unsigned>(axis)][orientIndex(ofB)];
+        const auto& reachA = a.reach[axis][orientIndex(ofA)];
+        const auto& reachB = b.reach[axis][orientIndex(ofB)];
         turns.push_back(reachB.high - reachA.high);
         turns.push_back(reachB.low - reachA.low);
         farLeft += reachB.high - reachA.low;
@@ -121,8 +121,8 @@ std::vector<Member> NetModel::membersOf(const Design& design, const Design::Net&
         for (const Orient orient : kOrients) {
             const Spot at =
                 onDie ? turned(pin.offset, sizes[body], orient) : design.terminalOf(pin.body).at;
-            widen(member, Axis::X, orient, at.x);
-            widen(member, Axis::Y, orient, at.y);
+            widen(member, kX, orient, at.x);
+            widen(member, kY, orient, at.y);
         }
     }
     std::vector<Member> inOrder;
@@ -142,7 +142,7 @@ void NetModel::addWide(std::vector<Member> members) {
 }
 
 void NetModel::fillTables(std::size_t pair, const std::vector<std::pair<Member, Member>>& nets) {
-    for (const Axis axis : kAxes) {
+    for (const Axis axis : {kX, kY}) {
         for (const Orient ofA : kOrients) {
             for (const Orient ofB : kOrients) {
                 tables[tableIndex(pair, axis, ofA, ofB)] = sumOf(nets, axis, ofA, ofB);

@@ -9,12 +9,10 @@
 #include <span>
 #include <vector>
 
+#include "Axis.h"
 #include "design/Design.h"
 
 namespace korvel {
-
-enum class Axis { X, Y };
-inline constexpr std::array kAxes{Axis::X, Axis::Y};
 
 // Lengths are in the design's unit, orientations N, E, S or W.
 class NetModel {
@@ -53,8 +51,7 @@ public:
     unsigned dieNum() const { return static_cast<unsigned>(sizes.size()); }
     unsigned ground() const { return dieNum(); }
     double size(unsigned die, Axis axis, Orient orient) const {
-        return swapsWidthAndHeight(orient) == (axis == Axis::X) ? sizes[die].height
-                                                                : sizes[die].width;
+        return swapsWidthAndHeight(orient) == (axis == kX) ? sizes[die].height : sizes[die].width;
     }
 
     const std::vector<Pair>& pairs() const { return joined; }
@@ -66,8 +63,7 @@ public:
 
 private:
     static std::size_t tableIndex(std::size_t pair, Axis axis, Orient ofA, Orient ofB) {
-        return ((pair * 2 + static_cast<std::size_t>(axis)) * kUnmirroredOrients +
-                orientIndex(ofA)) *
+        return ((pair * 2 + std::size_t{axis}) * kUnmirroredOrients + orientIndex(ofA)) *
                    kUnmirroredOrients +
                orientIndex(ofB);
     }

@@ -74,13 +74,15 @@ void addRunOptions(CLI::App& command, RunOptions& run) {
         ->check(faultOfDuration);
     command.add_option("--threads", run.threads, "Without it, as many as the machine runs at once")
         ->type_name("N")
-        ->check(CLI::Range(1U, kMostThreads));
+        ->check(CLI::Range(1U, kMostThreads).description(""));
     command
         .add_option("--engine", run.engine,
                     "auto: annealing and proof; classic: the passes of the classic interface")
-        ->type_name("NAME")
-        ->transform(CLI::CheckedTransformer(
-            std::map<std::string, Engine>{{"auto", Engine::Auto}, {"classic", Engine::Classic}}));
+        ->type_name("auto|classic")
+        ->transform(
+            CLI::CheckedTransformer(
+                std::map<std::string, Engine>{{"auto", Engine::Auto}, {"classic", Engine::Classic}})
+                .description(""));
 }
 
 void addAutoOptions(CLI::App& command, RunOptions& run) {

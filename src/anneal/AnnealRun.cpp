@@ -11,7 +11,6 @@ namespace {
 
 // Temperatures in parts of what a random change makes of a random layout.
 constexpr double kStartHeat = 0.3;
-constexpr double kEndHeat = 1e-3;
 constexpr int kTrials = 500;
 
 // The stages of a run: some random starts are cooled down in the first part of it, then the best
@@ -20,16 +19,32 @@ struct Stages {
     unsigned starts;
     unsigned reheats;
     double startsPart;
+    double reheated;  // the share of the cooling that a reheated layout skips
+    double endHeat;
 };
-constexpr Stages kStages{2, 3, 0.4};
-// For few dies, and with few moves for many dies, it is best to cool one start down slowly.
-constexpr Stages kStagesIfSingle{1, 0, 1.0};
-constexpr double kReheated = 0.4;  // the share of the cooling that a reheated layout skips
+constexpr Stages kStages{2, 3, 0.4, 0.4, 1e-3};
+// Few dies have so few layouts that exact coordinates end what a cold run would: they stay warmer,
+// where they can still leave the layout at hand.
+constexpr Stages kStagesIfFewDies{2, 3, 0.4, 0.2, 1e-2};
+// With few moves for the number of dies it is best to cool one start down slowly.
+constexpr Stages kStagesIfSingle{1, 0, 1.0, 0.0, 1e-3};
 
 struct Stage {
     unsigned number;
     double cooled;  // from 0, hot, to 1
 };
+
+const Stages& stagesOf(AnnealRun::Plan plan) {
+    switch (plan) {
+        case AnnealRun::Plan::Single:
+            return kStagesIfSingle;
+        case AnnealRun::Plan::FewDies:
+            return kStagesIfFewDies;
+        case AnnealRun::Plan::Usual:
+            break;
+    }
+    return kStages;
+}
 
 Stage stageAt(const Stages& stages, double share) {
     if (share < stages.startsPart) {
@@ -38,7 +53,7 @@ Stage stageAt(const Stages& stages, double share) {
     }
     const double at = (share - stages.startsPart) / (1.0 - stages.startsPart) * stages.reheats;
     return {stages.starts + static_cast<unsigned>(at),
-            kReheated + (1.0 - kReheated) * (at - std::floor(at))};
+            stages.reheated + (1.0 - stages.reheated) * (at - std::floor(at))};
 }
 
 // Moves per die that exact coordinates for a layout are worth; they cost a third of that time at
@@ -59,9 +74,9 @@ constexpr double kHopeFades = 1e-3;  // by move
 }  // namespace
 
 AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-                     RandomStream stream, bool isSingle, Notice notice)
+                     RandomStream stream, Plan plan, Notice notice)
     : design(design),
-      isSingle(isSingle),
+      plan(plan),
       solver(solver),
       random(stream),
       notice(std::move(notice)),
@@ -100,11 +115,12 @@ void AnnealRun::scramble() {
 }
 
 void AnnealRun::advance(unsigned moves, double share) {
-    const Stage now = stageAt(isSingle ? kStagesIfSingle : kStages, share);
+    const Stages& stages = stagesOf(plan);
+    const Stage now = stageAt(stages, share);
     for (; stage < now.number; ++stage) {
         begin(stage + 1);
     }
-    heat = startHeat * std::pow(kEndHeat / kStartHeat, now.cooled);
+    heat = startHeat * std::pow(stages.endHeat / kStartHeat, now.cooled);
     for (unsigned left = moves; left > 0; --left) {
         move();
         ++moveNum;
@@ -119,7 +135,7 @@ void AnnealRun::advance(unsigned moves, double share) {
 
 void AnnealRun::begin(unsigned number) {
     finish();
-    if (number < kStages.starts || shortest == std::numeric_limits<double>::infinity()) {
+    if (number < stagesOf(plan).starts || shortest == std::numeric_limits<double>::infinity()) {
         scramble();
         return;
     }

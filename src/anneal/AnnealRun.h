@@ -18,14 +18,17 @@ namespace korvel {
 
 class AnnealRun {
 public:
+    // How the starts and the reheating share the moves. Single: cools down one start, and does not
+    // heat up again. FewDies: stays warmer.
+    enum class Plan : unsigned char { Usual, FewDies, Single };
+
     // Told of every placement that is shorter than all before it in this run, with coordinates
     // that are best for its relations.
     using Notice = std::function<void(const Placement&, double length)>;
 
-    // `isSingle`: cools down one start, and does not heat up again.
     // Design and solver, which is for that design and region, must outlive the run.
     AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-              RandomStream stream, bool isSingle, Notice notice);
+              RandomStream stream, Plan plan, Notice notice);
 
     // Goes on by that many moves. `share` is how much of the schedule is over, from 0 to 1.
     void advance(unsigned moves, double share);
@@ -47,7 +50,7 @@ private:
     double scale() const { return length + region.width + region.height; }
 
     const Design& design;
-    const bool isSingle;
+    const Plan plan;
     const CoordinateSolver& solver;
     RandomStream random;
     Notice notice;

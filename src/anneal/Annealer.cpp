@@ -23,8 +23,8 @@ constexpr const char* kFinder = "annealing";
 constexpr unsigned kStride = 64;
 
 // A run makes so many moves by the square of the number of dies, if the time or the moves are not
-// shared out otherwise; from longer ones less is gained than from further restarts. Few dies are
-// best cooled down from one start each time, and slowly.
+// shared out otherwise; from longer ones less is gained than from further restarts. Few dies
+// are best cooled down slowly.
 constexpr std::uint64_t kMovesPerDieAndDie = 4000;
 constexpr std::uint64_t kMovesIfFewDies = 10000;
 constexpr std::size_t kFewDies = 12;
@@ -174,9 +174,11 @@ void Annealing::workUntilStopped(unsigned thread) {
 std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, const Pace& pace,
                                  const AnnealRun::Notice& notice) {
     progress.restarts.fetch_add(1, std::memory_order_relaxed);
-    const bool isSingle =
-        hasFewDies() || expectedMoves < kShortPart * static_cast<double>(usualMoves());
-    AnnealRun run(design, solver, region, RandomStream(options.seed, number), isSingle, notice);
+    const bool isShort = expectedMoves < kShortPart * static_cast<double>(usualMoves());
+    const AnnealRun::Plan plan = isShort        ? AnnealRun::Plan::Single
+                                 : hasFewDies() ? AnnealRun::Plan::FewDies
+                                                : AnnealRun::Plan::Usual;
+    AnnealRun run(design, solver, region, RandomStream(options.seed, number), plan, notice);
     std::uint64_t moves = 0;
     while (!isOver()) {
         const double share = pace(moves);

@@ -18,7 +18,7 @@ constexpr double kUnasked = 60.0;
 constexpr double kShortAnnealing = 0.03;
 constexpr double kFirstAnnealing = 0.1;
 // When the proof of a few dies more, which seldom comes to its end, gives way to annealing.
-constexpr double kProofTried = 0.4;
+constexpr double kProofTried = 0.3;
 
 }  // namespace
 

@@ -17,8 +17,9 @@ constexpr double kUnasked = 60.0;
 // larger part of the whole.
 constexpr double kShortAnnealing = 0.03;
 constexpr double kFirstAnnealing = 0.1;
-// When the proof of a few dies more, which seldom comes to its end, gives way to annealing.
-constexpr double kProofTried = 0.3;
+// When the proof of a few dies more, which may come to its end and finds short placements on its
+// way, gives way to annealing.
+constexpr double kProofTried = 0.6;
 
 }  // namespace
 

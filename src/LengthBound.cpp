@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace korvel {
 
@@ -16,7 +15,6 @@ constexpr double kRounding = 1e-5;
 constexpr double kUnitRoundoff = 1.0 / (1 << 24);
 // Cuts kept for each axis and number of placed blocks.
 constexpr std::size_t kMostCuts = 16;
-
 // A cut that is better than this node needs is good for more of those that come.
 constexpr double kBeyond = 1.1;
 

@@ -75,7 +75,6 @@ private:
     std::vector<Ends> ends;            // by box net
     // By slot and orientation: what the places of its pins add, of box nets.
     std::vector<double> places;
-
     std::vector<Carried> carried;
 };
 

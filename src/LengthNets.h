@@ -5,8 +5,8 @@
 
 #include <vector>
 
+#include "Axis.h"
 #include "Netlist.h"
-#include "StepVotes.h"
 
 namespace korvel {
 
@@ -57,7 +57,6 @@ public:
     double terminalLength(unsigned placed) const { return terminalLengths[placed]; }
 
     std::size_t getNetNum() const { return netNum; }
-    unsigned terminalBody() const { return numBlocks; }
 
 private:
     static std::size_t pointsIndex(unsigned axis, unsigned firstOrient, unsigned secondOrient) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "design/Placement.h"
+#include "judge/Judge.h"
 
 namespace korvel::test {
 
@@ -75,23 +76,7 @@ private:
 // Whether the dies lie inside the region and apart, each up to `slack`.
 inline bool isLegal(const Design& design, Region region, const Placement& placement,
                     double slack = 0.0) {
-    for (unsigned a = 0; a < placement.size(); ++a) {
-        const auto [at, orient] = placement[a];
-        const Extent size = turned(design.dies[a].size, orient);
-        if (at.x < -slack || at.y < -slack || at.x + size.width > region.width + slack ||
-            at.y + size.height > region.height + slack) {
-            return false;
-        }
-        for (unsigned b = 0; b < a; ++b) {
-            const Spot other = placement[b].at;
-            const Extent otherSize = turned(design.dies[b].size, placement[b].orient);
-            if (at.x + size.width > other.x + slack && other.x + otherSize.width > at.x + slack &&
-                at.y + size.height > other.y + slack && other.y + otherSize.height > at.y + slack) {
-                return false;
-            }
-        }
-    }
-    return true;
+    return judge(design, region, placement, slack).isLegal();
 }
 
 }  // namespace korvel::test

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "CallAfter.h"
 #include "anneal/Annealer.h"
 #include "proof/Prover.h"
 #include "run/ClassicEngine.h"
@@ -46,9 +47,9 @@ void Run::improved(const Found& found) {
 
 RunResult Run::execute() {
     began = RunClock::now();
-    std::optional<StopTimer> timer;
+    std::jthread timer;
     if (limit) {
-        timer.emplace(began + clockSpan(*limit), [this] { end(Ending::TimeLimit); });
+        timer = callAfter(clockSpan(*limit), [this] { end(Ending::TimeLimit); });
     }
     if (options.start) {
         results.offer(*options.start, "the start placement");
@@ -59,7 +60,7 @@ RunResult Run::execute() {
     } else {
         runAuto(result);
     }
-    timer.reset();
+    timer = {};
     result.best = incumbent.best();
     result.foundAfter = foundAfter;
     result.ending = ending;
@@ -124,9 +125,10 @@ void Run::prove(RunResult& result) {
     const ProofOptions proofOptions{.threads = options.threads, .gap = options.gap};
     std::stop_source phaseStop;
     const std::stop_callback withTheRun(stopping.get_token(), [&] { phaseStop.request_stop(); });
-    std::optional<StopTimer> timer;
+    std::jthread timer;
     if (plan.provedUntil && !options.iterations) {
-        timer.emplace(began + clockSpan(*plan.provedUntil), [&] { phaseStop.request_stop(); });
+        timer = callAfter(began + clockSpan(*plan.provedUntil) - RunClock::now(),
+                          [&] { phaseStop.request_stop(); });
     }
     const ProofResult proved =
         korvel::prove(design, region, proofOptions, incumbent, phaseStop.get_token(), proof);

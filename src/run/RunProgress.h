@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "run/StopTimer.h"
+#include "run/RunClock.h"
 
 namespace korvel {
 

@@ -1,6 +1,7 @@
 #include "AlignmentTables.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <set>
 #include <utility>
@@ -71,12 +72,15 @@ private:
         t.dependentBlocks.resize(t.numBlocks + 1);
         t.indexBodies.resize(t.numBlocks);
         for (unsigned block = 0; block < t.numBlocks; ++block) {
-            t.extents[kX].push_back(netlist.blocks[block].getWidth());
-            t.extents[kY].push_back(netlist.blocks[block].getHeight());
+            t.extents[0].push_back(netlist.blocks[block].getWidth());
+            t.extents[1].push_back(netlist.blocks[block].getHeight());
             const int index = netlist.blocks[block].getIndex();
             if (index < static_cast<int>(t.numBlocks)) {
                 t.indexBodies[static_cast<unsigned>(index)].push_back(block);
             }
+        }
+        for (std::vector<float>& extents : t.extents) {
+            extents.push_back(0.0F);
         }
     }
 
@@ -179,10 +183,9 @@ private:
         Body entry;
         entry.index = body < t.numBlocks ? netlist.blocks[body].getIndex() : -1;
         for (unsigned family = 0; family < kFamilies; ++family) {
-            entry.lanes[family] = numberPlaces(laneOfPlace[family], t.laneOffsetsByOrient);
+            entry.lanes[family] = numberPlaces(laneOfPlace[family], t.laneOffsetsByDirection);
         }
         entry.sites = numberPlaces(siteOfPlace, t.siteOffsetsByOrient);
-        t.bodies.push_back(entry);
 
         for (const Pin* pin : pins) {
             const Point place = placeOf(*pin);
@@ -194,10 +197,10 @@ private:
             } else {
                 kept.site = siteOfPlace.at({place.x, place.y});
             }
-            for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
-                setOffsets(kept, static_cast<Orient>(o), pin->placeInBlock(static_cast<Orient>(o)));
-            }
+            setOffsets(*pin, kept);
         }
+        t.bodies.push_back(entry);
+        setReach(body);
     }
 
     // Numbers the places on from those that are there and makes room for their offsets.
@@ -215,15 +218,31 @@ private:
         return range;
     }
 
-    void setOffsets(const PinPlace& kept, Orient orient, Point offset) {
-        const unsigned o = orientIndex(orient);
+    void setOffsets(const Pin& pin, const PinPlace& kept) {
         if (kept.site != kNoSite) {
-            t.siteOffsetsByOrient[o][kept.site] = quadOf(offset);
+            for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
+                t.siteOffsetsByOrient[o][kept.site] =
+                    quadOf(pin.placeInBlock(static_cast<Orient>(o)));
+            }
             return;
         }
-        const bool onSide = swapsWidthAndHeight(orient);
-        t.laneOffsetsByOrient[o][kept.lanes[0]] = onSide ? offset.y : offset.x;
-        t.laneOffsetsByOrient[o][kept.lanes[1]] = onSide ? offset.x : offset.y;
+        for (unsigned family = 0; family < kFamilies; ++family) {
+            const unsigned lane = kept.lanes[family];
+            t.laneOffsetsByDirection[0][lane] = along(pin.placeInBlock(Orient::N), family);
+            t.laneOffsetsByDirection[1][lane] = along(pin.placeInBlock(Orient::S), family);
+        }
+    }
+
+    void setReach(unsigned body) {
+        Body& entry = t.bodies[body];
+        entry.reach = 0.0F;
+        for (unsigned family = 0; family < kFamilies; ++family) {
+            float furthest = 0.0F;
+            for (unsigned i = entry.lanes[family].begin; i < entry.lanes[family].end; ++i) {
+                furthest = std::max(furthest, std::fabs(t.laneOffsetsByDirection[0][i]));
+            }
+            entry.reach = std::max(entry.reach, furthest + std::fabs(t.extents[family][body]));
+        }
     }
 
     const PinPlace& keptAt(const Pin& pin) const { return t.pinPlaces[pinNumber(pin)]; }
@@ -237,15 +256,39 @@ private:
                 for (const auto& [net, first, second] : group.joints) {
                     ++weights[{keptAt(*first).lanes[f], keptAt(*second).lanes[s]}];
                 }
-                Range& range = bundle.pairs[kFamilies * f + s];
-                range.begin = size(t.lanePairs);
-                for (const auto& [lanes, weight] : weights) {
-                    t.lanePairs.push_back({lanes.first, lanes.second, weight});
+                for (unsigned turn = 0; turn < 4; ++turn) {
+                    const unsigned a = 2 * f + turn % 2;
+                    const unsigned b = 2 * s + turn / 2;
+                    bundle.lists[kTurns * a + b] = sortedList(group, a, b, weights);
                 }
-                range.end = size(t.lanePairs);
             }
         }
         t.bundles.push_back(bundle);
+    }
+
+    // Where the lane lies from the corner, roughly.
+    float offsetOf(unsigned body, unsigned turn, unsigned lane) const {
+        const float offset = t.laneOffsetsByDirection[0][lane];
+        return isReversed(turn) ? t.extents[familyOf(turn)][body] - offset : offset;
+    }
+
+    Range sortedList(const PairGroup& group, unsigned firstTurn, unsigned secondTurn,
+                     const auto& weights) {
+        Range range{size(t.sortedPairs), 0};
+        for (const auto& [lanes, weight] : weights) {
+            const float gap = offsetOf(group.second, secondTurn, lanes.second) -
+                              offsetOf(group.first, firstTurn, lanes.first);
+            t.sortedPairs.push_back({gap, weight, lanes.first, lanes.second});
+        }
+        std::sort(t.sortedPairs.begin() + range.begin, t.sortedPairs.end(),
+                  [](const SortedPair& a, const SortedPair& b) { return a.gap < b.gap; });
+        unsigned before = 0;
+        for (unsigned i = range.begin; i < t.sortedPairs.size(); ++i) {
+            before += std::exchange(t.sortedPairs[i].weightBefore, before);
+        }
+        t.sortedPairs.push_back({0.0F, before, 0, 0});
+        range.end = size(t.sortedPairs);
+        return range;
     }
 
     void buildSitePairs(PairGroup& group) const {
@@ -281,7 +324,7 @@ private:
             if (group.byLanes) {
                 b.t.bundleVotes.push_back({group.bundle, !ownIsFirst});
                 unsigned mostPairs = 0;
-                for (const Range pairs : b.t.bundles[group.bundle].pairs) {
+                for (const Range pairs : b.t.bundles[group.bundle].lists) {
                     mostPairs = std::max(mostPairs, pairs.end - pairs.begin);
                 }
                 ballot.mostVotes += mostPairs;

@@ -20,9 +20,10 @@
 #include <array>
 #include <vector>
 
+#include "Axis.h"
 #include "Netlist.h"
 #include "Quad.h"
-#include "StepVotes.h"
+#include "SortedVotes.h"
 
 namespace korvel {
 
@@ -39,24 +40,31 @@ public:
 
     // Along one axis a body's lanes are its u lanes (family 0) or its v lanes (family 1).
     static constexpr unsigned kFamilies = 2;
+    // How it lies along the axis: twice the family, and one more if its lanes are reversed.
+    static constexpr unsigned kTurns = 2 * kFamilies;
+    // Of a body in an unmirrored orientation.
+    static unsigned turnAlong(Axis axis, Orient orient) {
+        constexpr unsigned kTurnsAlong[kAxes][kUnmirroredOrients] = {{0, 2, 1, 3}, {2, 1, 3, 0}};
+        return kTurnsAlong[axis][orientIndex(orient)];
+    }
+    static constexpr unsigned familyOf(unsigned turn) { return turn / 2; }
+    static constexpr bool isReversed(unsigned turn) { return turn % 2 != 0; }
+    // When the body is turned by half.
+    static constexpr unsigned oppositeTurn(unsigned turn) { return turn ^ 1U; }
 
     struct Body {
         Range lanes[kFamilies];
         Range sites;
-        int index;  // what votes and moves go by; the block's place in the order but for netlists
-                    // in separate pieces
+        float reach;  // how far from the corner its lanes lie at the most, and it itself
+        int index;    // what votes and moves go by; the block's place in the order but for
+                      // netlists in separate pieces
     };
 
-    struct LanePair {
-        unsigned first;
-        unsigned second;
-        unsigned weight;  // nets that join these lanes
-    };
     struct Bundle {
         unsigned first;   // body
         unsigned second;  // body
-        // By kFamilies * (family of first) + (family of second).
-        std::array<Range, kFamilies * kFamilies> pairs;  // of lanePairs
+        // By the bodies' turns along the axis, kTurns * (that of first) + (that of second).
+        std::array<Range, kTurns * kTurns> lists;  // of sortedPairs
     };
 
     // The own side of a bundle is the block that is to be moved.
@@ -118,10 +126,10 @@ public:
     // Of the pins on blocks that this pass does not place.
     unsigned unplacedBody() const { return numBlocks + 1; }
 
-    // Places relative to the corner of the block in an unmirrored orientation: of lanes along the
-    // axis that they then have, of sites along both.
-    const std::vector<float>& laneOffsets(Orient orient) const {
-        return laneOffsetsByOrient[orientIndex(orient)];
+    // Places relative to the corner of the block: of lanes along the axis that they then have, of
+    // sites along both, in an unmirrored orientation.
+    const std::vector<float>& laneOffsets(unsigned turn) const {
+        return laneOffsetsByDirection[isReversed(turn) ? 1 : 0];
     }
     const std::vector<Quad>& siteOffsets(Orient orient) const {
         return siteOffsetsByOrient[orientIndex(orient)];
@@ -136,7 +144,7 @@ public:
 
     std::vector<Body> bodies;
     std::vector<Bundle> bundles;  // those with lanes
-    std::vector<LanePair> lanePairs;
+    std::vector<SortedPair> sortedPairs;
     std::vector<BundleVote> bundleVotes;
     std::vector<PairVote> pairVotes;
     std::vector<Range> netVotes;  // of scanRuns
@@ -148,7 +156,7 @@ public:
     std::vector<SitePair> sitePairs;
     std::vector<LaneJoint> laneJoints;
     std::vector<PinPlace> pinPlaces;
-    std::vector<float> extents[kAxes];  // unrotated width and height by block
+    std::vector<float> extents[kFamilies];  // by body; 0 of the terminals
 
 private:
     class Builder;
@@ -164,7 +172,7 @@ private:
     std::vector<Fill> fullestNets;  // by number of placed blocks: the net nearest to overflowing
     std::vector<std::vector<unsigned>> dependentBlocks;
     std::vector<std::vector<unsigned>> indexBodies;
-    std::vector<float> laneOffsetsByOrient[kUnmirroredOrients];
+    std::vector<float> laneOffsetsByDirection[2];  // as they are, reversed
     std::vector<Quad> siteOffsetsByOrient[kUnmirroredOrients];
 };
 

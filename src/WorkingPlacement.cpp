@@ -6,15 +6,23 @@
 
 namespace korvel {
 
+namespace {
+
+// What a handful of roundings may change, of the largest value that takes part.
+constexpr double kRounding = 0x1p-21;
+
+}  // namespace
+
 // Terminals are where their offsets say; blocks are placed later.
 WorkingPlacement::WorkingPlacement(const AlignmentTables& tables)
-    : tables(tables), lanes(tables.laneOffsets(Orient::N)), sites(tables.siteOffsets(Orient::N)) {
+    : tables(tables), lanes(tables.laneOffsets(0)), sites(tables.siteOffsets(Orient::N)) {
     const std::size_t bodyNum = tables.bodies.size();
     const std::size_t blockNum = tables.getBlockNum();
     orients.assign(bodyNum, Orient::N);
-    onSide.assign(bodyNum, 0);
     for (const Axis axis : {kX, kY}) {
-        edges[axis].assign(blockNum, 0.0F);
+        turns[axis].assign(bodyNum, AlignmentTables::turnAlong(axis, Orient::N));
+        edges[axis].assign(bodyNum, 0.0F);
+        drifts[axis].assign(bodyNum, 0.0);
         wholeExtents[axis].assign(blockNum, 0.0F);
         wanted[axis].assign(blockNum, 0.0F);
         outdated[axis].assign(blockNum, 1);
@@ -31,15 +39,18 @@ void WorkingPlacement::start(unsigned number) {
 void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
     const AlignmentTables::Body& body = tables.bodies[block];
     orients[block] = orient;
-    onSide[block] = swapsWidthAndHeight(orient) ? 1 : 0;
     edges[kX][block] = corner.x;
     edges[kY][block] = corner.y;
     for (const Axis axis : {kX, kY}) {
-        const unsigned family = familyAlong(block, axis);
+        const unsigned turn = AlignmentTables::turnAlong(axis, orient);
+        const unsigned family = AlignmentTables::familyOf(turn);
+        turns[axis][block] = turn;
         wholeExtents[axis][block] = std::trunc(tables.extents[family][block]);
-        const std::vector<float>& offsets = tables.laneOffsets(orient);
+        const float edge = edges[axis][block];
+        drifts[axis][block] = kRounding * (std::fabs(edge) + body.reach);
+        const std::vector<float>& offsets = tables.laneOffsets(turn);
         for (unsigned i = body.lanes[family].begin; i < body.lanes[family].end; ++i) {
-            lanes[i] = edges[axis][block] + offsets[i];
+            lanes[i] = edge + offsets[i];
         }
     }
     const std::vector<Quad>& offsets = tables.siteOffsets(orient);
@@ -51,9 +62,11 @@ void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
 
 Point WorkingPlacement::wantedStep(unsigned block) {
     if (outdated[kX][block] != 0 || outdated[kY][block] != 0) {
-        vote(tables.blockBallot(numPlaced, block));
+        const AlignmentTables::Ballot& ballot = tables.blockBallot(numPlaced, block);
+        vote(ballot);
         for (const Axis axis : {kX, kY}) {
             if (outdated[axis][block] != 0) {
+                voteOfBundles(ballot, axis);
                 wanted[axis][block] = votes.step(axis, Middle::Lower);
                 outdated[axis][block] = 0;
             }
@@ -63,17 +76,16 @@ Point WorkingPlacement::wantedStep(unsigned block) {
 }
 
 Point WorkingPlacement::wantedStepToTerminals() {
-    vote(tables.terminalBallot(numPlaced));
+    const AlignmentTables::Ballot& ballot = tables.terminalBallot(numPlaced);
+    vote(ballot);
+    voteOfBundles(ballot, kX);
+    voteOfBundles(ballot, kY);
     return votes.step(Middle::Upper);
 }
 
 void WorkingPlacement::vote(const AlignmentTables::Ballot& ballot) {
     votes.clear(ballot.mostVotes + 1);
     votes.add(adviceToStay(), ballot.stays);
-    for (unsigned i = ballot.bundles.begin; i < ballot.bundles.end; ++i) {
-        voteOfBundle(tables.bundleVotes[i], kX);
-        voteOfBundle(tables.bundleVotes[i], kY);
-    }
     for (unsigned i = ballot.pairs.begin; i < ballot.pairs.end; ++i) {
         const auto [own, other, weight] = tables.pairVotes[i];
         votes.add(adviceForPair(sites[other] - sites[own]), weight);
@@ -83,16 +95,38 @@ void WorkingPlacement::vote(const AlignmentTables::Ballot& ballot) {
     }
 }
 
-void WorkingPlacement::voteOfBundle(const AlignmentTables::BundleVote& vote, Axis axis) {
-    const AlignmentTables::Bundle& bundle = tables.bundles[vote.bundle];
-    const AlignmentTables::Range pairs =
-        bundle.pairs[AlignmentTables::kFamilies * familyAlong(bundle.first, axis) +
-                     familyAlong(bundle.second, axis)];
-    for (unsigned i = pairs.begin; i < pairs.end; ++i) {
-        const auto [first, second, weight] = tables.lanePairs[i];
-        const float offset = lanes[second] - lanes[first];
-        votes.addAlong(axis, vote.ownIsSecond ? -offset : offset, weight);
+void WorkingPlacement::voteOfBundles(const AlignmentTables::Ballot& ballot, Axis axis) {
+    for (unsigned i = ballot.bundles.begin; i < ballot.bundles.end; ++i) {
+        votes.addAlong(axis, runOf(tables.bundleVotes[i], axis));
     }
+}
+
+SortedRun WorkingPlacement::runOf(const AlignmentTables::BundleVote& vote, Axis axis) const {
+    const AlignmentTables::Bundle& bundle = tables.bundles[vote.bundle];
+    const unsigned a = bundle.first;
+    const unsigned b = bundle.second;
+    const double edgeA = edges[axis][a];
+    const double edgeB = edges[axis][b];
+    const double reach =
+        std::fabs(edgeA) + std::fabs(edgeB) + tables.bodies[a].reach + tables.bodies[b].reach;
+    const double tolerance = drifts[axis][a] + drifts[axis][b] + kRounding * reach;
+    unsigned turnA = turns[axis][a];
+    unsigned turnB = turns[axis][b];
+    double shift = edgeB - edgeA;
+    // What the second body wants stands in the order that the pairs have when both are turned
+    // round.
+    if (vote.ownIsSecond) {
+        const double further = double{tables.extents[turnB / 2][b]} - tables.extents[turnA / 2][a];
+        shift = -shift - further;
+        turnA = AlignmentTables::oppositeTurn(turnA);
+        turnB = AlignmentTables::oppositeTurn(turnB);
+    }
+    const AlignmentTables::Range list = bundle.lists[AlignmentTables::kTurns * turnA + turnB];
+    return {{&tables.sortedPairs[list.begin], list.end - list.begin},
+            lanes.data(),
+            vote.ownIsSecond ? -1.0F : 1.0F,
+            shift,
+            tolerance};
 }
 
 void WorkingPlacement::voteOfNet(AlignmentTables::Range runs) {
@@ -135,7 +169,9 @@ void WorkingPlacement::moveBody(unsigned index, Point distance) {
             continue;
         }
         edges[axis][index] += along;
-        const AlignmentTables::Range moved = body.lanes[familyAlong(index, axis)];
+        drifts[axis][index] +=
+            kRounding * (std::fabs(edges[axis][index]) + body.reach + drifts[axis][index]);
+        const AlignmentTables::Range moved = lanesAlong(index, axis);
         for (unsigned i = moved.begin; i < moved.end; ++i) {
             lanes[i] += along;
         }

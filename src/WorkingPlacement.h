@@ -51,9 +51,15 @@ public:
 
 private:
     // Lanes of the body along the axis, as a family.
-    unsigned familyAlong(unsigned body, Axis axis) const { return onSide[body] ^ axis; }
+    unsigned familyAlong(unsigned body, Axis axis) const {
+        return AlignmentTables::familyOf(turns[axis][body]);
+    }
+    AlignmentTables::Range lanesAlong(unsigned body, Axis axis) const {
+        return tables.bodies[body].lanes[familyAlong(body, axis)];
+    }
     void vote(const AlignmentTables::Ballot& ballot);
-    void voteOfBundle(const AlignmentTables::BundleVote& vote, Axis axis);
+    void voteOfBundles(const AlignmentTables::Ballot& ballot, Axis axis);
+    SortedRun runOf(const AlignmentTables::BundleVote& vote, Axis axis) const;
     void voteOfNet(AlignmentTables::Range runs);
     Quad endsOf(AlignmentTables::Range list, Quad ends) const;
     void moveBody(unsigned index, Point distance);
@@ -64,10 +70,12 @@ private:
     const AlignmentTables& tables;
     unsigned numPlaced = 0;
     std::vector<Orient> orients;             // by body
-    std::vector<unsigned> onSide;            // by body: 1 if it lies on its side, with u along y
+    std::vector<unsigned> turns[kAxes];      // by body
     std::vector<float> lanes;                // positions
     std::vector<Quad> sites;                 // positions
-    std::vector<float> edges[kAxes];         // by block
+    std::vector<float> edges[kAxes];         // by body; 0 of the terminals
+    std::vector<double> drifts[kAxes];       // by body: how far its lanes may be from where they
+                                             // belong by the edge
     std::vector<float> wholeExtents[kAxes];  // by block
     std::vector<float> wanted[kAxes];        // last answer of the vote, by block
     std::vector<char> outdated[kAxes];       // the vote has to be taken again, by block

@@ -1,0 +1,217 @@
+#include "SortedVotes.h"
+
+#include <algorithm>
+
+#include "NetAdvice.h"
+
+namespace korvel {
+
+namespace {
+
+// The first pair of a range whose estimate is beyond something, or the end of the range.
+template <typename IsBeyond>
+unsigned firstBeyond(const SortedRun& run, unsigned begin, unsigned end, const IsBeyond& isBeyond) {
+    while (begin < end) {
+        const unsigned middle = begin + (end - begin) / 2;
+        if (isBeyond(run.estimate(middle))) {
+            end = middle;
+        } else {
+            begin = middle + 1;
+        }
+    }
+    return begin;
+}
+
+}  // namespace
+
+void SortedVotes::reserve(std::size_t most) {
+    runs.reserve(most);
+    parts.reserve(most);
+    nearWishes.reserve(most);
+    otherSteps.reserve(most);
+    otherPairs.reserve(most + 1);
+    otherLanes.reserve(most + 1);
+    candidates.reserve(most);
+}
+
+void SortedVotes::clear() {
+    runs.clear();
+    nearWishes.clear();
+    forward = 0;
+    backward = 0;
+    stays = 0;
+}
+
+// Only what the estimates are certain about is taken from the list; whatever compares with a NaN is
+// not.
+void SortedVotes::add(const SortedRun& run) {
+    const unsigned end = run.pairNum();
+    const double certain = kSamePosition + run.tolerance;
+    const unsigned backwardEnd =
+        firstBeyond(run, 0, end, [&](double estimate) { return !(estimate < -certain); });
+    const unsigned forwardBegin =
+        firstBeyond(run, backwardEnd, end, [&](double estimate) { return estimate > certain; });
+    backward += run.weight(0, backwardEnd);
+    forward += run.weight(forwardBegin, end);
+    for (unsigned pair = backwardEnd; pair < forwardBegin; ++pair) {
+        addNear(run.wish(pair), run.weight(pair, pair + 1));
+    }
+    runs.push_back({run, backwardEnd, forwardBegin});
+}
+
+void SortedVotes::addNear(float wish, unsigned weight) {
+    if (wish > kSamePosition) {
+        forward += weight;
+    } else if (wish < -kSamePosition) {
+        backward += weight;
+    } else {
+        stays += weight;
+        return;
+    }
+    nearWishes.push_back({wish, weight});
+}
+
+void SortedVotes::chooseSide(bool isForward, std::span<const WeightedStep> others) {
+    direction = isForward ? 1.0F : -1.0F;
+    parts.clear();
+    total = 0;
+    tolerance = 0.0;
+    for (const Run& run : runs) {
+        if (isForward) {
+            addPart(run.run, run.forwardBegin, run.run.pairNum());
+        } else {
+            addPart(run.run, 0, run.backwardEnd);
+        }
+    }
+    addOthers(others);
+}
+
+void SortedVotes::addPart(const SortedRun& run, unsigned begin, unsigned end) {
+    if (begin < end) {
+        parts.push_back({run, begin, end, begin, end});
+        total += run.weight(begin, end);
+        tolerance = std::max(tolerance, run.tolerance);
+    }
+}
+
+// What is not in a list makes one more, of lanes that face one at 0.
+void SortedVotes::addOthers(std::span<const WeightedStep> others) {
+    otherSteps.clear();
+    for (const auto [step, weight] : others) {
+        otherSteps.push_back({direction * step, weight});
+    }
+    for (const WeightedStep& near : nearWishes) {
+        if (near.step * direction > 0.0F) {
+            otherSteps.push_back(near);
+        }
+    }
+    std::sort(otherSteps.begin(), otherSteps.end(),
+              [](const WeightedStep& a, const WeightedStep& b) { return a.step < b.step; });
+    otherLanes.assign(1, 0.0F);
+    otherPairs.clear();
+    unsigned weightBefore = 0;
+    for (const auto [step, weight] : otherSteps) {
+        otherPairs.push_back({step, weightBefore, 0, static_cast<unsigned>(otherLanes.size())});
+        otherLanes.push_back(step);
+        weightBefore += weight;
+    }
+    otherPairs.push_back({0.0F, weightBefore, 0, 0});
+    const SortedRun run{otherPairs, otherLanes.data(), 1.0F, 0.0, 0.0};
+    addPart(run, 0, run.pairNum());
+}
+
+float SortedVotes::stepAt(unsigned rank) {
+    const unsigned ascending = direction > 0.0F ? rank : total - 1 - rank;
+    narrowDown(ascending);
+    widenByTolerance();
+    const unsigned before = gatherCandidates();
+    std::span<WeightedStep> near = candidates;
+    return direction * stepAtRank(near, ascending - before);
+}
+
+// Leaves of each part what may be the estimate at the rank.
+void SortedVotes::narrowDown(unsigned rank) {
+    constexpr unsigned kFew = 4;
+    unsigned before = 0;    // weight of what lies before the parts' low ends
+    unsigned upTo = total;  // and before their high ends
+    for (Part& part : parts) {
+        part.low = part.begin;
+        part.high = part.end;
+    }
+    for (;;) {
+        const Part& widest = *std::max_element(
+            parts.begin(), parts.end(),
+            [](const Part& a, const Part& b) { return a.high - a.low < b.high - b.low; });
+        const unsigned width = widest.high - widest.low;
+        if (width <= kFew) {
+            return;
+        }
+        const auto steps =
+            static_cast<unsigned>(std::uint64_t{width} * (rank - before) / (upTo - before));
+        const auto [less, notMore] = divideAt(widest.run.estimate(widest.low + steps));
+        const bool isLess = rank < less;
+        const bool isMore = rank >= notMore;
+        for (Part& part : parts) {
+            part.low = isLess ? part.low : isMore ? part.pivotEnd : part.pivotBegin;
+            part.high = isLess ? part.pivotBegin : isMore ? part.high : part.pivotEnd;
+        }
+        if (!isLess && !isMore) {
+            return;
+        }
+        upTo = isLess ? less : upTo;
+        before = isMore ? notMore : before;
+    }
+}
+
+SortedVotes::Divided SortedVotes::divideAt(double pivot) {
+    Divided weights{0, 0};
+    for (Part& part : parts) {
+        part.pivotBegin = firstBeyond(part.run, part.low, part.high,
+                                      [&](double estimate) { return estimate >= pivot; });
+        part.pivotEnd = part.pivotBegin;
+        while (part.pivotEnd < part.high && part.run.estimate(part.pivotEnd) <= pivot) {
+            ++part.pivotEnd;
+        }
+        weights.less += part.run.weight(part.begin, part.pivotBegin);
+        weights.notMore += part.run.weight(part.begin, part.pivotEnd);
+    }
+    return weights;
+}
+
+// The wish at a rank is within the tolerance of the estimate at that rank, and so is every wish of
+// its own estimate.
+void SortedVotes::widenByTolerance() {
+    double lowest = kInfinity;
+    double highest = -kInfinity;
+    for (const Part& part : parts) {
+        if (part.low < part.high) {
+            lowest = std::min(lowest, part.run.estimate(part.low));
+            highest = std::max(highest, part.run.estimate(part.high - 1));
+        }
+    }
+    lowest -= 2 * tolerance;
+    highest += 2 * tolerance;
+    for (Part& part : parts) {
+        while (part.low > part.begin && part.run.estimate(part.low - 1) >= lowest) {
+            --part.low;
+        }
+        while (part.high < part.end && part.run.estimate(part.high) <= highest) {
+            ++part.high;
+        }
+    }
+}
+
+// Returns the weight of what lies before them.
+unsigned SortedVotes::gatherCandidates() {
+    candidates.clear();
+    unsigned before = 0;
+    for (const Part& part : parts) {
+        before += part.run.weight(part.begin, part.low);
+        for (unsigned pair = part.low; pair < part.high; ++pair) {
+            candidates.push_back({part.run.wish(pair), part.run.weight(pair, pair + 1)});
+        }
+    }
+    return before;
+}
+
+}  // namespace korvel

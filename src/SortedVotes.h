@@ -1,0 +1,114 @@
+// What bundles of two-pin nets want along one axis, without asking each net. While two bodies keep
+// their orientations, their moves shift the wishes of all nets between them by the same distance:
+// the order of the wishes is known before the search, and a wish at a rank is found by bisection.
+//
+// But for rounding: positions are floats that were added up move by move. So what a list foretells
+// of a wish is an estimate that is right within a tolerance. It only narrows the pairs down to
+// those that may have the rank; these few are computed from the positions, to the bit.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "WeightedStep.h"
+
+namespace korvel {
+
+// Nets that join the same two lanes, in a list in the order of gaps. A list ends with an entry that
+// only has the weight of all.
+struct SortedPair {
+    float gap;              // from the first lane to the second while their bodies stand at 0
+    unsigned weightBefore;  // nets of the pairs before it in the list
+    unsigned first;         // lane
+    unsigned second;        // lane
+};
+
+// A list with its bodies where they are.
+struct SortedRun {
+    std::span<const SortedPair> entries;
+    const float* lanes;  // positions
+    float sign;          // 1, or -1 if the first body is the one that the second asks to come
+    double shift;        // gap + shift estimates what a pair wants
+    double tolerance;    // of the estimate
+
+    unsigned pairNum() const { return static_cast<unsigned>(entries.size()) - 1; }
+    double estimate(unsigned pair) const { return entries[pair].gap + shift; }
+    float wish(unsigned pair) const {
+        return sign * (lanes[entries[pair].second] - lanes[entries[pair].first]);
+    }
+    unsigned weight(unsigned begin, unsigned end) const {
+        return entries[end].weightBefore - entries[begin].weightBefore;
+    }
+};
+
+class SortedVotes {
+public:
+    // Makes room for lists of up to `most` pairs and other votes in all, so that nothing is
+    // allocated as long as there are no more.
+    void reserve(std::size_t most);
+    // Forgets all votes.
+    void clear();
+    void add(const SortedRun& run);
+
+    bool empty() const { return runs.empty(); }
+    // Nets that want to move forward, backward or not at all.
+    unsigned getForward() const { return forward; }
+    unsigned getBackward() const { return backward; }
+    unsigned getStays() const { return stays; }
+
+    // Turns to the nets that want to move in that direction, and `others` that do, none of which
+    // comes from a list.
+    void chooseSide(bool isForward, std::span<const WeightedStep> others);
+    // The step at `rank` of these, positive in the direction.
+    float stepAt(unsigned rank);
+
+private:
+    // A run, and which of its pairs certainly want to move.
+    struct Run {
+        SortedRun run;
+        unsigned backwardEnd;   // up to this pair, backward
+        unsigned forwardBegin;  // from this pair on, forward
+    };
+    // Those that want to move in the direction chosen.
+    struct Part {
+        SortedRun run;
+        unsigned begin;
+        unsigned end;
+        // Where the rank may be.
+        unsigned low;
+        unsigned high;
+        // Where the estimates are those of the pivot.
+        unsigned pivotBegin = 0;
+        unsigned pivotEnd = 0;
+    };
+    // Weights of what is less than a pivot, and not more than it.
+    struct Divided {
+        unsigned less;
+        unsigned notMore;
+    };
+
+    void addNear(float wish, unsigned weight);
+    void addPart(const SortedRun& run, unsigned begin, unsigned end);
+    void addOthers(std::span<const WeightedStep> others);
+    void narrowDown(unsigned rank);
+    Divided divideAt(double pivot);
+    void widenByTolerance();
+    unsigned gatherCandidates();
+
+    std::vector<Run> runs;
+    unsigned forward = 0;
+    unsigned backward = 0;
+    unsigned stays = 0;
+    std::vector<WeightedStep> nearWishes;  // of pairs that are too near to the middle to be certain
+
+    float direction = 1.0F;
+    std::vector<Part> parts;
+    unsigned total = 0;  // weight of all parts
+    double tolerance = 0.0;
+    std::vector<WeightedStep> otherSteps;
+    std::vector<SortedPair> otherPairs;
+    std::vector<float> otherLanes;
+    std::vector<WeightedStep> candidates;
+};
+
+}  // namespace korvel

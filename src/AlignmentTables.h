@@ -40,12 +40,17 @@ public:
 
     // Along one axis a body's lanes are its u lanes (family 0) or its v lanes (family 1).
     static constexpr unsigned kFamilies = 2;
-    // How it lies along the axis: twice the family, and one more if its lanes are reversed.
+    // The body's turn says how it lies along the axis: by family, and whether the lanes are
+    // reversed. Gaps in sorted lists are between lanes that are counted from the body's lower or
+    // left edge, or backward from its other edge if they are reversed.
     static constexpr unsigned kTurns = 2 * kFamilies;
     // Of a body in an unmirrored orientation.
     static unsigned turnAlong(Axis axis, Orient orient) {
         constexpr unsigned kTurnsAlong[kAxes][kUnmirroredOrients] = {{0, 2, 1, 3}, {2, 1, 3, 0}};
         return kTurnsAlong[axis][orientIndex(orient)];
+    }
+    static constexpr unsigned turnOf(unsigned family, bool isReversed) {
+        return 2 * family + (isReversed ? 1 : 0);
     }
     static constexpr unsigned familyOf(unsigned turn) { return turn / 2; }
     static constexpr bool isReversed(unsigned turn) { return turn % 2 != 0; }
@@ -61,10 +66,16 @@ public:
     };
 
     struct Bundle {
-        unsigned first;   // body
-        unsigned second;  // body
-        // By the bodies' turns along the axis, kTurns * (that of first) + (that of second).
-        std::array<Range, kTurns * kTurns> lists;  // of sortedPairs
+        unsigned first;                            // body
+        unsigned second;                           // body
+        std::array<Range, kTurns * kTurns> lists;  // of sortedPairs, by the bodies' turns
+
+        Range& list(unsigned firstTurn, unsigned secondTurn) {
+            return lists[kTurns * firstTurn + secondTurn];
+        }
+        const Range& list(unsigned firstTurn, unsigned secondTurn) const {
+            return lists[kTurns * firstTurn + secondTurn];
+        }
     };
 
     // The own side of a bundle is the block that is to be moved.
@@ -117,6 +128,11 @@ public:
     const std::vector<unsigned>& dependents(unsigned body) const { return dependentBlocks[body]; }
     // The bodies of a block index; see Body::index.
     const std::vector<unsigned>& bodiesOf(unsigned index) const { return indexBodies[index]; }
+
+    // Of a list of a bundle.
+    std::span<const SortedPair> entriesOf(Range list) const {
+        return {&sortedPairs[list.begin], list.end - list.begin};
+    }
 
     // Ends the process when a net has more pins placed than its degree says.
     void checkPlacedCounts(unsigned placed) const;

@@ -47,7 +47,7 @@ void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
         turns[axis][block] = turn;
         wholeExtents[axis][block] = std::trunc(tables.extents[family][block]);
         const float edge = edges[axis][block];
-        drifts[axis][block] = kRounding * (std::fabs(edge) + body.reach);
+        drifts[axis][block] = kRounding * reachOf(block, axis);
         const std::vector<float>& offsets = tables.laneOffsets(turn);
         for (unsigned i = body.lanes[family].begin; i < body.lanes[family].end; ++i) {
             lanes[i] = edge + offsets[i];
@@ -103,30 +103,35 @@ void WorkingPlacement::voteOfBundles(const AlignmentTables::Ballot& ballot, Axis
 
 SortedRun WorkingPlacement::runOf(const AlignmentTables::BundleVote& vote, Axis axis) const {
     const AlignmentTables::Bundle& bundle = tables.bundles[vote.bundle];
-    const unsigned a = bundle.first;
-    const unsigned b = bundle.second;
-    const double edgeA = edges[axis][a];
-    const double edgeB = edges[axis][b];
-    const double reach =
-        std::fabs(edgeA) + std::fabs(edgeB) + tables.bodies[a].reach + tables.bodies[b].reach;
-    const double tolerance = drifts[axis][a] + drifts[axis][b] + kRounding * reach;
-    unsigned turnA = turns[axis][a];
-    unsigned turnB = turns[axis][b];
-    double shift = edgeB - edgeA;
-    // What the second body wants stands in the order that the pairs have when both are turned
-    // round.
+    const unsigned first = bundle.first;
+    const unsigned second = bundle.second;
+    const unsigned firstTurn = turns[axis][first];
+    const unsigned secondTurn = turns[axis][second];
+    const double shift = laneOrigin(second, axis) - laneOrigin(first, axis);
+    const double reach = reachOf(first, axis) + reachOf(second, axis);
+    const double tolerance = drifts[axis][first] + drifts[axis][second] + kRounding * reach;
+    // What the second body wants has the order that the gaps have with both turned by half.
     if (vote.ownIsSecond) {
-        const double further = double{tables.extents[turnB / 2][b]} - tables.extents[turnA / 2][a];
-        shift = -shift - further;
-        turnA = AlignmentTables::oppositeTurn(turnA);
-        turnB = AlignmentTables::oppositeTurn(turnB);
+        const auto list = bundle.list(AlignmentTables::oppositeTurn(firstTurn),
+                                      AlignmentTables::oppositeTurn(secondTurn));
+        return {tables.entriesOf(list), lanes.data(), -1.0F, -shift, tolerance};
     }
-    const AlignmentTables::Range list = bundle.lists[AlignmentTables::kTurns * turnA + turnB];
-    return {{&tables.sortedPairs[list.begin], list.end - list.begin},
-            lanes.data(),
-            vote.ownIsSecond ? -1.0F : 1.0F,
-            shift,
-            tolerance};
+    const auto list = bundle.list(firstTurn, secondTurn);
+    return {tables.entriesOf(list), lanes.data(), 1.0F, shift, tolerance};
+}
+
+// Where the body's lanes are counted from.
+double WorkingPlacement::laneOrigin(unsigned body, Axis axis) const {
+    const unsigned turn = turns[axis][body];
+    const double edge = edges[axis][body];
+    return AlignmentTables::isReversed(turn)
+               ? edge + tables.extents[AlignmentTables::familyOf(turn)][body]
+               : edge;
+}
+
+// How far from the origin the body's lanes lie at the most.
+double WorkingPlacement::reachOf(unsigned body, Axis axis) const {
+    return std::fabs(double{edges[axis][body]}) + tables.bodies[body].reach;
 }
 
 void WorkingPlacement::voteOfNet(AlignmentTables::Range runs) {
@@ -169,8 +174,7 @@ void WorkingPlacement::moveBody(unsigned index, Point distance) {
             continue;
         }
         edges[axis][index] += along;
-        drifts[axis][index] +=
-            kRounding * (std::fabs(edges[axis][index]) + body.reach + drifts[axis][index]);
+        drifts[axis][index] += kRounding * (reachOf(index, axis) + drifts[axis][index]);
         const AlignmentTables::Range moved = lanesAlong(index, axis);
         for (unsigned i = moved.begin; i < moved.end; ++i) {
             lanes[i] += along;

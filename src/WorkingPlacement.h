@@ -60,6 +60,8 @@ private:
     void vote(const AlignmentTables::Ballot& ballot);
     void voteOfBundles(const AlignmentTables::Ballot& ballot, Axis axis);
     SortedRun runOf(const AlignmentTables::BundleVote& vote, Axis axis) const;
+    double laneOrigin(unsigned body, Axis axis) const;
+    double reachOf(unsigned body, Axis axis) const;
     void voteOfNet(AlignmentTables::Range runs);
     Quad endsOf(AlignmentTables::Range list, Quad ends) const;
     void moveBody(unsigned index, Point distance);

@@ -480,34 +480,29 @@ private:
 
     // Pins that are not placed are left out; a net without other pins advises nothing.
     void addNet(Ballot& ballot, const Net& net, unsigned placed, const auto& isOwn) {
-        Range runs;
-        runs.begin = size(t.scanRuns);
+        const unsigned begin = size(t.scanLists);
+        std::size_t number = begin;  // where that of the pins at hand stands
+        t.scanLists.push_back(0);
+        bool wasOwn = false;
         bool hasOther = false;
-        bool wasOwn = true;
         for (const Pin* pin : net.getPins()) {
             if (!isPlaced(bodyOf(*pin), placed)) {
                 continue;
             }
-            const bool own = isOwn(*pin);
-            if (own && runs.begin == size(t.scanRuns)) {
-                addScanRun();
-                wasOwn = false;
+            if (isOwn(*pin) != wasOwn) {
+                wasOwn = !wasOwn;
+                number = t.scanLists.size();
+                t.scanLists.push_back(0);
             }
-            if (own != wasOwn) {
-                addScanRun();
-            }
-            t.siteLists.push_back(keptAt(*pin).site);
-            ++t.scanRuns.back().end;
-            wasOwn = own;
-            hasOther = hasOther || !own;
+            ++t.scanLists[number];
+            t.scanLists.push_back(keptAt(*pin).site);
+            hasOther = hasOther || !wasOwn;
         }
-        runs.end = size(t.scanRuns);
         if (hasOther) {
-            t.netVotes.push_back(runs);
+            t.netVotes.push_back({begin, size(t.scanLists)});
             ++ballot.mostVotes;
         }
     }
-    void addScanRun() { t.scanRuns.push_back({size(t.siteLists), size(t.siteLists)}); }
 
     Fill fullestNet(unsigned placed) const {
         Fill fullest{1, 0};

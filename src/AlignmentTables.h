@@ -163,10 +163,10 @@ public:
     std::vector<SortedPair> sortedPairs;
     std::vector<BundleVote> bundleVotes;
     std::vector<PairVote> pairVotes;
-    std::vector<Range> netVotes;  // of scanRuns
-    // A net's placed pins in its order: those that are not to be moved and those that are, in turn,
-    // as ranges of siteLists. The first may be empty.
-    std::vector<Range> scanRuns;
+    std::vector<Range> netVotes;  // of scanLists
+    // A net's placed pins in its order: those that are not to be moved and those that are, in turn;
+    // each time their number, then their sites. The first number may be 0.
+    std::vector<unsigned> scanLists;
     std::vector<LengthRun> lengthRuns;
     std::vector<unsigned> siteLists;
     std::vector<SitePair> sitePairs;

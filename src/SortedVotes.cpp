@@ -71,7 +71,7 @@ void SortedVotes::addNear(float wish, unsigned weight) {
     nearWishes.push_back({wish, weight});
 }
 
-void SortedVotes::chooseSide(bool isForward, std::span<const WeightedStep> others) {
+void SortedVotes::chooseSide(bool isForward, const StepList& others) {
     direction = isForward ? 1.0F : -1.0F;
     parts.clear();
     total = 0;
@@ -95,10 +95,10 @@ void SortedVotes::addPart(const SortedRun& run, unsigned begin, unsigned end) {
 }
 
 // What is not in a list makes one more, of lanes that face one at 0.
-void SortedVotes::addOthers(std::span<const WeightedStep> others) {
+void SortedVotes::addOthers(const StepList& others) {
     otherSteps.clear();
-    for (const auto [step, weight] : others) {
-        otherSteps.push_back({direction * step, weight});
+    for (std::size_t i = 0; i < others.size(); ++i) {
+        otherSteps.push_back({direction * others[i].step, others[i].weight});
     }
     for (const WeightedStep& near : nearWishes) {
         if (near.step * direction > 0.0F) {
@@ -125,8 +125,7 @@ float SortedVotes::stepAt(unsigned rank) {
     narrowDown(ascending);
     widenByTolerance();
     const unsigned before = gatherCandidates();
-    std::span<WeightedStep> near = candidates;
-    return direction * stepAtRank(near, ascending - before);
+    return direction * candidates.atRank(ascending - before);
 }
 
 // Leaves of each part what may be the estimate at the rank.
@@ -208,7 +207,7 @@ unsigned SortedVotes::gatherCandidates() {
     for (const Part& part : parts) {
         before += part.run.weight(part.begin, part.low);
         for (unsigned pair = part.low; pair < part.high; ++pair) {
-            candidates.push_back({part.run.wish(pair), part.run.weight(pair, pair + 1)});
+            candidates.add({part.run.wish(pair), part.run.weight(pair, pair + 1)});
         }
     }
     return before;

@@ -10,7 +10,7 @@
 #include <span>
 #include <vector>
 
-#include "WeightedStep.h"
+#include "StepList.h"
 
 namespace korvel {
 
@@ -58,7 +58,7 @@ public:
 
     // Turns to the nets that want to move in that direction, and `others` that do, none of which
     // comes from a list.
-    void chooseSide(bool isForward, std::span<const WeightedStep> others);
+    void chooseSide(bool isForward, const StepList& others);
     // The step at `rank` of these, positive in the direction.
     float stepAt(unsigned rank);
 
@@ -89,7 +89,7 @@ private:
 
     void addNear(float wish, unsigned weight);
     void addPart(const SortedRun& run, unsigned begin, unsigned end);
-    void addOthers(std::span<const WeightedStep> others);
+    void addOthers(const StepList& others);
     void narrowDown(unsigned rank);
     Divided divideAt(double pivot);
     void widenByTolerance();
@@ -108,7 +108,7 @@ private:
     std::vector<WeightedStep> otherSteps;
     std::vector<SortedPair> otherPairs;
     std::vector<float> otherLanes;
-    std::vector<WeightedStep> candidates;
+    StepList candidates;
 };
 
 }  // namespace korvel

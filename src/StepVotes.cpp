@@ -10,7 +10,7 @@ void StepVotes::clear(std::size_t most) {
         wanted.resize(most);
         weights.resize(most);
         freeDistances.resize(most);
-        gatheredSteps.resize(most);
+        gatheredSteps.reserve(most);
         gatheredFree.resize(most);
         for (SortedVotes& along : alongAxes) {
             along.reserve(most);
@@ -37,12 +37,12 @@ float StepVotes::step(Axis axis, Middle middle) {
     }
     const unsigned lane = forward > backward ? unsigned{axis} : backwardLane(axis);
     const auto majority = static_cast<unsigned>(k);
-    std::span<WeightedStep> steps = gatherSteps(lane);
+    gatherSteps(lane);
     if (!along.empty()) {
-        along.chooseSide(lane == axis, steps);
+        along.chooseSide(lane == axis, gatheredSteps);
     }
     const auto stepOfRank = [&](unsigned rank) {
-        return along.empty() ? stepAtRank(steps, rank) : along.stepAt(rank);
+        return along.empty() ? gatheredSteps.atRank(rank) : along.stepAt(rank);
     };
     std::span<const float> free;
     const auto freeOfRank = [&](unsigned rank) {
@@ -58,13 +58,12 @@ float StepVotes::step(Axis axis, Middle middle) {
     return lane == axis ? step : -step;
 }
 
-std::span<WeightedStep> StepVotes::gatherSteps(unsigned lane) {
-    WeightedStep* next = gatheredSteps.data();
+void StepVotes::gatherSteps(unsigned lane) {
+    gatheredSteps.clear();
     for (std::size_t i = 0; i < wantedNum; ++i) {
-        *next = {wanted[i][lane], weights[i]};
-        next += next->step != -kInfinity ? 1 : 0;
+        const float step = wanted[i][lane];
+        gatheredSteps.add({step, weights[i]}, step != -kInfinity);
     }
-    return {gatheredSteps.data(), next};
 }
 
 std::span<float> StepVotes::sortFree(unsigned lane) {

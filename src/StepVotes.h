@@ -8,7 +8,7 @@
 #include "Axis.h"
 #include "NetAdvice.h"
 #include "SortedVotes.h"
-#include "WeightedStep.h"
+#include "StepList.h"
 
 namespace korvel {
 
@@ -95,7 +95,7 @@ public:
     Point step(Middle middle) { return {step(kX, middle), step(kY, middle)}; }
 
 private:
-    std::span<WeightedStep> gatherSteps(unsigned lane);
+    void gatherSteps(unsigned lane);
     std::span<float> sortFree(unsigned lane);
 
     std::vector<Quad> wanted;  // minus infinity where a net does not want to move that way
@@ -107,7 +107,7 @@ private:
     QuadMask moves{};
     QuadMask stays{};
     SortedVotes alongAxes[kAxes];  // votes about one axis only
-    std::vector<WeightedStep> gatheredSteps;
+    StepList gatheredSteps;
     std::vector<float> gatheredFree;
 };
 

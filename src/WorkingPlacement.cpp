@@ -134,20 +134,36 @@ double WorkingPlacement::reachOf(unsigned body, Axis axis) const {
     return std::fabs(double{edges[axis][body]}) + tables.bodies[body].reach;
 }
 
-void WorkingPlacement::voteOfNet(AlignmentTables::Range runs) {
+void WorkingPlacement::voteOfNet(AlignmentTables::Range list) {
+    const unsigned* next = &tables.scanLists[list.begin];
+    const unsigned* end = next + (list.end - list.begin);
     NetScan scan;
-    for (unsigned i = runs.begin; i < runs.end; ++i) {
-        scan.addOther(endsOf(tables.scanRuns[i], allLanes(kInfinity)));
-        if (++i < runs.end) {
-            scan.addOwn(endsOf(tables.scanRuns[i], allLanes(kInfinity)));
+    if (*next == 0) {
+        ++next;
+    } else {
+        scan.addOther(nextEnds(next));
+    }
+    while (next != end) {
+        scan.addOwn(nextEnds(next));
+        if (next == end) {
+            break;
         }
+        scan.addOther(nextEnds(next));
     }
     votes.addWithFree(scan.advice());
 }
 
-Quad WorkingPlacement::endsOf(AlignmentTables::Range list, Quad ends) const {
-    for (unsigned i = list.begin; i < list.end; ++i) {
-        ends = smaller(sites[tables.siteLists[i]], ends);
+// The ends of so many sites as the list says, and past them.
+Quad WorkingPlacement::nextEnds(const unsigned*& list) const {
+    const unsigned number = *list++;
+    Quad ends = endsOf({list, number}, allLanes(kInfinity));
+    list += number;
+    return ends;
+}
+
+Quad WorkingPlacement::endsOf(std::span<const unsigned> list, Quad ends) const {
+    for (const unsigned site : list) {
+        ends = smaller(sites[site], ends);
     }
     return ends;
 }
@@ -192,7 +208,8 @@ void WorkingPlacement::moveBody(unsigned index, Point distance) {
 float WorkingPlacement::boxLength(AlignmentTables::Range list) const {
     constexpr float kMost = std::numeric_limits<float>::max();
     constexpr float kLeast = std::numeric_limits<float>::min();
-    const Quad ends = endsOf(list, Quad{kMost, kMost, -kLeast, -kLeast});
+    const Quad ends = endsOf({&tables.siteLists[list.begin], list.end - list.begin},
+                             Quad{kMost, kMost, -kLeast, -kLeast});
     return (-ends[2] - ends[0]) - ends[3] - ends[1];
 }
 

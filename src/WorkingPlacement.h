@@ -62,8 +62,9 @@ private:
     SortedRun runOf(const AlignmentTables::BundleVote& vote, Axis axis) const;
     double laneOrigin(unsigned body, Axis axis) const;
     double reachOf(unsigned body, Axis axis) const;
-    void voteOfNet(AlignmentTables::Range runs);
-    Quad endsOf(AlignmentTables::Range list, Quad ends) const;
+    void voteOfNet(AlignmentTables::Range list);
+    Quad nextEnds(const unsigned*& list) const;
+    Quad endsOf(std::span<const unsigned> list, Quad ends) const;
     void moveBody(unsigned index, Point distance);
     float boxLength(AlignmentTables::Range list) const;
     float addSitePairs(float sum, AlignmentTables::Range pairs) const;

@@ -27,6 +27,8 @@ public:
         buildPairLengths();
         t.terminalBallots.emplace_back();
         t.lengthRunRanges.emplace_back();
+        t.lengthBundleRanges.emplace_back();
+        t.netNum = size(netlist.nets);
         t.fullestNets.push_back({0, 0});
         for (unsigned placed = 1; placed <= t.numBlocks; ++placed) {
             for (unsigned block = 0; block < placed; ++block) {
@@ -34,6 +36,7 @@ public:
             }
             t.terminalBallots.push_back(terminalBallot(placed));
             t.lengthRunRanges.push_back(lengthRuns(placed));
+            t.lengthBundleRanges.push_back(lengthBundles(placed));
             t.fullestNets.push_back(fullestNet(placed));
         }
     }
@@ -323,12 +326,16 @@ private:
     Range append(const std::vector<SortedPair>& list, bool isBackward) {
         Range range{size(t.sortedPairs), 0};
         unsigned weight = 0;
+        double gaps = 0.0;
         for (std::size_t i = 0; i < list.size(); ++i) {
             SortedPair pair = list[isBackward ? list.size() - 1 - i : i];
             pair.gap = isBackward ? -pair.gap : pair.gap;
+            t.gapsBefore.push_back(gaps);
+            gaps += double{pair.gap} * pair.weightBefore;
             weight += std::exchange(pair.weightBefore, weight);
             t.sortedPairs.push_back(pair);
         }
+        t.gapsBefore.push_back(gaps);
         t.sortedPairs.push_back({0.0F, weight, 0, 0});
         range.end = size(t.sortedPairs);
         return range;
@@ -589,6 +596,20 @@ private:
         }
         runs.end = size(t.lengthRuns);
         return runs;
+    }
+
+    // Nets between pins of the same index have no length.
+    Range lengthBundles(unsigned placed) {
+        Range bundles;
+        bundles.begin = size(t.lengthBundles);
+        for (const PairGroup& group : groups) {
+            if (group.byLanes && group.firstIndex != group.secondIndex &&
+                isPlaced(group.first, placed) && isPlaced(group.second, placed)) {
+                t.lengthBundles.push_back(group.bundle);
+            }
+        }
+        bundles.end = size(t.lengthBundles);
+        return bundles;
     }
 
     void addOtherLength(const Net& net, unsigned placed) {

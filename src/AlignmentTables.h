@@ -121,6 +121,8 @@ public:
     // The votes about moving all placed blocks together toward the terminals.
     const Ballot& terminalBallot(unsigned placed) const { return terminalBallots[placed]; }
 
+    // Bundles of known length, of lengthBundles.
+    Range lengthBundlesOf(unsigned placed) const { return lengthBundleRanges[placed]; }
     // Nets of known length, in the order in which they are to be summed: runs of lengthRuns.
     Range lengthRunsOf(unsigned placed) const { return lengthRunRanges[placed]; }
 
@@ -129,9 +131,14 @@ public:
     // The bodies of a block index; see Body::index.
     const std::vector<unsigned>& bodiesOf(unsigned index) const { return indexBodies[index]; }
 
+    unsigned getNetNum() const { return netNum; }
     // Of a list of a bundle.
     std::span<const SortedPair> entriesOf(Range list) const {
         return {&sortedPairs[list.begin], list.end - list.begin};
+    }
+
+    const double* gapsBeforeOf(std::span<const SortedPair> entries) const {
+        return &gapsBefore[entries.data() - sortedPairs.data()];
     }
 
     // Ends the process when a net has more pins placed than its degree says.
@@ -161,12 +168,14 @@ public:
     std::vector<Body> bodies;
     std::vector<Bundle> bundles;  // those with lanes
     std::vector<SortedPair> sortedPairs;
+    std::vector<double> gapsBefore;  // sum over the nets before the pair in its list
     std::vector<BundleVote> bundleVotes;
     std::vector<PairVote> pairVotes;
     std::vector<Range> netVotes;  // of scanLists
     // A net's placed pins in its order: those that are not to be moved and those that are, in turn;
     // each time their number, then their sites. The first number may be 0.
     std::vector<unsigned> scanLists;
+    std::vector<unsigned> lengthBundles;
     std::vector<LengthRun> lengthRuns;
     std::vector<unsigned> siteLists;
     std::vector<SitePair> sitePairs;
@@ -178,9 +187,11 @@ private:
     class Builder;
 
     unsigned numBlocks;
+    unsigned netNum = 0;
     std::vector<Ballot> blockBallots;
     std::vector<Ballot> terminalBallots;
     std::vector<Range> lengthRunRanges;
+    std::vector<Range> lengthBundleRanges;
     struct Fill {
         unsigned degree;
         unsigned placedPins;

@@ -6,24 +6,6 @@
 
 namespace korvel {
 
-namespace {
-
-// The first pair of a range whose estimate is beyond something, or the end of the range.
-template <typename IsBeyond>
-unsigned firstBeyond(const SortedRun& run, unsigned begin, unsigned end, const IsBeyond& isBeyond) {
-    while (begin < end) {
-        const unsigned middle = begin + (end - begin) / 2;
-        if (isBeyond(run.estimate(middle))) {
-            end = middle;
-        } else {
-            begin = middle + 1;
-        }
-    }
-    return begin;
-}
-
-}  // namespace
-
 void SortedVotes::reserve(std::size_t most) {
     runs.reserve(most);
     parts.reserve(most);
@@ -48,9 +30,9 @@ void SortedVotes::add(const SortedRun& run) {
     const unsigned end = run.pairNum();
     const double certain = kSamePosition + run.tolerance;
     const unsigned backwardEnd =
-        firstBeyond(run, 0, end, [&](double estimate) { return !(estimate < -certain); });
+        run.firstBeyond(0, end, [&](double estimate) { return !(estimate < -certain); });
     const unsigned forwardBegin =
-        firstBeyond(run, backwardEnd, end, [&](double estimate) { return estimate > certain; });
+        run.firstBeyond(backwardEnd, end, [&](double estimate) { return estimate > certain; });
     backward += run.weight(0, backwardEnd);
     forward += run.weight(forwardBegin, end);
     for (unsigned pair = backwardEnd; pair < forwardBegin; ++pair) {
@@ -165,8 +147,8 @@ void SortedVotes::narrowDown(unsigned rank) {
 SortedVotes::Divided SortedVotes::divideAt(double pivot) {
     Divided weights{0, 0};
     for (Part& part : parts) {
-        part.pivotBegin = firstBeyond(part.run, part.low, part.high,
-                                      [&](double estimate) { return estimate >= pivot; });
+        part.pivotBegin = part.run.firstBeyond(part.low, part.high,
+                                               [&](double estimate) { return estimate >= pivot; });
         part.pivotEnd = part.pivotBegin;
         while (part.pivotEnd < part.high && part.run.estimate(part.pivotEnd) <= pivot) {
             ++part.pivotEnd;

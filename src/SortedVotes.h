@@ -39,7 +39,23 @@ struct SortedRun {
     unsigned weight(unsigned begin, unsigned end) const {
         return entries[end].weightBefore - entries[begin].weightBefore;
     }
+    // The first pair of a range whose estimate is beyond something, or the end of the range.
+    template <typename IsBeyond>
+    unsigned firstBeyond(unsigned begin, unsigned end, const IsBeyond& isBeyond) const;
 };
+
+template <typename IsBeyond>
+unsigned SortedRun::firstBeyond(unsigned begin, unsigned end, const IsBeyond& isBeyond) const {
+    while (begin < end) {
+        const unsigned middle = begin + (end - begin) / 2;
+        if (isBeyond(estimate(middle))) {
+            end = middle;
+        } else {
+            begin = middle + 1;
+        }
+    }
+    return begin;
+}
 
 class SortedVotes {
 public:

@@ -205,6 +205,28 @@ void WorkingPlacement::moveBody(unsigned index, Point distance) {
     }
 }
 
+// What the sum cannot be less than, from the bundles alone: every addition may round it down.
+float WorkingPlacement::leastHPWL() const {
+    const AlignmentTables::Range bundles = tables.lengthBundlesOf(numPlaced);
+    double sum = 0.0;
+    for (unsigned i = bundles.begin; i < bundles.end; ++i) {
+        sum += leastLength(tables.lengthBundles[i], kX) + leastLength(tables.lengthBundles[i], kY);
+    }
+    const double rounded = sum * (1.0 - (tables.getNetNum() + 2.0) * 0x1p-23);
+    return rounded > 0.0 ? std::nextafter(static_cast<float>(rounded), 0.0F) : 0.0F;
+}
+
+double WorkingPlacement::leastLength(unsigned bundle, Axis axis) const {
+    const SortedRun run = runOf({bundle, false}, axis);
+    const unsigned end = run.pairNum();
+    const unsigned middle = run.firstBeyond(0, end, [](double estimate) { return estimate > 0.0; });
+    const double* gapsBefore = tables.gapsBeforeOf(run.entries);
+    const double gaps = gapsBefore[end] - 2 * gapsBefore[middle];
+    const double less = run.weight(0, middle);
+    const double more = run.weight(middle, end);
+    return gaps + run.shift * (more - less) - run.tolerance * (more + less);
+}
+
 float WorkingPlacement::boxLength(AlignmentTables::Range list) const {
     constexpr float kMost = std::numeric_limits<float>::max();
     constexpr float kLeast = std::numeric_limits<float>::min();

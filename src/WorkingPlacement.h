@@ -42,7 +42,7 @@ public:
 
     // Wirelength of the placed pins; nets whose placed pins all lie on one block are left out,
     // their length is not known yet. Summed net by net, in float, until the sum is found to be
-    // useless: `isUseless(sum)` must stay true once it is.
+    // useless: `isUseless(sum)` must stay true once it is. Then the result is some useless sum.
     template <typename IsUseless>
     float partialHPWL(const IsUseless& isUseless) const;
 
@@ -60,6 +60,8 @@ private:
     void vote(const AlignmentTables::Ballot& ballot);
     void voteOfBundles(const AlignmentTables::Ballot& ballot, Axis axis);
     SortedRun runOf(const AlignmentTables::BundleVote& vote, Axis axis) const;
+    float leastHPWL() const;
+    double leastLength(unsigned bundle, Axis axis) const;
     double laneOrigin(unsigned body, Axis axis) const;
     double reachOf(unsigned body, Axis axis) const;
     void voteOfNet(AlignmentTables::Range list);
@@ -89,7 +91,11 @@ template <typename IsUseless>
 float WorkingPlacement::partialHPWL(const IsUseless& isUseless) const {
     tables.checkPlacedCounts(numPlaced);
     const AlignmentTables::Range runs = tables.lengthRunsOf(numPlaced);
-    float sum = 0.0F;
+    float sum = leastHPWL();
+    if (isUseless(sum)) {
+        return sum;
+    }
+    sum = 0.0F;
     for (unsigned i = runs.begin; i < runs.end && !isUseless(sum); ++i) {
         const AlignmentTables::LengthRun& run = tables.lengthRuns[i];
         switch (run.kind) {

@@ -29,10 +29,8 @@ void SortedVotes::clear() {
 void SortedVotes::add(const SortedRun& run) {
     const unsigned end = run.pairNum();
     const double certain = kSamePosition + run.tolerance;
-    const unsigned backwardEnd =
-        run.firstBeyond(0, end, [&](double estimate) { return !(estimate < -certain); });
-    const unsigned forwardBegin =
-        run.firstBeyond(backwardEnd, end, [&](double estimate) { return estimate > certain; });
+    const unsigned backwardEnd = run.firstNotBelow(-certain, 0, end);
+    const unsigned forwardBegin = run.firstAbove(certain, backwardEnd, end);
     backward += run.weight(0, backwardEnd);
     forward += run.weight(forwardBegin, end);
     for (unsigned pair = backwardEnd; pair < forwardBegin; ++pair) {
@@ -110,73 +108,69 @@ float SortedVotes::stepAt(unsigned rank) {
     return direction * candidates.atRank(ascending - before);
 }
 
-// Leaves of each part what may be the estimate at the rank.
+// Leaves of each part what may be the estimate at the rank, and not much more. Weights grow with
+// distance more or less evenly, so a pivot is guessed from them; every other time the widest part
+// is halved, which ends whatever the weights.
 void SortedVotes::narrowDown(unsigned rank) {
     constexpr unsigned kFew = 4;
+    constexpr unsigned kMostRounds = 64;
     unsigned before = 0;    // weight of what lies before the parts' low ends
     unsigned upTo = total;  // and before their high ends
     for (Part& part : parts) {
         part.low = part.begin;
         part.high = part.end;
     }
-    for (;;) {
+    for (unsigned round = 0; round < kMostRounds; ++round) {
         const Part& widest = *std::max_element(
             parts.begin(), parts.end(),
             [](const Part& a, const Part& b) { return a.high - a.low < b.high - b.low; });
-        const unsigned width = widest.high - widest.low;
-        if (width <= kFew) {
+        const auto [least, most] = estimates();
+        if (widest.high - widest.low <= kFew || most - least <= 2 * tolerance) {
             return;
         }
-        const auto steps =
-            static_cast<unsigned>(std::uint64_t{width} * (rank - before) / (upTo - before));
-        const auto [less, notMore] = divideAt(widest.run.estimate(widest.low + steps));
-        const bool isLess = rank < less;
-        const bool isMore = rank >= notMore;
+        const double share = (rank - before + 0.5) / (upTo - before);
+        const double pivot = round % 2 == 0 ? least + share * (most - least)
+                                            : widest.run.estimate((widest.low + widest.high) / 2);
+        const unsigned less = divideAt(pivot);
         for (Part& part : parts) {
-            part.low = isLess ? part.low : isMore ? part.pivotEnd : part.pivotBegin;
-            part.high = isLess ? part.pivotBegin : isMore ? part.high : part.pivotEnd;
+            (rank < less ? part.high : part.low) = part.divided;
         }
-        if (!isLess && !isMore) {
-            return;
-        }
-        upTo = isLess ? less : upTo;
-        before = isMore ? notMore : before;
+        (rank < less ? upTo : before) = less;
     }
 }
 
-SortedVotes::Divided SortedVotes::divideAt(double pivot) {
-    Divided weights{0, 0};
-    for (Part& part : parts) {
-        part.pivotBegin = part.run.firstBeyond(part.low, part.high,
-                                               [&](double estimate) { return estimate >= pivot; });
-        part.pivotEnd = part.pivotBegin;
-        while (part.pivotEnd < part.high && part.run.estimate(part.pivotEnd) <= pivot) {
-            ++part.pivotEnd;
+// The least and the largest of what is left.
+std::pair<double, double> SortedVotes::estimates() const {
+    double least = kInfinity;
+    double most = -kInfinity;
+    for (const Part& part : parts) {
+        if (part.low < part.high) {
+            least = std::min(least, part.run.estimate(part.low));
+            most = std::max(most, part.run.estimate(part.high - 1));
         }
-        weights.less += part.run.weight(part.begin, part.pivotBegin);
-        weights.notMore += part.run.weight(part.begin, part.pivotEnd);
     }
-    return weights;
+    return {least, most};
+}
+
+// Returns the weight of what is less.
+unsigned SortedVotes::divideAt(double pivot) {
+    unsigned less = 0;
+    for (Part& part : parts) {
+        part.divided = part.run.firstNotBelow(pivot, part.low, part.high);
+        less += part.run.weight(part.begin, part.divided);
+    }
+    return less;
 }
 
 // The wish at a rank is within the tolerance of the estimate at that rank, and so is every wish of
 // its own estimate.
 void SortedVotes::widenByTolerance() {
-    double lowest = kInfinity;
-    double highest = -kInfinity;
-    for (const Part& part : parts) {
-        if (part.low < part.high) {
-            lowest = std::min(lowest, part.run.estimate(part.low));
-            highest = std::max(highest, part.run.estimate(part.high - 1));
-        }
-    }
-    lowest -= 2 * tolerance;
-    highest += 2 * tolerance;
+    const auto [least, most] = estimates();
     for (Part& part : parts) {
-        while (part.low > part.begin && part.run.estimate(part.low - 1) >= lowest) {
+        while (part.low > part.begin && part.run.estimate(part.low - 1) >= least - 2 * tolerance) {
             --part.low;
         }
-        while (part.high < part.end && part.run.estimate(part.high) <= highest) {
+        while (part.high < part.end && part.run.estimate(part.high) <= most + 2 * tolerance) {
             ++part.high;
         }
     }

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "StepList.h"
@@ -39,7 +40,15 @@ struct SortedRun {
     unsigned weight(unsigned begin, unsigned end) const {
         return entries[end].weightBefore - entries[begin].weightBefore;
     }
-    // The first pair of a range whose estimate is beyond something, or the end of the range.
+    // The first pair of a range whose estimate is not below a value, or above it; else the end.
+    unsigned firstNotBelow(double value, unsigned begin, unsigned end) const {
+        return firstBeyond(begin, end, [x = value - shift](double gap) { return !(gap < x); });
+    }
+    unsigned firstAbove(double value, unsigned begin, unsigned end) const {
+        return firstBeyond(begin, end, [x = value - shift](double gap) { return gap > x; });
+    }
+
+private:
     template <typename IsBeyond>
     unsigned firstBeyond(unsigned begin, unsigned end, const IsBeyond& isBeyond) const;
 };
@@ -47,8 +56,8 @@ struct SortedRun {
 template <typename IsBeyond>
 unsigned SortedRun::firstBeyond(unsigned begin, unsigned end, const IsBeyond& isBeyond) const {
     while (begin < end) {
-        const unsigned middle = begin + (end - begin) / 2;
-        if (isBeyond(estimate(middle))) {
+        const unsigned middle = (begin + end) / 2;
+        if (isBeyond(entries[middle].gap)) {
             end = middle;
         } else {
             begin = middle + 1;
@@ -93,21 +102,15 @@ private:
         // Where the rank may be.
         unsigned low;
         unsigned high;
-        // Where the estimates are those of the pivot.
-        unsigned pivotBegin = 0;
-        unsigned pivotEnd = 0;
-    };
-    // Weights of what is less than a pivot, and not more than it.
-    struct Divided {
-        unsigned less;
-        unsigned notMore;
+        unsigned divided = 0;  // by a pivot
     };
 
     void addNear(float wish, unsigned weight);
     void addPart(const SortedRun& run, unsigned begin, unsigned end);
     void addOthers(const StepList& others);
     void narrowDown(unsigned rank);
-    Divided divideAt(double pivot);
+    std::pair<double, double> estimates() const;
+    unsigned divideAt(double pivot);
     void widenByTolerance();
     unsigned gatherCandidates();
 

@@ -219,7 +219,7 @@ float WorkingPlacement::leastHPWL() const {
 double WorkingPlacement::leastLength(unsigned bundle, Axis axis) const {
     const SortedRun run = runOf({bundle, false}, axis);
     const unsigned end = run.pairNum();
-    const unsigned middle = run.firstBeyond(0, end, [](double estimate) { return estimate > 0.0; });
+    const unsigned middle = run.firstAbove(0.0, 0, end);
     const double* gapsBefore = tables.gapsBeforeOf(run.entries);
     const double gaps = gapsBefore[end] - 2 * gapsBefore[middle];
     const double less = run.weight(0, middle);

@@ -178,8 +178,12 @@ TEST(Votes, ListsAnswerForEveryRankAsPositionsDo) {
         ASSERT_EQ(votes.getStays(), stays);
         for (const bool isForward : {true, false}) {
             std::vector<float>& steps = sides[isForward ? 0 : 1];
-            const std::vector<WeightedStep> others(random() % 4, {coarseness * 100, 2});
-            steps.insert(steps.end(), 2 * others.size(), coarseness * 100);
+            StepList others;
+            others.reserve(4);
+            for (auto i = random() % 4; i > 0; --i) {
+                others.add({coarseness * 100, 2});
+                steps.insert(steps.end(), 2, coarseness * 100);
+            }
             std::sort(steps.begin(), steps.end());
             votes.chooseSide(isForward, others);
             for (unsigned rank = 0; rank < steps.size(); ++rank) {

@@ -13,8 +13,8 @@
 // In large bundles (thousands of bumps between two dies) hardly two nets join the same sites, but
 // many join the same columns or rows of pins. There positions are kept per "lane": one u lane for
 // each distinct place along the block's width, one v lane for each along its height. Nets that join
-// the same two lanes along an axis vote once about it. A block that lies on its side has its u
-// lanes along y.
+// the same two lanes along an axis vote once about it, and stand in a list in the order of what
+// they want. A block that lies on its side has its u lanes along y.
 #pragma once
 
 #include <array>

@@ -18,7 +18,7 @@ namespace korvel {
 // Nets that join the same two lanes, in a list in the order of gaps. A list ends with an entry that
 // only has the weight of all.
 struct SortedPair {
-    float gap;              // from the first lane to the second while their bodies stand at 0
+    float gap;              // from the first lane to the second while both are counted from 0
     unsigned weightBefore;  // nets of the pairs before it in the list
     unsigned first;         // lane
     unsigned second;        // lane
@@ -28,7 +28,7 @@ struct SortedPair {
 struct SortedRun {
     std::span<const SortedPair> entries;
     const float* lanes;  // positions
-    float sign;          // 1, or -1 if the first body is the one that the second asks to come
+    float sign;          // 1 if the first body is to be moved, -1 if the second
     double shift;        // gap + shift estimates what a pair wants
     double tolerance;    // of the estimate
 

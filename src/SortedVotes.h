@@ -55,6 +55,13 @@ private:
 
 template <typename IsBeyond>
 unsigned SortedRun::firstBeyond(unsigned begin, unsigned end, const IsBeyond& isBeyond) const {
+    // Often a whole list lies on one side.
+    if (begin == end || isBeyond(entries[begin].gap)) {
+        return begin;
+    }
+    if (!isBeyond(entries[end - 1].gap)) {
+        return end;
+    }
     while (begin < end) {
         const unsigned middle = (begin + end) / 2;
         if (isBeyond(entries[middle].gap)) {

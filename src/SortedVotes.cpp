@@ -129,7 +129,7 @@ void SortedVotes::narrowDown(unsigned rank) {
             return;
         }
         const double share = (rank - before + 0.5) / (upTo - before);
-        const double pivot = round % 2 == 0 ? least + share * (most - least)
+        const double pivot = round % 3 != 2 ? least + share * (most - least)
                                             : widest.run.estimate((widest.low + widest.high) / 2);
         const unsigned less = divideAt(pivot);
         for (Part& part : parts) {

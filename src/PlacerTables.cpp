@@ -69,6 +69,9 @@ public:
         }
     }
 
+    // The next pair is the first of all.
+    bool isFirst() const { return !isCleared; }
+
     // The pair that the following trials are about: i left of j.
     void start(unsigned i, unsigned j) {
         first = i;
@@ -78,6 +81,12 @@ public:
         for (const unsigned index : commonNets(netlist.blocks[i], netlist.blocks[j])) {
             addNet(netlist.nets[index]);
         }
+    }
+
+    // No common net goes on to other blocks, so none is discounted.
+    bool isWhole() const {
+        return std::all_of(nets.begin(), nets.end(),
+                           [](const CommonNet& net) { return net.isComplete; });
     }
 
     // The cost of the first block immediately left of the second one, which is shifted to where
@@ -318,6 +327,27 @@ private:
     StepVotes votes;
 };
 
+// The costs of a pair without discount are the same in every pass, but for that which begins a
+// pass.
+PairCosts costsOf(PairTrials& trials, unsigned i, unsigned j,
+                  std::map<std::pair<unsigned, unsigned>, PairCosts>& known) {
+    const bool isFirst = trials.isFirst();
+    if (const auto found = known.find({i, j}); found != known.end() && !isFirst) {
+        return found->second;
+    }
+    trials.start(i, j);
+    PairCosts costs;
+    for (const Orient oi : kOrients) {
+        for (const Orient oj : kOrients) {
+            costs[orientIndex(oi)][orientIndex(oj)] = trials.cost(oi, oj);
+        }
+    }
+    if (trials.isWhole() && !isFirst) {
+        known.emplace(std::pair(i, j), costs);
+    }
+    return costs;
+}
+
 }  // namespace
 
 void Placer::calcMinDistancesCombined() {
@@ -332,11 +362,11 @@ void Placer::calcMinDistancesCombined() {
                 tables.levelMinDistance.push_back(0.0F);  // no search will ask
                 continue;
             }
-            trials.start(i, j);
+            const PairCosts costs = costsOf(trials, i, j, knownPairCosts);
             float best = kLargest;
             for (const Orient oi : kOrients) {
                 for (const Orient oj : kOrients) {
-                    const float distance = trials.cost(oi, oj);
+                    const float distance = costs[orientIndex(oi)][orientIndex(oj)];
                     tables.updateMinDistances(i, j, oi, oj, distance);
                     best = std::min(best, distance);
                 }

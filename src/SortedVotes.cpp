@@ -109,7 +109,7 @@ float SortedVotes::stepAt(unsigned rank) {
 }
 
 // Leaves of each part what may be the estimate at the rank, and not much more. Weights grow with
-// distance more or less evenly, so a pivot is guessed from them; every other time the widest part
+// distance more or less evenly, so a pivot is guessed from them; every third time the widest part
 // is halved, which ends whatever the weights.
 void SortedVotes::narrowDown(unsigned rank) {
     constexpr unsigned kFew = 4;

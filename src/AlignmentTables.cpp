@@ -1,7 +1,7 @@
 #include "AlignmentTables.h"
 
 #include <algorithm>
-#include <bit>
+#include <array>
 #include <cmath>
 #include <map>
 #include <utility>

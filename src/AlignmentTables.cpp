@@ -1,8 +1,9 @@
 #include "AlignmentTables.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <map>
-#include <set>
 #include <utility>
 
 namespace korvel {
@@ -19,10 +20,15 @@ public:
             buildBody(body);
         }
         for (PairGroup& group : groups) {
-            group.byLanes ? buildLanePairs(group) : buildSitePairs(group);
+            group.byLanes ? buildBundle(group) : buildSitePairs(group);
         }
+        findOtherNets();
+        findDependents();
+        buildPairLengths();
         t.terminalBallots.emplace_back();
         t.lengthRunRanges.emplace_back();
+        t.lengthBundleRanges.emplace_back();
+        t.netNum = size(netlist.nets);
         t.fullestNets.push_back({0, 0});
         for (unsigned placed = 1; placed <= t.numBlocks; ++placed) {
             for (unsigned block = 0; block < placed; ++block) {
@@ -30,6 +36,7 @@ public:
             }
             t.terminalBallots.push_back(terminalBallot(placed));
             t.lengthRunRanges.push_back(lengthRuns(placed));
+            t.lengthBundleRanges.push_back(lengthBundles(placed));
             t.fullestNets.push_back(fullestNet(placed));
         }
     }
@@ -39,21 +46,22 @@ private:
     unsigned bodyOf(const Pin& pin) const { return pinBodies[pinNumber(pin)]; }
     std::size_t pinNumber(const Pin& pin) const { return &pin - netlist.pins.data(); }
 
-    bool isPlaced(const Pin& pin, unsigned placed) const {
-        return pin.isTerminal() || bodyOf(pin) < placed;
+    bool isPlaced(unsigned body, unsigned placed) const {
+        return body < placed || body == t.terminalBody();
     }
     unsigned countPlaced(const Net& net, unsigned placed) const {
         return static_cast<unsigned>(
             std::count_if(net.getPins().begin(), net.getPins().end(),
-                          [&](const Pin* pin) { return isPlaced(*pin, placed); }));
+                          [&](const Pin* pin) { return isPlaced(bodyOf(*pin), placed); }));
     }
-    // A net of two pins; of the first two if there are more of them than it declares.
     static bool isPair(const Net& net) {
-        return net.getDeclaredDegree() == 2 && net.getNetDegree() >= 2;
+        return net.getDeclaredDegree() == 2 && net.getNetDegree() == 2;
     }
-    bool isPlacedPair(const Net& net, unsigned placed) const {
-        return isPair(net) && isPlaced(*net.getPins()[0], placed) &&
-               isPlaced(*net.getPins()[1], placed) && countPlaced(net, placed) == 2;
+    // Of the nets that declare two pins but have more: the first two are placed, and they alone.
+    bool isPlacedAsPair(const Net& net, unsigned placed) const {
+        return net.getDeclaredDegree() == 2 && net.getNetDegree() > 2 &&
+               isPlaced(bodyOf(*net.getPins()[0]), placed) &&
+               isPlaced(bodyOf(*net.getPins()[1]), placed) && countPlaced(net, placed) == 2;
     }
 
     static unsigned size(const auto& array) { return static_cast<unsigned>(array.size()); }
@@ -66,16 +74,81 @@ private:
                 pinBodies[pinNumber(*pin)] = body;
             }
         }
+        bodyPins.resize(t.unplacedBody() + 1);
+        for (const Pin& pin : netlist.pins) {
+            bodyPins[bodyOf(pin)].push_back(&pin);
+        }
         t.pinPlaces.resize(netlist.pins.size(), {t.unplacedBody(), kNoSite, {0, 0}});
-        hasLanes.resize(netlist.pins.size(), false);
-        t.dependentBlocks.resize(t.numBlocks + 1);
         t.indexBodies.resize(t.numBlocks);
         for (unsigned block = 0; block < t.numBlocks; ++block) {
-            t.extents[kX].push_back(netlist.blocks[block].getWidth());
-            t.extents[kY].push_back(netlist.blocks[block].getHeight());
+            t.extents[0].push_back(netlist.blocks[block].getWidth());
+            t.extents[1].push_back(netlist.blocks[block].getHeight());
             const int index = netlist.blocks[block].getIndex();
             if (index < static_cast<int>(t.numBlocks)) {
                 t.indexBodies[static_cast<unsigned>(index)].push_back(block);
+            }
+        }
+        for (std::vector<float>& extents : t.extents) {
+            extents.push_back(0.0F);
+        }
+    }
+
+    // The nets of two pins between the same two bodies. The order of the bodies does not matter
+    // unless both ends have the same block index: then the first pin is the one that votes for
+    // itself.
+    struct PairGroup {
+        unsigned first = 0;   // body
+        unsigned second = 0;  // body
+        unsigned firstIndex = 0;
+        unsigned secondIndex = 0;
+        struct Joint {
+            const Pin* first;
+            const Pin* second;
+        };
+        std::vector<Joint> joints{};
+        bool byLanes = false;
+        unsigned bundle = 0;                // of bundles, by lanes
+        std::vector<PairVote> sitePairs{};  // own is first, else
+    };
+
+    // A terminal may have the index of a block; beyond them indexes do not matter.
+    unsigned indexOf(const Pin& pin) const { return std::min(pin.getBlockIndex(), t.numBlocks); }
+
+    void groupPairs() {
+        std::map<std::array<unsigned, 4>, unsigned> groupOf;
+        hasLanes.resize(netlist.pins.size(), false);
+        for (const Net& net : netlist.nets) {
+            if (!isPair(net)) {
+                continue;
+            }
+            const Pin* first = net.getPins()[0];
+            const Pin* second = net.getPins()[1];
+            if (indexOf(*first) != indexOf(*second) && bodyOf(*second) < bodyOf(*first)) {
+                std::swap(first, second);
+            }
+            if (bodyOf(*first) == t.unplacedBody() || bodyOf(*second) == t.unplacedBody()) {
+                continue;
+            }
+            PairGroup group{bodyOf(*first), bodyOf(*second), indexOf(*first), indexOf(*second)};
+            const auto [found, isNew] = groupOf.emplace(
+                std::array{group.first, group.second, group.firstIndex, group.secondIndex},
+                size(groups));
+            if (isNew) {
+                groups.push_back(std::move(group));
+            }
+            groups[found->second].joints.push_back({first, second});
+        }
+        groupsOfBody.resize(t.terminalBody() + 1);
+        for (unsigned number = 0; number < groups.size(); ++number) {
+            PairGroup& group = groups[number];
+            groupsOfBody[group.first].push_back(number);
+            if (group.second != group.first) {
+                groupsOfBody[group.second].push_back(number);
+            }
+            group.byLanes = isCheaperByLanes(group);
+            for (const auto& [first, second] : group.joints) {
+                hasLanes[pinNumber(*first)] = group.byLanes;
+                hasLanes[pinNumber(*second)] = group.byLanes;
             }
         }
     }
@@ -86,171 +159,191 @@ private:
     }
     static float along(Point place, unsigned family) { return family == 0 ? place.x : place.y; }
 
-    // The nets of two pins between the same two bodies. The order of the bodies does not matter
-    // unless both ends have the same block index: then the first pin is the one that votes for
-    // itself.
-    struct PairGroup {
-        unsigned first = 0;
-        unsigned second = 0;
-        struct Joint {
-            const Net* net;
-            const Pin* first;
-            const Pin* second;
-        };
-        std::vector<Joint> joints;
-        bool byLanes = false;
-        unsigned bundle = 0;              // of bundles, by lanes
-        std::vector<PairVote> sitePairs;  // own is first, else
-    };
-
-    void groupPairs() {
-        std::map<std::pair<unsigned, unsigned>, unsigned> groupOf;
-        groupOfNet.resize(netlist.nets.size());
-        for (const Net& net : netlist.nets) {
-            if (!isPlacedPair(net, t.numBlocks)) {
-                continue;
-            }
-            const Pin* first = net.getPins()[0];
-            const Pin* second = net.getPins()[1];
-            if (first->getBlockIndex() != second->getBlockIndex() &&
-                bodyOf(*second) < bodyOf(*first)) {
-                std::swap(first, second);
-            }
-            const auto [found, isNew] =
-                groupOf.emplace(std::pair(bodyOf(*first), bodyOf(*second)), size(groups));
-            if (isNew) {
-                groups.emplace_back();
-                groups.back().first = bodyOf(*first);
-                groups.back().second = bodyOf(*second);
-            }
-            groups[found->second].joints.push_back({&net, first, second});
-            groupOfNet[net.getIndex()] = found->second;
-        }
-        for (PairGroup& group : groups) {
-            group.byLanes = isCheaperByLanes(group);
-            for (const PairGroup::Joint& joint : group.joints) {
-                hasLanes[pinNumber(*joint.first)] = group.byLanes;
-                hasLanes[pinNumber(*joint.second)] = group.byLanes;
-            }
-        }
-    }
-
-    // A vote about both axes costs less than two about one; blocks lie on their sides half the
-    // time.
+    // Finding a step in a list takes longer than asking a few. Lists are not made of places that
+    // cannot be put in order.
     static bool isCheaperByLanes(const PairGroup& group) {
-        std::set<std::array<float, 4>> sitePairs;
-        std::set<std::pair<float, float>> lanePairs[kFamilies][kFamilies];
-        for (const auto& [net, first, second] : group.joints) {
-            if (net->getNetDegree() > 2) {
-                return false;  // its pins may vote one by one too, which takes sites
-            }
+        constexpr std::size_t kFew = 16;
+        std::vector<std::array<float, 4>> distinct;
+        for (const auto& [first, second] : group.joints) {
             const Point a = placeOf(*first);
             const Point b = placeOf(*second);
-            sitePairs.insert({a.x, a.y, b.x, b.y});
-            for (unsigned f = 0; f < kFamilies; ++f) {
-                for (unsigned s = 0; s < kFamilies; ++s) {
-                    lanePairs[f][s].emplace(along(a, f), along(b, s));
-                }
+            const std::array<float, 4> places = {a.x, a.y, b.x, b.y};
+            if (std::find(distinct.begin(), distinct.end(), places) != distinct.end()) {
+                continue;
+            }
+            distinct.push_back(places);
+            if (distinct.size() > kFew) {
+                return isOrderly(group);
             }
         }
-        const std::size_t upright = lanePairs[0][0].size() + lanePairs[1][1].size();
-        const std::size_t onSide = lanePairs[0][1].size() + lanePairs[1][0].size();
-        return upright + onSide < 3 * sitePairs.size();
+        return false;
+    }
+
+    static bool isOrderly(const PairGroup& group) {
+        constexpr float kFar = 1e30F;
+        const auto isNear = [](const Pin& pin) {
+            const Point n = pin.placeInBlock(Orient::N);
+            const Point s = pin.placeInBlock(Orient::S);
+            return std::fabs(n.x) < kFar && std::fabs(n.y) < kFar && std::fabs(s.x) < kFar &&
+                   std::fabs(s.y) < kFar;
+        };
+        return std::all_of(group.joints.begin(), group.joints.end(), [&](const auto& joint) {
+            return isNear(*joint.first) && isNear(*joint.second);
+        });
     }
 
     // Lanes and sites for the distinct places of the body's pins.
     void buildBody(unsigned body) {
-        std::map<float, unsigned> laneOfPlace[kFamilies];
-        std::map<std::pair<float, float>, unsigned> siteOfPlace;
-        std::vector<const Pin*> pins;
-        for (const Pin& pin : netlist.pins) {
-            if (bodyOf(pin) != body) {
-                continue;
-            }
-            pins.push_back(&pin);
-            const Point place = placeOf(pin);
-            if (hasLanes[pinNumber(pin)]) {
-                laneOfPlace[0].emplace(place.x, 0);
-                laneOfPlace[1].emplace(place.y, 0);
-            } else {
-                siteOfPlace.emplace(std::pair(place.x, place.y), 0);
-            }
-        }
-        Body entry;
+        Body entry{};
         entry.index = body < t.numBlocks ? netlist.blocks[body].getIndex() : -1;
         for (unsigned family = 0; family < kFamilies; ++family) {
-            entry.lanes[family] = numberPlaces(laneOfPlace[family], t.laneOffsetsByOrient);
+            entry.lanes[family] = numberLanes(body, family);
+            entry.reach = std::max(entry.reach, reachOf(body, family, entry.lanes[family]));
         }
-        entry.sites = numberPlaces(siteOfPlace, t.siteOffsetsByOrient);
+        entry.sites = numberSites(body);
         t.bodies.push_back(entry);
-
-        for (const Pin* pin : pins) {
-            const Point place = placeOf(*pin);
-            PinPlace& kept = t.pinPlaces[pinNumber(*pin)];
-            kept = {body, kNoSite, {0, 0}};
-            if (hasLanes[pinNumber(*pin)]) {
-                kept.lanes[0] = laneOfPlace[0].at(place.x);
-                kept.lanes[1] = laneOfPlace[1].at(place.y);
-            } else {
-                kept.site = siteOfPlace.at({place.x, place.y});
-            }
-            for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
-                setOffsets(kept, static_cast<Orient>(o), pin->placeInBlock(static_cast<Orient>(o)));
-            }
-        }
     }
 
-    // Numbers the places on from those that are there and makes room for their offsets.
-    template <typename Places, typename Offsets>
-    static Range numberPlaces(Places& places, Offsets& offsetsByOrient) {
-        Range range;
-        range.begin = size(offsetsByOrient[0]);
-        range.end = range.begin;
-        for (auto& [place, number] : places) {
-            number = range.end++;
+    Range numberLanes(unsigned body, unsigned family) {
+        std::vector<float> places;
+        for (const Pin* pin : bodyPins[body]) {
+            if (hasLanes[pinNumber(*pin)]) {
+                places.push_back(along(placeOf(*pin), family));
+            }
         }
-        for (auto& offsets : offsetsByOrient) {
+        sortUnique(places);
+        const Range range = appendTo(t.laneOffsetsByDirection, places.size());
+        for (const Pin* pin : bodyPins[body]) {
+            if (!hasLanes[pinNumber(*pin)]) {
+                continue;
+            }
+            const unsigned lane = range.begin + rankIn(places, along(placeOf(*pin), family));
+            PinPlace& kept = t.pinPlaces[pinNumber(*pin)];
+            kept.body = body;
+            kept.lanes[family] = lane;
+            t.laneOffsetsByDirection[0][lane] = along(pin->placeInBlock(Orient::N), family);
+            t.laneOffsetsByDirection[1][lane] = along(pin->placeInBlock(Orient::S), family);
+        }
+        return range;
+    }
+
+    Range numberSites(unsigned body) {
+        std::vector<std::pair<float, float>> places;
+        for (const Pin* pin : bodyPins[body]) {
+            if (!hasLanes[pinNumber(*pin)]) {
+                places.emplace_back(placeOf(*pin).x, placeOf(*pin).y);
+            }
+        }
+        sortUnique(places);
+        const Range range = appendTo(t.siteOffsetsByOrient, places.size());
+        for (const Pin* pin : bodyPins[body]) {
+            if (hasLanes[pinNumber(*pin)]) {
+                continue;
+            }
+            const unsigned site =
+                range.begin + rankIn(places, std::pair(placeOf(*pin).x, placeOf(*pin).y));
+            t.pinPlaces[pinNumber(*pin)] = {body, site, {0, 0}};
+            for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
+                t.siteOffsetsByOrient[o][site] = quadOf(pin->placeInBlock(static_cast<Orient>(o)));
+            }
+        }
+        return range;
+    }
+
+    static void sortUnique(auto& values) {
+        std::sort(values.begin(), values.end());
+        values.erase(std::unique(values.begin(), values.end()), values.end());
+    }
+    static unsigned rankIn(const auto& sorted, const auto& value) {
+        return static_cast<unsigned>(std::lower_bound(sorted.begin(), sorted.end(), value) -
+                                     sorted.begin());
+    }
+    static Range appendTo(auto& offsetLists, std::size_t number) {
+        const Range range{size(offsetLists[0]),
+                          static_cast<unsigned>(offsetLists[0].size() + number)};
+        for (auto& offsets : offsetLists) {
             offsets.resize(range.end);
         }
         return range;
     }
 
-    void setOffsets(const PinPlace& kept, Orient orient, Point offset) {
-        const unsigned o = orientIndex(orient);
-        if (kept.site != kNoSite) {
-            t.siteOffsetsByOrient[o][kept.site] = quadOf(offset);
-            return;
+    float reachOf(unsigned body, unsigned family, Range lanes) const {
+        float furthest = 0.0F;
+        for (unsigned i = lanes.begin; i < lanes.end; ++i) {
+            furthest = std::max(furthest, std::fabs(t.laneOffsetsByDirection[0][i]));
         }
-        const bool onSide = swapsWidthAndHeight(orient);
-        t.laneOffsetsByOrient[o][kept.lanes[0]] = onSide ? offset.y : offset.x;
-        t.laneOffsetsByOrient[o][kept.lanes[1]] = onSide ? offset.x : offset.y;
+        return furthest + std::fabs(t.extents[family][body]);
     }
 
     const PinPlace& keptAt(const Pin& pin) const { return t.pinPlaces[pinNumber(pin)]; }
 
-    void buildLanePairs(PairGroup& group) {
+    void buildBundle(PairGroup& group) {
         group.bundle = size(t.bundles);
-        Bundle bundle{group.first, group.second, {}};
-        for (unsigned f = 0; f < kFamilies; ++f) {
-            for (unsigned s = 0; s < kFamilies; ++s) {
-                std::map<std::pair<unsigned, unsigned>, unsigned> weights;
-                for (const auto& [net, first, second] : group.joints) {
-                    ++weights[{keptAt(*first).lanes[f], keptAt(*second).lanes[s]}];
-                }
-                Range& range = bundle.pairs[kFamilies * f + s];
-                range.begin = size(t.lanePairs);
-                for (const auto& [lanes, weight] : weights) {
-                    t.lanePairs.push_back({lanes.first, lanes.second, weight});
-                }
-                range.end = size(t.lanePairs);
+        t.bundles.push_back({group.first, group.second, {}});
+        for (unsigned first = 0; first < kFamilies; ++first) {
+            for (unsigned second = 0; second < kFamilies; ++second) {
+                buildLists(group, first, second);
             }
         }
-        t.bundles.push_back(bundle);
+    }
+
+    // One list with both bodies as they are and one with the second reversed; when both are turned
+    // by half, what was the largest gap is the smallest.
+    void buildLists(const PairGroup& group, unsigned first, unsigned second) {
+        std::vector<std::pair<unsigned, unsigned>> lanes;
+        for (const auto& [a, b] : group.joints) {
+            lanes.emplace_back(keptAt(*a).lanes[first], keptAt(*b).lanes[second]);
+        }
+        std::sort(lanes.begin(), lanes.end());
+        const unsigned turn = turnOf(first, false);
+        for (const bool isReversed : {false, true}) {
+            const unsigned secondTurn = turnOf(second, isReversed);
+            const std::vector<SortedPair> list = sortedPairs(lanes, isReversed);
+            Bundle& bundle = t.bundles[group.bundle];
+            bundle.list(turn, secondTurn) = append(list, false);
+            bundle.list(oppositeTurn(turn), oppositeTurn(secondTurn)) = append(list, true);
+        }
+    }
+
+    // `lanes` in order. In place of the weight before a pair its own.
+    std::vector<SortedPair> sortedPairs(const std::vector<std::pair<unsigned, unsigned>>& lanes,
+                                        bool isReversed) const {
+        const std::vector<float>& offsets = t.laneOffsetsByDirection[0];
+        std::vector<SortedPair> list;
+        for (const auto& [a, b] : lanes) {
+            if (!list.empty() && list.back().first == a && list.back().second == b) {
+                ++list.back().weightBefore;
+                continue;
+            }
+            const float gap = (isReversed ? -offsets[b] : offsets[b]) - offsets[a];
+            list.push_back({gap, 1, a, b});
+        }
+        std::sort(list.begin(), list.end(),
+                  [](const SortedPair& a, const SortedPair& b) { return a.gap < b.gap; });
+        return list;
+    }
+
+    Range append(const std::vector<SortedPair>& list, bool isBackward) {
+        Range range{size(t.sortedPairs), 0};
+        unsigned weight = 0;
+        double gaps = 0.0;
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            SortedPair pair = list[isBackward ? list.size() - 1 - i : i];
+            pair.gap = isBackward ? -pair.gap : pair.gap;
+            t.gapsBefore.push_back(gaps);
+            gaps += double{pair.gap} * pair.weightBefore;
+            weight += std::exchange(pair.weightBefore, weight);
+            t.sortedPairs.push_back(pair);
+        }
+        t.gapsBefore.push_back(gaps);
+        t.sortedPairs.push_back({0.0F, weight, 0, 0});
+        range.end = size(t.sortedPairs);
+        return range;
     }
 
     void buildSitePairs(PairGroup& group) const {
         std::map<std::pair<unsigned, unsigned>, std::int32_t> weights;
-        for (const auto& [net, first, second] : group.joints) {
+        for (const auto& [first, second] : group.joints) {
             ++weights[{keptAt(*first).site, keptAt(*second).site}];
         }
         for (const auto& [sites, weight] : weights) {
@@ -258,146 +351,170 @@ private:
         }
     }
 
-    // Collects one ballot at the end of the vote arrays.
-    class BallotBuilder {
-    public:
-        explicit BallotBuilder(Builder& builder) : b(builder) {
-            ballot.bundles.begin = size(b.t.bundleVotes);
-            ballot.pairs.begin = size(b.t.pairVotes);
-            ballot.nets.begin = size(b.t.netVotes);
-        }
-
-        void addStay() { ++ballot.stays; }
-
-        // All nets of the pair's group vote when the first of them comes.
-        void addPair(const Net& net, const Pin& own) {
-            const unsigned number = b.groupOfNet[net.getIndex()];
-            if (!groupsSeen.insert(number).second) {
-                return;
-            }
-            const PairGroup& group = b.groups[number];
-            const bool ownIsFirst = Builder::ownIsFirst(group, net, own);
-            bodies.insert({group.first, group.second});
-            if (group.byLanes) {
-                b.t.bundleVotes.push_back({group.bundle, !ownIsFirst});
-                unsigned mostPairs = 0;
-                for (const Range pairs : b.t.bundles[group.bundle].pairs) {
-                    mostPairs = std::max(mostPairs, pairs.end - pairs.begin);
-                }
-                ballot.mostVotes += mostPairs;
-            }
-            for (const auto& [first, second, weight] : group.sitePairs) {
-                b.t.pairVotes.push_back(ownIsFirst ? PairVote{first, second, weight}
-                                                   : PairVote{second, first, weight});
-                ++ballot.mostVotes;
+    // Nets whose votes and lengths depend on how many of their pins are placed.
+    void findOtherNets() {
+        otherNetsOfBlock.resize(t.numBlocks);
+        for (const Net& net : netlist.nets) {
+            if (!isPair(net)) {
+                otherNets.push_back(&net);
             }
         }
-
-        // Pins that are not placed are left out; a net without other pins advises nothing.
-        template <typename IsOwn>
-        void addNet(const Net& net, unsigned placed, const IsOwn& isOwn) {
-            Range runs;
-            runs.begin = size(b.t.scanRuns);
-            bool hasOther = false;
-            bool wasOwn = true;
-            for (const Pin* pin : net.getPins()) {
-                if (!b.isPlaced(*pin, placed)) {
-                    continue;
+        for (unsigned block = 0; block < t.numBlocks; ++block) {
+            for (const unsigned index : netlist.blocks[block].getNetsIndexes()) {
+                if (!isPair(netlist.nets[index])) {
+                    otherNetsOfBlock[block].push_back(&netlist.nets[index]);
                 }
-                const bool own = isOwn(*pin);
-                if (own && runs.begin == size(b.t.scanRuns)) {
-                    addRun();
-                    wasOwn = false;
-                }
-                if (own != wasOwn) {
-                    addRun();
-                }
-                b.t.siteLists.push_back(b.keptAt(*pin).site);
-                ++b.t.scanRuns.back().end;
-                wasOwn = own;
-                hasOther = hasOther || !own;
-                bodies.insert(b.bodyOf(*pin));
-            }
-            runs.end = size(b.t.scanRuns);
-            if (hasOther) {
-                b.t.netVotes.push_back(runs);
-                ++ballot.mostVotes;
             }
         }
+    }
 
-        Ballot finish() {
-            ballot.bundles.end = size(b.t.bundleVotes);
-            ballot.pairs.end = size(b.t.pairVotes);
-            ballot.nets.end = size(b.t.netVotes);
-            return ballot;
+    void findDependents() {
+        t.dependentBlocks.resize(t.numBlocks + 1);
+        for (unsigned block = 0; block < t.numBlocks; ++block) {
+            for (const unsigned number : groupsOfBody[block]) {
+                addDependent(groups[number].first, block);
+                addDependent(groups[number].second, block);
+            }
+            for (const Net* net : otherNetsOfBlock[block]) {
+                for (const Pin* pin : net->getPins()) {
+                    addDependent(bodyOf(*pin), block);
+                }
+            }
         }
+    }
+    // Blocks come in their order.
+    void addDependent(unsigned body, unsigned block) {
+        if (body == t.unplacedBody()) {
+            return;
+        }
+        std::vector<unsigned>& dependents = t.dependentBlocks[body];
+        if (dependents.empty() || dependents.back() != block) {
+            dependents.push_back(block);
+        }
+    }
 
-        const std::set<unsigned>& bodiesSeen() const { return bodies; }
-
-    private:
-        void addRun() { b.t.scanRuns.push_back({size(b.t.siteLists), size(b.t.siteLists)}); }
-
-        Builder& b;
+    Ballot openBallot() const {
         Ballot ballot;
-        std::set<unsigned> groupsSeen;
-        std::set<unsigned> bodies;
-    };
-
-    static bool ownIsFirst(const PairGroup& group, const Net& net, const Pin& own) {
-        const auto joint =
-            std::find_if(group.joints.begin(), group.joints.end(),
-                         [&](const auto& candidate) { return candidate.net == &net; });
-        return joint->first == &own;
+        ballot.bundles.begin = size(t.bundleVotes);
+        ballot.pairs.begin = size(t.pairVotes);
+        ballot.nets.begin = size(t.netVotes);
+        return ballot;
+    }
+    Ballot closed(Ballot ballot) const {
+        ballot.bundles.end = size(t.bundleVotes);
+        ballot.pairs.end = size(t.pairVotes);
+        ballot.nets.end = size(t.netVotes);
+        return ballot;
     }
 
     Ballot blockBallot(unsigned placed, unsigned block) {
-        BallotBuilder ballot(*this);
-        for (const unsigned index : netlist.blocks[block].getNetsIndexes()) {
-            const Net& net = netlist.nets[index];
-            const unsigned placedPins = countPlaced(net, placed);
-            if (placedPins < 2) {
+        Ballot ballot = openBallot();
+        for (const unsigned number : groupsOfBody[block]) {
+            const PairGroup& group = groups[number];
+            if (!isPlaced(group.first, placed) || !isPlaced(group.second, placed)) {
                 continue;
             }
-            const auto isOwn = [block](const Pin& pin) { return pin.getBlockIndex() == block; };
-            if (!isPlacedPair(net, placed)) {
-                ballot.addNet(net, placed, isOwn);
-            } else if (isOwn(*net.getPins()[0])) {
-                ballot.addPair(net, *net.getPins()[0]);
-            } else if (isOwn(*net.getPins()[1])) {
-                ballot.addPair(net, *net.getPins()[1]);
+            if (group.firstIndex == block || group.secondIndex == block) {
+                addGroup(ballot, group, group.firstIndex == block);
             } else {
-                ballot.addStay();
+                ballot.stays += static_cast<std::int32_t>(group.joints.size());
             }
         }
-        for (const unsigned body : ballot.bodiesSeen()) {
-            std::vector<unsigned>& dependents = t.dependentBlocks[body];
-            if (std::find(dependents.begin(), dependents.end(), block) == dependents.end()) {
-                dependents.push_back(block);
+        const auto isOwn = [block](const Pin& pin) { return pin.getBlockIndex() == block; };
+        for (const Net* net : otherNetsOfBlock[block]) {
+            if (isPlacedAsPair(*net, placed)) {
+                addAsPair(ballot, *net, isOwn);
+            } else if (countPlaced(*net, placed) >= 2) {
+                addNet(ballot, *net, placed, isOwn);
             }
         }
-        return ballot.finish();
+        return closed(ballot);
     }
 
     Ballot terminalBallot(unsigned placed) {
-        BallotBuilder ballot(*this);
-        for (const Net& net : netlist.nets) {
-            const unsigned placedPins = countPlaced(net, placed);
-            if (net.getTermNum() == 0 || placedPins < 2 || placedPins == net.getTermNum()) {
-                continue;
-            }
-            if (isPlacedPair(net, placed)) {
-                ballot.addPair(net, *net.getPins()[net.getPins()[0]->isTerminal() ? 1 : 0]);
-            } else {
-                ballot.addNet(net, placed, [](const Pin& pin) { return !pin.isTerminal(); });
+        Ballot ballot = openBallot();
+        for (const unsigned number : groupsOfBody[t.terminalBody()]) {
+            const PairGroup& group = groups[number];
+            const bool ownIsFirst = group.first != t.terminalBody();
+            const unsigned own = ownIsFirst ? group.first : group.second;
+            if (own != t.terminalBody() && isPlaced(own, placed)) {
+                addGroup(ballot, group, ownIsFirst);
             }
         }
-        return ballot.finish();
+        const auto isOwn = [](const Pin& pin) { return !pin.isTerminal(); };
+        for (const Net* net : otherNets) {
+            const unsigned placedPins = countPlaced(*net, placed);
+            if (net->getTermNum() == 0 || placedPins < 2 || placedPins == net->getTermNum()) {
+                continue;
+            }
+            if (isPlacedAsPair(*net, placed)) {
+                addAsPair(ballot, *net, isOwn);
+            } else {
+                addNet(ballot, *net, placed, isOwn);
+            }
+        }
+        return closed(ballot);
+    }
+
+    void addGroup(Ballot& ballot, const PairGroup& group, bool ownIsFirst) {
+        if (group.byLanes) {
+            t.bundleVotes.push_back({group.bundle, !ownIsFirst});
+            unsigned mostPairs = 0;
+            for (const Range list : t.bundles[group.bundle].lists) {
+                mostPairs = std::max(mostPairs, list.end - list.begin);
+            }
+            ballot.mostVotes += mostPairs;
+        }
+        for (const auto& [first, second, weight] : group.sitePairs) {
+            t.pairVotes.push_back(ownIsFirst ? PairVote{first, second, weight}
+                                             : PairVote{second, first, weight});
+            ++ballot.mostVotes;
+        }
+    }
+
+    void addAsPair(Ballot& ballot, const Net& net, const auto& isOwn) {
+        const Pin& first = *net.getPins()[0];
+        const Pin& second = *net.getPins()[1];
+        if (!isOwn(first) && !isOwn(second)) {
+            ++ballot.stays;
+            return;
+        }
+        const bool ownIsFirst = isOwn(first);
+        t.pairVotes.push_back({keptAt(ownIsFirst ? first : second).site,
+                               keptAt(ownIsFirst ? second : first).site, 1});
+        ++ballot.mostVotes;
+    }
+
+    // Pins that are not placed are left out; a net without other pins advises nothing.
+    void addNet(Ballot& ballot, const Net& net, unsigned placed, const auto& isOwn) {
+        const unsigned begin = size(t.scanLists);
+        std::size_t number = begin;  // where that of the pins at hand stands
+        t.scanLists.push_back(0);
+        bool wasOwn = false;
+        bool hasOther = false;
+        for (const Pin* pin : net.getPins()) {
+            if (!isPlaced(bodyOf(*pin), placed)) {
+                continue;
+            }
+            if (isOwn(*pin) != wasOwn) {
+                wasOwn = !wasOwn;
+                number = t.scanLists.size();
+                t.scanLists.push_back(0);
+            }
+            ++t.scanLists[number];
+            t.scanLists.push_back(keptAt(*pin).site);
+            hasOther = hasOther || !wasOwn;
+        }
+        if (hasOther) {
+            t.netVotes.push_back({begin, size(t.scanLists)});
+            ++ballot.mostVotes;
+        }
     }
 
     Fill fullestNet(unsigned placed) const {
         Fill fullest{1, 0};
-        for (const Net& net : netlist.nets) {
-            const Fill fill{net.getDeclaredDegree(), countPlaced(net, placed)};
+        for (const Net* net : otherNets) {
+            const Fill fill{net->getDeclaredDegree(), countPlaced(*net, placed)};
             if (fill.placedPins > fill.degree && fullest.placedPins <= fullest.degree) {
                 fullest = fill;
             }
@@ -405,60 +522,113 @@ private:
         return fullest;
     }
 
+    // A part of the sum over all nets: nets of two pins, or one other net.
+    struct LengthPart {
+        unsigned placed;   // how many blocks have to be for the run to count
+        LengthRun run;     // of pairs
+        const Net* other;  // or a net whose run depends on what is placed
+    };
+
+    void buildPairLengths() {
+        for (const Net& net : netlist.nets) {
+            if (!isPair(net)) {
+                lengthParts.push_back({0, {}, &net});
+                continue;
+            }
+            const Pin* first = net.getPins()[0];
+            const Pin* second = net.getPins()[1];
+            if (first->getBlockIndex() != second->getBlockIndex() &&
+                bodyOf(*first) != t.unplacedBody() && bodyOf(*second) != t.unplacedBody()) {
+                addPairLength(*first, *second);
+            }
+        }
+    }
+
+    // Goes on with the last part if it can.
+    void addPairLength(const Pin& first, const Pin& second) {
+        if (bodyOf(second) < bodyOf(first)) {
+            return addPairLength(second, first);
+        }
+        LengthRun run{};
+        if (hasLanes[pinNumber(first)]) {
+            const unsigned joint = size(t.laneJoints);
+            t.laneJoints.push_back({});
+            std::copy_n(keptAt(first).lanes, kFamilies, t.laneJoints.back().lanes[0]);
+            std::copy_n(keptAt(second).lanes, kFamilies, t.laneJoints.back().lanes[1]);
+            run = {Length::Lanes, bodyOf(first), bodyOf(second), {joint, joint + 1}};
+        } else {
+            const unsigned pair = size(t.sitePairs);
+            t.sitePairs.push_back({keptAt(first).site, keptAt(second).site});
+            run = {Length::Sites, 0, 0, {pair, pair + 1}};
+        }
+        const unsigned placed = placedFrom(first, second);
+        if (!lengthParts.empty()) {
+            auto& [lastPlaced, last, other] = lengthParts.back();
+            if (other == nullptr && lastPlaced == placed && last.kind == run.kind &&
+                last.first == run.first && last.second == run.second &&
+                last.items.end - last.items.begin < kLongestRun) {
+                ++last.items.end;
+                return;
+            }
+        }
+        lengthParts.push_back({placed, run, nullptr});
+    }
+
+    // The number of placed blocks from which on both pins are placed.
+    unsigned placedFrom(const Pin& first, const Pin& second) const {
+        unsigned placed = 0;
+        for (const unsigned body : {bodyOf(first), bodyOf(second)}) {
+            placed = std::max(placed, body == t.terminalBody() ? 0 : body + 1);
+        }
+        return placed;
+    }
+
     // The nets whose length is known when that many blocks are placed.
     Range lengthRuns(unsigned placed) {
         Range runs;
         runs.begin = size(t.lengthRuns);
-        for (const Net& net : netlist.nets) {
-            if (!isSpread(net, placed)) {
-                continue;
+        for (const auto& [from, run, other] : lengthParts) {
+            if (other != nullptr) {
+                addOtherLength(*other, placed);
+            } else if (from <= placed) {
+                t.lengthRuns.push_back(run);
             }
-            if (isPlacedPair(net, placed)) {
-                addPairLength(net, runs.begin);
-                continue;
-            }
-            LengthRun run{};
-            run.items.begin = size(t.siteLists);
-            for (const Pin* pin : net.getPins()) {
-                if (isPlaced(*pin, placed)) {
-                    t.siteLists.push_back(keptAt(*pin).site);
-                }
-            }
-            run.items.end = size(t.siteLists);
-            t.lengthRuns.push_back(run);
         }
         runs.end = size(t.lengthRuns);
         return runs;
     }
 
-    // Adds the net to the last run of this number of placed blocks if it goes on there.
-    void addPairLength(const Net& net, unsigned firstRun) {
-        const PairGroup& group = groups[groupOfNet[net.getIndex()]];
-        const Pin* first = net.getPins()[0];
-        const Pin* second = net.getPins()[1];
-        if (group.byLanes && bodyOf(*first) != group.first) {
-            std::swap(first, second);
+    // Nets between pins of the same index have no length.
+    Range lengthBundles(unsigned placed) {
+        Range bundles;
+        bundles.begin = size(t.lengthBundles);
+        for (const PairGroup& group : groups) {
+            if (group.byLanes && group.firstIndex != group.secondIndex &&
+                isPlaced(group.first, placed) && isPlaced(group.second, placed)) {
+                t.lengthBundles.push_back(group.bundle);
+            }
+        }
+        bundles.end = size(t.lengthBundles);
+        return bundles;
+    }
+
+    void addOtherLength(const Net& net, unsigned placed) {
+        if (!isSpread(net, placed)) {
+            return;
         }
         LengthRun run{};
-        if (group.byLanes) {
-            const unsigned joint = size(t.laneJoints);
-            LaneJoint lanes{};
-            std::copy_n(keptAt(*first).lanes, kFamilies, lanes.lanes[0]);
-            std::copy_n(keptAt(*second).lanes, kFamilies, lanes.lanes[1]);
-            t.laneJoints.push_back(lanes);
-            run = {Length::Lanes, group.first, group.second, {joint, joint + 1}};
+        if (isPlacedAsPair(net, placed)) {
+            run.kind = Length::Sites;
+            run.items = {size(t.sitePairs), size(t.sitePairs) + 1};
+            t.sitePairs.push_back({keptAt(*net.getPins()[0]).site, keptAt(*net.getPins()[1]).site});
         } else {
-            const unsigned pair = size(t.sitePairs);
-            t.sitePairs.push_back({keptAt(*first).site, keptAt(*second).site});
-            run = {Length::Sites, 0, 0, {pair, pair + 1}};
-        }
-        if (t.lengthRuns.size() > firstRun) {
-            LengthRun& last = t.lengthRuns.back();
-            if (last.kind == run.kind && last.first == run.first && last.second == run.second &&
-                last.items.end - last.items.begin < kLongestRun) {
-                ++last.items.end;
-                return;
+            run.items.begin = size(t.siteLists);
+            for (const Pin* pin : net.getPins()) {
+                if (isPlaced(bodyOf(*pin), placed)) {
+                    t.siteLists.push_back(keptAt(*pin).site);
+                }
             }
+            run.items.end = size(t.siteLists);
         }
         t.lengthRuns.push_back(run);
     }
@@ -468,13 +638,13 @@ private:
     bool isSpread(const Net& net, unsigned placed) const {
         const Pin* first = nullptr;
         for (const Pin* pin : net.getPins()) {
-            if (!isPlaced(*pin, placed)) {
+            if (!isPlaced(bodyOf(*pin), placed)) {
                 continue;
             }
             if (first == nullptr) {
                 first = pin;
             } else if (pin->getBlockIndex() != first->getBlockIndex() ||
-                       (pin->isTerminal() && !isPlacedPair(net, placed))) {
+                       (pin->isTerminal() && !isPlacedAsPair(net, placed))) {
                 return true;
             }
         }
@@ -487,9 +657,13 @@ private:
     AlignmentTables& t;
     const Netlist& netlist;
     std::vector<unsigned> pinBodies;
+    std::vector<std::vector<const Pin*>> bodyPins;
     std::vector<bool> hasLanes;  // by pin
     std::vector<PairGroup> groups;
-    std::vector<unsigned> groupOfNet;  // of nets of two pins
+    std::vector<std::vector<unsigned>> groupsOfBody;
+    std::vector<const Net*> otherNets;  // all but pairs
+    std::vector<std::vector<const Net*>> otherNetsOfBlock;
+    std::vector<LengthPart> lengthParts;  // in the order of the nets
 };
 
 AlignmentTables::AlignmentTables(const Netlist& netlist, unsigned numBlocks)

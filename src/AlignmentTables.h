@@ -13,16 +13,17 @@
 // In large bundles (thousands of bumps between two dies) hardly two nets join the same sites, but
 // many join the same columns or rows of pins. There positions are kept per "lane": one u lane for
 // each distinct place along the block's width, one v lane for each along its height. Nets that join
-// the same two lanes along an axis vote once about it. A block that lies on its side has its u
-// lanes along y.
+// the same two lanes along an axis vote once about it, and stand in a list in the order of what
+// they want. A block that lies on its side has its u lanes along y.
 #pragma once
 
 #include <array>
 #include <vector>
 
+#include "Axis.h"
 #include "Netlist.h"
 #include "Quad.h"
-#include "StepVotes.h"
+#include "SortedVotes.h"
 
 namespace korvel {
 
@@ -39,24 +40,42 @@ public:
 
     // Along one axis a body's lanes are its u lanes (family 0) or its v lanes (family 1).
     static constexpr unsigned kFamilies = 2;
+    // The body's turn says how it lies along the axis: by family, and whether the lanes are
+    // reversed. Gaps in sorted lists are between lanes that are counted from the body's lower or
+    // left edge, or backward from its other edge if they are reversed.
+    static constexpr unsigned kTurns = 2 * kFamilies;
+    // Of a body in an unmirrored orientation.
+    static unsigned turnAlong(Axis axis, Orient orient) {
+        constexpr unsigned kTurnsAlong[kAxes][kUnmirroredOrients] = {{0, 2, 1, 3}, {2, 1, 3, 0}};
+        return kTurnsAlong[axis][orientIndex(orient)];
+    }
+    static constexpr unsigned turnOf(unsigned family, bool isReversed) {
+        return 2 * family + (isReversed ? 1 : 0);
+    }
+    static constexpr unsigned familyOf(unsigned turn) { return turn / 2; }
+    static constexpr bool isReversed(unsigned turn) { return turn % 2 != 0; }
+    // When the body is turned by half.
+    static constexpr unsigned oppositeTurn(unsigned turn) { return turn ^ 1U; }
 
     struct Body {
         Range lanes[kFamilies];
         Range sites;
-        int index;  // what votes and moves go by; the block's place in the order but for netlists
-                    // in separate pieces
+        float reach;  // how far from the corner its lanes lie at the most, and it itself
+        int index;    // what votes and moves go by; the block's place in the order but for
+                      // netlists in separate pieces
     };
 
-    struct LanePair {
-        unsigned first;
-        unsigned second;
-        unsigned weight;  // nets that join these lanes
-    };
     struct Bundle {
-        unsigned first;   // body
-        unsigned second;  // body
-        // By kFamilies * (family of first) + (family of second).
-        std::array<Range, kFamilies * kFamilies> pairs;  // of lanePairs
+        unsigned first;                            // body
+        unsigned second;                           // body
+        std::array<Range, kTurns * kTurns> lists;  // of sortedPairs, by the bodies' turns
+
+        Range& list(unsigned firstTurn, unsigned secondTurn) {
+            return lists[kTurns * firstTurn + secondTurn];
+        }
+        const Range& list(unsigned firstTurn, unsigned secondTurn) const {
+            return lists[kTurns * firstTurn + secondTurn];
+        }
     };
 
     // The own side of a bundle is the block that is to be moved.
@@ -102,6 +121,8 @@ public:
     // The votes about moving all placed blocks together toward the terminals.
     const Ballot& terminalBallot(unsigned placed) const { return terminalBallots[placed]; }
 
+    // Bundles of known length, of lengthBundles.
+    Range lengthBundlesOf(unsigned placed) const { return lengthBundleRanges[placed]; }
     // Nets of known length, in the order in which they are to be summed: runs of lengthRuns.
     Range lengthRunsOf(unsigned placed) const { return lengthRunRanges[placed]; }
 
@@ -109,6 +130,16 @@ public:
     const std::vector<unsigned>& dependents(unsigned body) const { return dependentBlocks[body]; }
     // The bodies of a block index; see Body::index.
     const std::vector<unsigned>& bodiesOf(unsigned index) const { return indexBodies[index]; }
+
+    unsigned getNetNum() const { return netNum; }
+    // Of a list of a bundle.
+    std::span<const SortedPair> entriesOf(Range list) const {
+        return {&sortedPairs[list.begin], list.end - list.begin};
+    }
+
+    const double* gapsBeforeOf(std::span<const SortedPair> entries) const {
+        return &gapsBefore[entries.data() - sortedPairs.data()];
+    }
 
     // Ends the process when a net has more pins placed than its degree says.
     void checkPlacedCounts(unsigned placed) const;
@@ -118,10 +149,10 @@ public:
     // Of the pins on blocks that this pass does not place.
     unsigned unplacedBody() const { return numBlocks + 1; }
 
-    // Places relative to the corner of the block in an unmirrored orientation: of lanes along the
-    // axis that they then have, of sites along both.
-    const std::vector<float>& laneOffsets(Orient orient) const {
-        return laneOffsetsByOrient[orientIndex(orient)];
+    // Places relative to the corner of the block: of lanes along the axis that they then have, of
+    // sites along both, in an unmirrored orientation.
+    const std::vector<float>& laneOffsets(unsigned turn) const {
+        return laneOffsetsByDirection[isReversed(turn) ? 1 : 0];
     }
     const std::vector<Quad>& siteOffsets(Orient orient) const {
         return siteOffsetsByOrient[orientIndex(orient)];
@@ -136,27 +167,31 @@ public:
 
     std::vector<Body> bodies;
     std::vector<Bundle> bundles;  // those with lanes
-    std::vector<LanePair> lanePairs;
+    std::vector<SortedPair> sortedPairs;
+    std::vector<double> gapsBefore;  // sum over the nets before the pair in its list
     std::vector<BundleVote> bundleVotes;
     std::vector<PairVote> pairVotes;
-    std::vector<Range> netVotes;  // of scanRuns
-    // A net's placed pins in its order: those that are not to be moved and those that are, in turn,
-    // as ranges of siteLists. The first may be empty.
-    std::vector<Range> scanRuns;
+    std::vector<Range> netVotes;  // of scanLists
+    // A net's placed pins in its order: those that are not to be moved and those that are, in turn;
+    // each time their number, then their sites. The first number may be 0.
+    std::vector<unsigned> scanLists;
+    std::vector<unsigned> lengthBundles;
     std::vector<LengthRun> lengthRuns;
     std::vector<unsigned> siteLists;
     std::vector<SitePair> sitePairs;
     std::vector<LaneJoint> laneJoints;
     std::vector<PinPlace> pinPlaces;
-    std::vector<float> extents[kAxes];  // unrotated width and height by block
+    std::vector<float> extents[kFamilies];  // by body; 0 of the terminals
 
 private:
     class Builder;
 
     unsigned numBlocks;
+    unsigned netNum = 0;
     std::vector<Ballot> blockBallots;
     std::vector<Ballot> terminalBallots;
     std::vector<Range> lengthRunRanges;
+    std::vector<Range> lengthBundleRanges;
     struct Fill {
         unsigned degree;
         unsigned placedPins;
@@ -164,7 +199,7 @@ private:
     std::vector<Fill> fullestNets;  // by number of placed blocks: the net nearest to overflowing
     std::vector<std::vector<unsigned>> dependentBlocks;
     std::vector<std::vector<unsigned>> indexBodies;
-    std::vector<float> laneOffsetsByOrient[kUnmirroredOrients];
+    std::vector<float> laneOffsetsByDirection[2];  // as they are, reversed
     std::vector<Quad> siteOffsetsByOrient[kUnmirroredOrients];
 };
 

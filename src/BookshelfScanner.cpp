@@ -1,7 +1,9 @@
 #include "BookshelfScanner.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <type_traits>
 
 namespace korvel {
 
@@ -18,6 +20,49 @@ constexpr const char* kNumberEnds = " \t\n\v\f\r(),%:#";
 constexpr double kLargestNumber = 1e15;
 constexpr const char* kNumber = "a number up to 1e15";
 constexpr const char* kCount = "a count";
+
+constexpr bool isBlank(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+constexpr bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+std::size_t lengthOfWord(std::string_view text) {
+    return static_cast<std::size_t>(std::find_if(text.begin(), text.end(), isBlank) - text.begin());
+}
+std::size_t lengthOfDigits(std::string_view text) {
+    return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isDigit) -
+                                    text.begin());
+}
+
+// Length of a number of digits only, with a point in between and a sign if Number can have them;
+// 0 for other forms, and where what follows does not certainly end it.
+template <class Number>
+std::size_t lengthOfPlainNumber(std::string_view text) {
+    constexpr std::size_t kMostDigits = 9;  // far from any limit
+    constexpr std::string_view kEnds = " \t\n\v\f\r%,)";
+    std::size_t length = 0;
+    const auto takeDigits = [&] {
+        const std::size_t digits = lengthOfDigits(text.substr(length, kMostDigits + 1));
+        length += digits;
+        return digits > 0 && digits <= kMostDigits;
+    };
+    const auto isNext = [&](char c) { return length < text.size() && text[length] == c; };
+    constexpr bool kHasFraction = std::is_floating_point_v<Number>;
+    length += kHasFraction && isNext('-') ? 1 : 0;
+    if (!takeDigits()) {
+        return 0;
+    }
+    if (kHasFraction && isNext('.')) {
+        ++length;
+        if (!takeDigits()) {
+            return 0;
+        }
+    }
+    const bool isEnded = length < text.size() && kEnds.find(text[length]) != std::string_view::npos;
+    return isEnded ? length : 0;
+}
 
 }  // namespace
 
@@ -107,9 +152,32 @@ std::string_view BookshelfScanner::nextPiece(std::string_view passing) const {
                                            : rest.substr(0, rest.find_first_of(kBlanks));
 }
 
+// What is next in the buffer, past blanks; empty where only the stream knows how it goes on. Most
+// of a file is plain, and is read from here; the stream's own functions, which read the same a
+// hundred times slower, have to be asked for all that is not.
+std::string_view BookshelfScanner::ahead() {
+    while (in.good()) {
+        const std::string_view rest = lines.getRest();
+        const auto start = std::find_if_not(rest.begin(), rest.end(), isBlank);
+        lines.skip(static_cast<std::size_t>(start - rest.begin()));
+        if (start != rest.end()) {
+            return lines.getRest();
+        }
+        if (lines.sgetc() == LineBuffer::traits_type::eof()) {
+            break;
+        }
+    }
+    return {};
+}
+
 std::string BookshelfScanner::token(const char* expected) {
     if (isStrict() && nextPiece().empty()) {
         noteSlip({}, expected);
+    }
+    const std::string_view rest = ahead();
+    if (const std::size_t length = lengthOfWord(rest); length < rest.size()) {
+        lines.skip(length);
+        return std::string(rest.substr(0, length));
     }
     std::string token;
     in >> token;
@@ -120,9 +188,26 @@ char BookshelfScanner::character(const char* expected) {
     if (isStrict() && nextPiece().empty()) {
         noteSlip({}, expected);
     }
+    if (const std::string_view rest = ahead(); !rest.empty()) {
+        lines.skip(1);
+        return rest[0];
+    }
     char character = 0;
     in >> character;
     return character;
+}
+
+template <class Number>
+Number BookshelfScanner::plainNumber() {
+    Number value{};
+    const std::string_view rest = ahead();
+    if (const std::size_t length = lengthOfPlainNumber<Number>(rest); length != 0) {
+        std::from_chars(rest.data(), rest.data() + length, value);
+        lines.skip(length);
+    } else {
+        in >> value;
+    }
+    return value;
 }
 
 // The whole text up to a blank or a mark has to be the number.
@@ -131,10 +216,9 @@ Number BookshelfScanner::checkedNumber(bool (*isPlain)(const std::string& text, 
                                        const char* expected) {
     const std::string piece(nextPiece());
     const std::string text = piece.substr(0, piece.find_first_of(kNumberEnds));
-    Number value{};
     in >> std::ws;
     const std::size_t before = lines.getRest().size();
-    in >> value;
+    const auto value = plainNumber<Number>();
     if (!in || before - lines.getRest().size() != text.size() || !isPlain(text, value)) {
         noteSlip(text.empty() ? piece : text, expected);
     }
@@ -148,9 +232,7 @@ Number BookshelfScanner::number() {
             [](const std::string&, Number value) { return std::abs(value) <= kLargestNumber; },
             kNumber);
     }
-    Number value{};
-    in >> value;
-    return value;
+    return plainNumber<Number>();
 }
 
 // Streams take a sign in front of a count, and wrap around; on one line there are digits only.
@@ -162,9 +244,7 @@ unsigned BookshelfScanner::count() {
             },
             kCount);
     }
-    unsigned value = 0;
-    in >> value;
-    return value;
+    return plainNumber<unsigned>();
 }
 
 unsigned BookshelfScanner::countAfterColon() {
@@ -221,7 +301,7 @@ Corner<Number> BookshelfScanner::position() {
 }
 
 void BookshelfScanner::skipLine() {
-    in.ignore(kMaxSkipped, '\n');
+    skipPastMark('\n');
 }
 
 void BookshelfScanner::skipPast(char mark, const char* passing) {
@@ -231,7 +311,17 @@ void BookshelfScanner::skipPast(char mark, const char* passing) {
             noteSlip(piece, (std::string("'") + mark + "'").c_str());
         }
     }
-    in.ignore(kMaxSkipped, mark);
+    skipPastMark(mark);
+}
+
+void BookshelfScanner::skipPastMark(char mark) {
+    const std::string_view near = lines.getRest().substr(0, kMaxSkipped);
+    const std::size_t before = near.find(mark);
+    if (in.good() && before != std::string_view::npos) {
+        lines.skip(before + 1);
+    } else {
+        in.ignore(kMaxSkipped, mark);
+    }
 }
 
 template Outline<float> BookshelfScanner::outline<float>();

@@ -34,6 +34,8 @@ public:
     std::string_view getRest() const {
         return {gptr(), static_cast<std::size_t>(egptr() - gptr())};
     }
+    // So many characters of it are read.
+    void skip(std::size_t number) { gbump(static_cast<int>(number)); }
 
 protected:
     int_type underflow() override;
@@ -121,6 +123,10 @@ public:
 
 private:
     bool isStrict() const { return records == Records::kOnOneLine; }
+    std::string_view ahead();
+    template <class Number>
+    Number plainNumber();
+    void skipPastMark(char mark);
     void noteSlip(std::string_view found, const char* expected);
     template <class Number>
     Number checkedNumber(bool (*isPlain)(const std::string& text, Number value),

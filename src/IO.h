@@ -50,7 +50,7 @@ private:
     Block& blockOf(Entry entry);
     void placeEntry(Entry entry, Point coord, Orient orient);
     PinRecord readPin(BookshelfScanner& in, const std::string& name);
-    void buildNets(const std::vector<NetRecord>& records, std::size_t pinNum);
+    void buildNets(const std::vector<NetRecord>& records, const std::vector<PinRecord>& pinRecords);
     void printParsingStatistic();
 
     Placer& placer;

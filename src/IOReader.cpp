@@ -49,7 +49,7 @@ struct IO::PinRecord {
 
 struct IO::NetRecord {
     unsigned degree;
-    std::vector<PinRecord> pins;
+    std::size_t firstPin;  // of its pins, which come up to those of the next net
 };
 
 Block& IO::blockOf(Entry entry) {
@@ -200,7 +200,7 @@ void IO::parseNets(std::istream& file) {
     placer.setPinNum(readHeaderCount(in, "NumPins"));
 
     std::vector<NetRecord> nets;
-    std::size_t pinNum = 0;
+    std::vector<PinRecord> pins;
     while (in) {
         const std::string token = in.token();
         if (BookshelfScanner::startsNoRecord(token)) {
@@ -212,20 +212,20 @@ void IO::parseNets(std::istream& file) {
             if (!in) {
                 endOnInput("ERROR by .nets file parsing: cannot read the degree of a net");
             }
-            nets.push_back({degree, {}});
+            nets.push_back({degree, pins.size()});
         } else {
             const PinRecord pin = readPin(in, token);
             if (nets.empty()) {
                 endOnInput("ERROR by .nets file parsing: pin of " + token +
                            " comes before the first NetDegree");
             }
-            nets.back().pins.push_back(pin);
-            ++pinNum;
+            pins.push_back(pin);
         }
     }
-    buildNets(nets, pinNum);
+    buildNets(nets, pins);
 
     const std::size_t nIndex = nets.size();
+    const std::size_t pinNum = pins.size();
     KORVEL_INVARIANT(placer.getNetNum() == nIndex, "placer.getNetNum() == nIndex");
     if (pinNum != placer.getPinNum()) {
         placer.report() << "CRITICAL WARNING by .nets file parsing: number of parsed pins and "
@@ -263,14 +263,19 @@ IO::PinRecord IO::readPin(BookshelfScanner& in, const std::string& name) {
 }
 
 // All counts are known here, so that no array grows while others point into it.
-void IO::buildNets(const std::vector<NetRecord>& records, std::size_t pinNum) {
+void IO::buildNets(const std::vector<NetRecord>& records,
+                   const std::vector<PinRecord>& pinRecords) {
     std::vector<Net>& nets = placer.netlist.nets;
     std::vector<Pin>& pins = placer.netlist.pins;
     nets.reserve(records.size());
-    pins.reserve(pinNum);
-    for (const NetRecord& record : records) {
-        Net& net = nets.emplace_back(static_cast<unsigned>(nets.size()), record.degree);
-        for (const PinRecord& pinRecord : record.pins) {
+    pins.reserve(pinRecords.size());
+    for (std::size_t n = 0; n < records.size(); ++n) {
+        Net& net = nets.emplace_back(static_cast<unsigned>(n), records[n].degree);
+        const std::size_t end =
+            n + 1 < records.size() ? records[n + 1].firstPin : pinRecords.size();
+        net.reservePins(end - pins.size());
+        while (pins.size() < end) {
+            const PinRecord& pinRecord = pinRecords[pins.size()];
             const bool terminal = pinRecord.owner.terminal;
             Block& owner = blockOf(pinRecord.owner);
             Pin& pin = pins.emplace_back(static_cast<int>(pins.size()), pinRecord.direction,

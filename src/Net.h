@@ -19,6 +19,7 @@ public:
     Net() = default;
     Net(unsigned index, unsigned degree) : nIndex(index), netDegree(degree) {}
 
+    void reservePins(std::size_t number) { pins.reserve(number); }
     // A terminal pin counts as placed from the start.
     void addPin(Pin* pin);
 

@@ -176,6 +176,7 @@ void Placer::place() {
 }
 
 void Placer::ordering() {
+    knownPairCosts.clear();
     out << "Perform ordering ..." << std::endl << std::endl;
     std::vector<Block>& blocks = netlist.blocks;
     UndirectedGraph graph(numBlocks);

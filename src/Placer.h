@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cstdint>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,6 +27,9 @@
 #include "SearchWorker.h"
 
 namespace korvel {
+
+// By the orientations of both blocks.
+using PairCosts = std::array<std::array<float, kUnmirroredOrients>, kUnmirroredOrients>;
 
 class Placer {
 public:
@@ -184,6 +188,8 @@ private:
     BBNode bestNode;
     std::optional<SearchCounters> searchCounters;
     std::unique_ptr<const SearchTables> searchTables;  // of the last search
+    // Of pairs of blocks whose cost no pass changes.
+    std::map<std::pair<unsigned, unsigned>, PairCosts> knownPairCosts;
     std::atomic<bool> stopRequested{false};
     std::atomic<bool> passEnded{false};  // the observer has ended the current pass
     SearchObserver* observer = nullptr;

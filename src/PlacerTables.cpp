@@ -6,7 +6,6 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
-#include <set>
 
 #include "BoundingBox.h"
 #include "Invariant.h"
@@ -34,15 +33,22 @@ std::vector<unsigned> terminalNets(const Netlist& netlist, unsigned block) {
     return termNets;
 }
 
-// How many blocks have a pin on the net.
-unsigned countBlocks(const Net& net) {
-    std::set<unsigned> blocks;
-    for (const Pin* pin : net.getPins()) {
-        if (!pin->isTerminal()) {
-            blocks.insert(pin->getBlockIndex());
+// How many blocks have a pin on each net.
+std::vector<unsigned> countBlocks(const std::vector<Net>& nets) {
+    std::vector<unsigned> counts;
+    std::vector<unsigned> blocks;
+    for (const Net& net : nets) {
+        blocks.clear();
+        for (const Pin* pin : net.getPins()) {
+            if (!pin->isTerminal()) {
+                blocks.push_back(pin->getBlockIndex());
+            }
         }
+        std::sort(blocks.begin(), blocks.end());
+        counts.push_back(
+            static_cast<unsigned>(std::unique(blocks.begin(), blocks.end()) - blocks.begin()));
     }
-    return static_cast<unsigned>(blocks.size());
+    return counts;
 }
 
 // Trials of two blocks side by side. Only their common nets matter, and of these only the pins on
@@ -54,33 +60,40 @@ public:
         : netlist(netlist),
           numBlocks(numBlocks),
           initialPlacement(initialPlacement),
-          sides(netlist.pins.size(), Side::Elsewhere) {
-        for (const Net& net : netlist.nets) {
-            netBlocks.push_back(countBlocks(net));
+          netBlocks(countBlocks(netlist.nets)),
+          pinBlocks(netlist.pins.size(), kNoBlock) {
+        for (unsigned block = 0; block < netlist.blocks.size(); ++block) {
+            for (const Pin* pin : netlist.blocks[block].getPins()) {
+                pinBlocks[pin - netlist.pins.data()] = block;
+            }
         }
     }
+
+    // The next pair is the first of all.
+    bool isFirst() const { return !isCleared; }
 
     // The pair that the following trials are about: i left of j.
     void start(unsigned i, unsigned j) {
         first = i;
         second = j;
-        left = &netlist.blocks[i];
-        right = &netlist.blocks[j];
-        markPins(*left, Side::Left);
-        markPins(*right, Side::Right);
         pins.clear();
         nets.clear();
-        for (const unsigned index : commonNets(*left, *right)) {
+        for (const unsigned index : commonNets(netlist.blocks[i], netlist.blocks[j])) {
             addNet(netlist.nets[index]);
         }
-        markPins(*left, Side::Elsewhere);
-        markPins(*right, Side::Elsewhere);
+    }
+
+    // No common net goes on to other blocks, so none is discounted.
+    bool isWhole() const {
+        return std::all_of(nets.begin(), nets.end(),
+                           [](const CommonNet& net) { return net.isComplete; });
     }
 
     // The cost of the first block immediately left of the second one, which is shifted to where
     // their common nets want it.
     float cost(Orient leftOrient, Orient rightOrient) {
-        place({}, leftOrient, {}, rightOrient);
+        spots[kLeftBlock] = {{}, orientIndex(leftOrient)};
+        spots[kRightBlock] = {{}, orientIndex(rightOrient)};
         const float shift = wantedShift();
         if (!isCleared) {
             netlist.unplaceAllNets();
@@ -88,9 +101,10 @@ public:
             start(first, second);
         }
         // Neither block gets a negative coordinate.
-        const float width = keepsWidthHorizontal(leftOrient) ? left->getWidth() : left->getHeight();
-        place({0.0F, shift < 0 ? -shift : 0.0F}, leftOrient, {width, shift < 0 ? 0.0F : shift},
-              rightOrient);
+        const Block& left = netlist.blocks[first];
+        const float width = keepsWidthHorizontal(leftOrient) ? left.getWidth() : left.getHeight();
+        spots[kLeftBlock].corner = {0.0F, shift < 0 ? -shift : 0.0F};
+        spots[kRightBlock].corner = {width, shift < 0 ? 0.0F : shift};
         float sum = 0.0F;
         for (const CommonNet& net : nets) {
             sum += costOf(net);
@@ -99,45 +113,63 @@ public:
     }
 
 private:
-    enum class Side : char { Elsewhere, Left, Right };
+    static constexpr unsigned kNoBlock = ~0U;
+
+    // What a pin moves with. All else stays where it is.
+    enum Side : unsigned { kElsewhere, kLeftBlock, kRightBlock, kSides };
+    struct Spot {
+        Point corner;
+        unsigned orient = 0;
+    };
     struct CommonPin {
         Side side;
         bool shifted;                                  // goes by the index of the shifted block
-        std::array<Point, kUnmirroredOrients> places;  // in its block
-        Point coord;
+        std::array<Point, kUnmirroredOrients> places;  // from the corner
     };
     struct CommonNet {
-        const Net* net;
         std::size_t begin;  // of pins
         std::size_t end;
-        unsigned placed;  // pins, terminals included
+        bool isPair;  // of two pins
+        bool isComplete;
         double discount;  // of a net that goes on to other blocks
+        float divisor;    // of one that does not
     };
 
-    void markPins(const Block& block, Side side) {
-        for (const Pin* pin : block.getPins()) {
-            sides[pin - netlist.pins.data()] = side;
-        }
+    Side sideOf(const Pin& pin) const {
+        const unsigned block = pinBlocks[&pin - netlist.pins.data()];
+        return block == first ? kLeftBlock : block == second ? kRightBlock : kElsewhere;
     }
 
     void addNet(const Net& net) {
-        CommonNet common{&net, pins.size(), 0, net.getPlacedPinsNum(), discountOf(net)};
+        const std::size_t begin = pins.size();
+        const unsigned degree = net.getDeclaredDegree();
+        unsigned placed = net.getPlacedPinsNum();  // terminals included
         for (const Pin* pin : net.getPins()) {
-            const Side side = sides[pin - netlist.pins.data()];
-            if (side == Side::Elsewhere && (pin->isTerminal() || !pin->isPlaced())) {
-                continue;
+            const Side side = sideOf(*pin);
+            if (side != kElsewhere) {
+                addPin(*pin, side);
+                ++placed;
+            } else if (pin->isPlaced() && !pin->isTerminal()) {
+                addPin(*pin, side);
             }
-            CommonPin& known = pins.emplace_back();
-            known.side = side;
-            known.shifted = pin->getBlockIndex() == second;
-            known.coord = pin->getCoord();
-            for (const Orient orient : kOrients) {
-                known.places[orientIndex(orient)] = pin->placeInBlock(orient);
-            }
-            common.placed += side == Side::Elsewhere ? 0 : 1;
         }
-        common.end = pins.size();
-        nets.push_back(common);
+        if (isCleared) {
+            Net::checkPlacedNum(degree, placed);
+        }
+        const bool isComplete = placed >= degree;
+        nets.push_back({begin, pins.size(), placed == 2 && degree == 2, isComplete,
+                        isComplete ? 1.0 : discountOf(net),
+                        static_cast<float>(net.getTermNum() + 1)});
+    }
+
+    void addPin(const Pin& pin, Side side) {
+        CommonPin& known = pins.emplace_back();
+        known.side = side;
+        known.shifted = pin.getBlockIndex() == second;
+        for (const Orient orient : kOrients) {
+            known.places[orientIndex(orient)] =
+                side == kElsewhere ? pin.getCoord() : pin.placeInBlock(orient);
+        }
     }
 
     // A net that goes on to other blocks counts in part: they will pay for it too. The factors are
@@ -151,46 +183,41 @@ private:
         return std::pow(net.getTermNum() != 0 ? 0.7 : 0.75, exponent);
     }
 
-    void place(Point leftCorner, Orient leftOrient, Point rightCorner, Orient rightOrient) {
-        for (CommonPin& pin : pins) {
-            if (pin.side == Side::Elsewhere) {
-                continue;
-            }
-            const bool onRight = pin.side == Side::Right;
-            const Point corner = onRight ? rightCorner : leftCorner;
-            const Point at = pin.places[orientIndex(onRight ? rightOrient : leftOrient)];
-            pin.coord = {corner.x + at.x, corner.y + at.y};
-        }
+    Point coordOf(const CommonPin& pin) const {
+        const auto& [corner, orient] = spots[pin.side];
+        const Point place = pin.places[orient];
+        return {corner.x + place.x, corner.y + place.y};
     }
 
     // How far up the second block should go.
     float wantedShift() {
         votes.clear(nets.size());
         for (const CommonNet& net : nets) {
-            votes.addWithFree(combinedOffsetsFC(net));
+            if (net.isPair) {
+                votes.add(adviceOfPair(net));
+            } else {
+                votes.addWithFree(adviceOfOther(net));
+            }
         }
         return votes.step(kY, Middle::Lower);
     }
 
-    static bool isPair(const CommonNet& net) {
-        return net.placed == 2 && net.net->getDeclaredDegree() == 2;
+    offsetCalcReturn adviceOfPair(const CommonNet& net) const {
+        const CommonPin& a = pins[net.begin];
+        const CommonPin& b = pins[net.begin + 1];
+        const Quad offset = quadOf(coordOf(b)) - quadOf(coordOf(a));
+        return a.shifted || b.shifted ? adviceForPair(a.shifted ? offset : -offset)
+                                      : adviceToStay();
     }
 
-    offsetCalcReturn combinedOffsetsFC(const CommonNet& net) const {
-        if (isPair(net)) {
-            const CommonPin& a = pins[net.begin];
-            const CommonPin& b = pins[net.begin + 1];
-            const Quad offset = quadOf(b.coord) - quadOf(a.coord);
-            return a.shifted || b.shifted ? adviceForPair(a.shifted ? offset : -offset)
-                                          : adviceToStay();
-        }
+    offsetCalcReturn adviceOfOther(const CommonNet& net) const {
         NetScan scan;
         bool hasOther = false;
         for (std::size_t p = net.begin; p < net.end; ++p) {
             if (pins[p].shifted) {
-                scan.addOwn(quadOf(pins[p].coord));
+                scan.addOwn(quadOf(coordOf(pins[p])));
             } else {
-                scan.addOther(quadOf(pins[p].coord));
+                scan.addOther(quadOf(coordOf(pins[p])));
                 hasOther = true;
             }
         }
@@ -198,29 +225,23 @@ private:
     }
 
     float costOf(const CommonNet& net) const {
-        const unsigned degree = net.net->getDeclaredDegree();
-        const unsigned termNum = net.net->getTermNum();
-        Net::checkPlacedNum(degree, net.placed);
-        const float length = calcHPWLFwdCheck(net);
-        if (net.placed < degree) {
-            double discounted = length * net.discount;
-            if (initialPlacement) {
-                discounted *= 2.4;
-            }
-            return static_cast<float>(discounted);
+        const float length = lengthOf(net);
+        if (net.isComplete) {
+            return length / net.divisor;
         }
-        return termNum != 0 ? length / static_cast<float>(termNum + 1) : length;
+        const double discounted = length * net.discount;
+        return static_cast<float>(initialPlacement ? discounted * 2.4 : discounted);
     }
 
-    float calcHPWLFwdCheck(const CommonNet& net) const {
-        if (isPair(net)) {
-            const Point a = pins[net.begin].coord;
-            const Point b = pins[net.begin + 1].coord;
+    float lengthOf(const CommonNet& net) const {
+        if (net.isPair) {
+            const Point a = coordOf(pins[net.begin]);
+            const Point b = coordOf(pins[net.begin + 1]);
             return std::fabs(a.x - b.x) + std::fabs(a.y - b.y);
         }
         BoundingBox box;
         for (std::size_t p = net.begin; p < net.end; ++p) {
-            box.add(pins[p].coord);
+            box.add(coordOf(pins[p]));
         }
         return box.widthPlusHeight();
     }
@@ -230,11 +251,10 @@ private:
     bool initialPlacement;
     bool isCleared = false;
     std::vector<unsigned> netBlocks;  // blocks with a pin on the net, by net
+    std::vector<unsigned> pinBlocks;  // by pin of the netlist
     unsigned first = 0;
     unsigned second = 0;
-    const Block* left = nullptr;
-    const Block* right = nullptr;
-    std::vector<Side> sides;  // by pin of the netlist
+    std::array<Spot, kSides> spots;
     std::vector<CommonPin> pins;
     std::vector<CommonNet> nets;
     StepVotes votes;
@@ -307,6 +327,27 @@ private:
     StepVotes votes;
 };
 
+// The costs of a pair without discount are the same in every pass, but for that which begins a
+// pass.
+PairCosts costsOf(PairTrials& trials, unsigned i, unsigned j,
+                  std::map<std::pair<unsigned, unsigned>, PairCosts>& known) {
+    const bool isFirst = trials.isFirst();
+    if (const auto found = known.find({i, j}); found != known.end() && !isFirst) {
+        return found->second;
+    }
+    trials.start(i, j);
+    PairCosts costs;
+    for (const Orient oi : kOrients) {
+        for (const Orient oj : kOrients) {
+            costs[orientIndex(oi)][orientIndex(oj)] = trials.cost(oi, oj);
+        }
+    }
+    if (trials.isWhole() && !isFirst) {
+        known.emplace(std::pair(i, j), costs);
+    }
+    return costs;
+}
+
 }  // namespace
 
 void Placer::calcMinDistancesCombined() {
@@ -321,11 +362,11 @@ void Placer::calcMinDistancesCombined() {
                 tables.levelMinDistance.push_back(0.0F);  // no search will ask
                 continue;
             }
-            trials.start(i, j);
+            const PairCosts costs = costsOf(trials, i, j, knownPairCosts);
             float best = kLargest;
             for (const Orient oi : kOrients) {
                 for (const Orient oj : kOrients) {
-                    const float distance = trials.cost(oi, oj);
+                    const float distance = costs[orientIndex(oi)][orientIndex(oj)];
                     tables.updateMinDistances(i, j, oi, oj, distance);
                     best = std::min(best, distance);
                 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "BasicStructs.h"
@@ -39,8 +40,9 @@ inline QuadMask opposite(QuadMask q) {
     return __builtin_shufflevector(q, q, 2, 3, 0, 1);
 }
 
+// All bits of each of the mask's lanes are the same.
 inline Quad choose(QuadMask mask, Quad yes, Quad no) {
-    return mask ? yes : no;
+    return (Quad)((mask & (QuadMask)yes) | (~mask & (QuadMask)no));
 }
 
 // The smaller of each lane; `b` where they are equal.
@@ -59,6 +61,22 @@ inline Quad larger(Quad a, Quad b) {
 #else
     return choose(a > b, a, b);
 #endif
+}
+
+inline Quad loadQuad(const float* from) {
+    Quad quad;
+    std::memcpy(&quad, from, sizeof(quad));
+    return quad;
+}
+inline QuadMask loadMask(const std::int32_t* from) {
+    QuadMask mask;
+    std::memcpy(&mask, from, sizeof(mask));
+    return mask;
+}
+
+inline std::int32_t sumOf(QuadMask q) {
+    const QuadMask pairs = q + opposite(q);
+    return pairs[0] + pairs[1];
 }
 
 inline constexpr float kInfinity = std::numeric_limits<float>::infinity();

@@ -7,6 +7,8 @@
 
 #include "Axis.h"
 #include "NetAdvice.h"
+#include "SortedVotes.h"
+#include "StepList.h"
 
 namespace korvel {
 
@@ -63,20 +65,9 @@ float selectStep(const StepOfRank& stepOfRank, const FreeOfRank& freeOfRank, uns
     return freeOfRank(passed - 1);
 }
 
-// A step, and how many nets want it.
-struct WeightedStep {
-    float step;
-    unsigned weight;
-};
-
-// The step at `rank` when each stands as often as its weight says, found by selection: the whole
-// order is not needed. Reorders the list, and may shorten it to what can answer for this and lower
-// ranks.
-float stepAtRank(std::span<WeightedStep>& steps, unsigned rank);
-
 class StepVotes {
 public:
-    // Forgets all votes and makes room for up to `most` calls of add and of addAlong; memory is
+    // Forgets all votes and makes room for up to `most` calls of add and pairs of runs; memory is
     // kept, so that voting allocates nothing once the largest vote has been.
     void clear(std::size_t most);
 
@@ -96,33 +87,15 @@ public:
         leastFree = smaller(free, leastFree);
     }
 
-    // `weight` nets of two pins ask for `offset` along one axis.
-    void addAlong(Axis axis, float offset, unsigned weight) {
-        AlongAxis& along = alongAxes[axis];
-        along.offsets[along.num] = {offset, weight};
-        ++along.num;
-        const bool forward = offset > kSamePosition;
-        const bool backward = offset < -kSamePosition;
-        along.forward += forward ? weight : 0;
-        along.backward += backward ? weight : 0;
-        along.stays += forward || backward ? 0 : weight;
-    }
+    // What nets of two pins want along one axis.
+    void addAlong(Axis axis, const SortedRun& run) { alongAxes[axis].add(run); }
 
     // Signed step of the majority along the axis, 0 without one.
     float step(Axis axis, Middle middle);
     Point step(Middle middle) { return {step(kX, middle), step(kY, middle)}; }
 
 private:
-    // Votes about one axis only.
-    struct AlongAxis {
-        std::vector<WeightedStep> offsets;  // signed; the first num count
-        std::size_t num = 0;
-        unsigned forward = 0;
-        unsigned backward = 0;
-        unsigned stays = 0;
-    };
-
-    std::span<WeightedStep> gatherSteps(Axis axis, unsigned lane);
+    void gatherSteps(unsigned lane);
     std::span<float> sortFree(unsigned lane);
 
     std::vector<Quad> wanted;  // minus infinity where a net does not want to move that way
@@ -133,8 +106,8 @@ private:
     Quad leastFree{};
     QuadMask moves{};
     QuadMask stays{};
-    AlongAxis alongAxes[kAxes];
-    std::vector<WeightedStep> gatheredSteps;
+    SortedVotes alongAxes[kAxes];  // votes about one axis only
+    StepList gatheredSteps;
     std::vector<float> gatheredFree;
 };
 

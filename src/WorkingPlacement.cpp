@@ -6,15 +6,23 @@
 
 namespace korvel {
 
+namespace {
+
+// What a handful of roundings may change, of the largest value that takes part.
+constexpr double kRounding = 0x1p-21;
+
+}  // namespace
+
 // Terminals are where their offsets say; blocks are placed later.
 WorkingPlacement::WorkingPlacement(const AlignmentTables& tables)
-    : tables(tables), lanes(tables.laneOffsets(Orient::N)), sites(tables.siteOffsets(Orient::N)) {
+    : tables(tables), lanes(tables.laneOffsets(0)), sites(tables.siteOffsets(Orient::N)) {
     const std::size_t bodyNum = tables.bodies.size();
     const std::size_t blockNum = tables.getBlockNum();
     orients.assign(bodyNum, Orient::N);
-    onSide.assign(bodyNum, 0);
     for (const Axis axis : {kX, kY}) {
-        edges[axis].assign(blockNum, 0.0F);
+        turns[axis].assign(bodyNum, AlignmentTables::turnAlong(axis, Orient::N));
+        edges[axis].assign(bodyNum, 0.0F);
+        drifts[axis].assign(bodyNum, 0.0);
         wholeExtents[axis].assign(blockNum, 0.0F);
         wanted[axis].assign(blockNum, 0.0F);
         outdated[axis].assign(blockNum, 1);
@@ -31,15 +39,18 @@ void WorkingPlacement::start(unsigned number) {
 void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
     const AlignmentTables::Body& body = tables.bodies[block];
     orients[block] = orient;
-    onSide[block] = swapsWidthAndHeight(orient) ? 1 : 0;
     edges[kX][block] = corner.x;
     edges[kY][block] = corner.y;
     for (const Axis axis : {kX, kY}) {
-        const unsigned family = familyAlong(block, axis);
+        const unsigned turn = AlignmentTables::turnAlong(axis, orient);
+        const unsigned family = AlignmentTables::familyOf(turn);
+        turns[axis][block] = turn;
         wholeExtents[axis][block] = std::trunc(tables.extents[family][block]);
-        const std::vector<float>& offsets = tables.laneOffsets(orient);
+        const float edge = edges[axis][block];
+        drifts[axis][block] = kRounding * reachOf(block, axis);
+        const std::vector<float>& offsets = tables.laneOffsets(turn);
         for (unsigned i = body.lanes[family].begin; i < body.lanes[family].end; ++i) {
-            lanes[i] = edges[axis][block] + offsets[i];
+            lanes[i] = edge + offsets[i];
         }
     }
     const std::vector<Quad>& offsets = tables.siteOffsets(orient);
@@ -51,9 +62,11 @@ void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
 
 Point WorkingPlacement::wantedStep(unsigned block) {
     if (outdated[kX][block] != 0 || outdated[kY][block] != 0) {
-        vote(tables.blockBallot(numPlaced, block));
+        const AlignmentTables::Ballot& ballot = tables.blockBallot(numPlaced, block);
+        vote(ballot);
         for (const Axis axis : {kX, kY}) {
             if (outdated[axis][block] != 0) {
+                voteOfBundles(ballot, axis);
                 wanted[axis][block] = votes.step(axis, Middle::Lower);
                 outdated[axis][block] = 0;
             }
@@ -63,17 +76,16 @@ Point WorkingPlacement::wantedStep(unsigned block) {
 }
 
 Point WorkingPlacement::wantedStepToTerminals() {
-    vote(tables.terminalBallot(numPlaced));
+    const AlignmentTables::Ballot& ballot = tables.terminalBallot(numPlaced);
+    vote(ballot);
+    voteOfBundles(ballot, kX);
+    voteOfBundles(ballot, kY);
     return votes.step(Middle::Upper);
 }
 
 void WorkingPlacement::vote(const AlignmentTables::Ballot& ballot) {
     votes.clear(ballot.mostVotes + 1);
     votes.add(adviceToStay(), ballot.stays);
-    for (unsigned i = ballot.bundles.begin; i < ballot.bundles.end; ++i) {
-        voteOfBundle(tables.bundleVotes[i], kX);
-        voteOfBundle(tables.bundleVotes[i], kY);
-    }
     for (unsigned i = ballot.pairs.begin; i < ballot.pairs.end; ++i) {
         const auto [own, other, weight] = tables.pairVotes[i];
         votes.add(adviceForPair(sites[other] - sites[own]), weight);
@@ -83,32 +95,75 @@ void WorkingPlacement::vote(const AlignmentTables::Ballot& ballot) {
     }
 }
 
-void WorkingPlacement::voteOfBundle(const AlignmentTables::BundleVote& vote, Axis axis) {
-    const AlignmentTables::Bundle& bundle = tables.bundles[vote.bundle];
-    const AlignmentTables::Range pairs =
-        bundle.pairs[AlignmentTables::kFamilies * familyAlong(bundle.first, axis) +
-                     familyAlong(bundle.second, axis)];
-    for (unsigned i = pairs.begin; i < pairs.end; ++i) {
-        const auto [first, second, weight] = tables.lanePairs[i];
-        const float offset = lanes[second] - lanes[first];
-        votes.addAlong(axis, vote.ownIsSecond ? -offset : offset, weight);
+void WorkingPlacement::voteOfBundles(const AlignmentTables::Ballot& ballot, Axis axis) {
+    for (unsigned i = ballot.bundles.begin; i < ballot.bundles.end; ++i) {
+        votes.addAlong(axis, runOf(tables.bundleVotes[i], axis));
     }
 }
 
-void WorkingPlacement::voteOfNet(AlignmentTables::Range runs) {
+SortedRun WorkingPlacement::runOf(const AlignmentTables::BundleVote& vote, Axis axis) const {
+    const AlignmentTables::Bundle& bundle = tables.bundles[vote.bundle];
+    const unsigned first = bundle.first;
+    const unsigned second = bundle.second;
+    const unsigned firstTurn = turns[axis][first];
+    const unsigned secondTurn = turns[axis][second];
+    const double shift = laneOrigin(second, axis) - laneOrigin(first, axis);
+    const double reach = reachOf(first, axis) + reachOf(second, axis);
+    const double tolerance = drifts[axis][first] + drifts[axis][second] + kRounding * reach;
+    // What the second body wants has the order that the gaps have with both turned by half.
+    if (vote.ownIsSecond) {
+        const auto list = bundle.list(AlignmentTables::oppositeTurn(firstTurn),
+                                      AlignmentTables::oppositeTurn(secondTurn));
+        return {tables.entriesOf(list), lanes.data(), -1.0F, -shift, tolerance};
+    }
+    const auto list = bundle.list(firstTurn, secondTurn);
+    return {tables.entriesOf(list), lanes.data(), 1.0F, shift, tolerance};
+}
+
+// Where the body's lanes are counted from.
+double WorkingPlacement::laneOrigin(unsigned body, Axis axis) const {
+    const unsigned turn = turns[axis][body];
+    const double edge = edges[axis][body];
+    return AlignmentTables::isReversed(turn)
+               ? edge + tables.extents[AlignmentTables::familyOf(turn)][body]
+               : edge;
+}
+
+// How far from the origin the body's lanes lie at the most.
+double WorkingPlacement::reachOf(unsigned body, Axis axis) const {
+    return std::fabs(double{edges[axis][body]}) + tables.bodies[body].reach;
+}
+
+void WorkingPlacement::voteOfNet(AlignmentTables::Range list) {
+    const unsigned* next = &tables.scanLists[list.begin];
+    const unsigned* end = next + (list.end - list.begin);
     NetScan scan;
-    for (unsigned i = runs.begin; i < runs.end; ++i) {
-        scan.addOther(endsOf(tables.scanRuns[i], allLanes(kInfinity)));
-        if (++i < runs.end) {
-            scan.addOwn(endsOf(tables.scanRuns[i], allLanes(kInfinity)));
+    if (*next == 0) {
+        ++next;
+    } else {
+        scan.addOther(nextEnds(next));
+    }
+    while (next != end) {
+        scan.addOwn(nextEnds(next));
+        if (next == end) {
+            break;
         }
+        scan.addOther(nextEnds(next));
     }
     votes.addWithFree(scan.advice());
 }
 
-Quad WorkingPlacement::endsOf(AlignmentTables::Range list, Quad ends) const {
-    for (unsigned i = list.begin; i < list.end; ++i) {
-        ends = smaller(sites[tables.siteLists[i]], ends);
+// The ends of so many sites as the list says, and past them.
+Quad WorkingPlacement::nextEnds(const unsigned*& list) const {
+    const unsigned number = *list++;
+    Quad ends = endsOf({list, number}, allLanes(kInfinity));
+    list += number;
+    return ends;
+}
+
+Quad WorkingPlacement::endsOf(std::span<const unsigned> list, Quad ends) const {
+    for (const unsigned site : list) {
+        ends = smaller(sites[site], ends);
     }
     return ends;
 }
@@ -135,7 +190,8 @@ void WorkingPlacement::moveBody(unsigned index, Point distance) {
             continue;
         }
         edges[axis][index] += along;
-        const AlignmentTables::Range moved = body.lanes[familyAlong(index, axis)];
+        drifts[axis][index] += kRounding * (reachOf(index, axis) + drifts[axis][index]);
+        const AlignmentTables::Range moved = lanesAlong(index, axis);
         for (unsigned i = moved.begin; i < moved.end; ++i) {
             lanes[i] += along;
         }
@@ -149,10 +205,33 @@ void WorkingPlacement::moveBody(unsigned index, Point distance) {
     }
 }
 
+// What the sum cannot be less than, from the bundles alone: every addition may round it down.
+float WorkingPlacement::leastHPWL() const {
+    const AlignmentTables::Range bundles = tables.lengthBundlesOf(numPlaced);
+    double sum = 0.0;
+    for (unsigned i = bundles.begin; i < bundles.end; ++i) {
+        sum += leastLength(tables.lengthBundles[i], kX) + leastLength(tables.lengthBundles[i], kY);
+    }
+    const double rounded = sum * (1.0 - (tables.getNetNum() + 2.0) * 0x1p-23);
+    return rounded > 0.0 ? std::nextafter(static_cast<float>(rounded), 0.0F) : 0.0F;
+}
+
+double WorkingPlacement::leastLength(unsigned bundle, Axis axis) const {
+    const SortedRun run = runOf({bundle, false}, axis);
+    const unsigned end = run.pairNum();
+    const unsigned middle = run.firstAbove(0.0, 0, end);
+    const double* gapsBefore = tables.gapsBeforeOf(run.entries);
+    const double gaps = gapsBefore[end] - 2 * gapsBefore[middle];
+    const double less = run.weight(0, middle);
+    const double more = run.weight(middle, end);
+    return gaps + run.shift * (more - less) - run.tolerance * (more + less);
+}
+
 float WorkingPlacement::boxLength(AlignmentTables::Range list) const {
     constexpr float kMost = std::numeric_limits<float>::max();
     constexpr float kLeast = std::numeric_limits<float>::min();
-    const Quad ends = endsOf(list, Quad{kMost, kMost, -kLeast, -kLeast});
+    const Quad ends = endsOf({&tables.siteLists[list.begin], list.end - list.begin},
+                             Quad{kMost, kMost, -kLeast, -kLeast});
     return (-ends[2] - ends[0]) - ends[3] - ends[1];
 }
 

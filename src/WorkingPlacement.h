@@ -42,7 +42,7 @@ public:
 
     // Wirelength of the placed pins; nets whose placed pins all lie on one block are left out,
     // their length is not known yet. Summed net by net, in float, until the sum is found to be
-    // useless: `isUseless(sum)` must stay true once it is.
+    // useless: `isUseless(sum)` must stay true once it is. Then the result is some useless sum.
     template <typename IsUseless>
     float partialHPWL(const IsUseless& isUseless) const;
 
@@ -51,11 +51,22 @@ public:
 
 private:
     // Lanes of the body along the axis, as a family.
-    unsigned familyAlong(unsigned body, Axis axis) const { return onSide[body] ^ axis; }
+    unsigned familyAlong(unsigned body, Axis axis) const {
+        return AlignmentTables::familyOf(turns[axis][body]);
+    }
+    AlignmentTables::Range lanesAlong(unsigned body, Axis axis) const {
+        return tables.bodies[body].lanes[familyAlong(body, axis)];
+    }
     void vote(const AlignmentTables::Ballot& ballot);
-    void voteOfBundle(const AlignmentTables::BundleVote& vote, Axis axis);
-    void voteOfNet(AlignmentTables::Range runs);
-    Quad endsOf(AlignmentTables::Range list, Quad ends) const;
+    void voteOfBundles(const AlignmentTables::Ballot& ballot, Axis axis);
+    SortedRun runOf(const AlignmentTables::BundleVote& vote, Axis axis) const;
+    float leastHPWL() const;
+    double leastLength(unsigned bundle, Axis axis) const;
+    double laneOrigin(unsigned body, Axis axis) const;
+    double reachOf(unsigned body, Axis axis) const;
+    void voteOfNet(AlignmentTables::Range list);
+    Quad nextEnds(const unsigned*& list) const;
+    Quad endsOf(std::span<const unsigned> list, Quad ends) const;
     void moveBody(unsigned index, Point distance);
     float boxLength(AlignmentTables::Range list) const;
     float addSitePairs(float sum, AlignmentTables::Range pairs) const;
@@ -64,10 +75,12 @@ private:
     const AlignmentTables& tables;
     unsigned numPlaced = 0;
     std::vector<Orient> orients;             // by body
-    std::vector<unsigned> onSide;            // by body: 1 if it lies on its side, with u along y
+    std::vector<unsigned> turns[kAxes];      // by body
     std::vector<float> lanes;                // positions
     std::vector<Quad> sites;                 // positions
-    std::vector<float> edges[kAxes];         // by block
+    std::vector<float> edges[kAxes];         // by body; 0 of the terminals
+    std::vector<double> drifts[kAxes];       // by body: how far its lanes may be from where they
+                                             // belong by the edge
     std::vector<float> wholeExtents[kAxes];  // by block
     std::vector<float> wanted[kAxes];        // last answer of the vote, by block
     std::vector<char> outdated[kAxes];       // the vote has to be taken again, by block
@@ -78,7 +91,11 @@ template <typename IsUseless>
 float WorkingPlacement::partialHPWL(const IsUseless& isUseless) const {
     tables.checkPlacedCounts(numPlaced);
     const AlignmentTables::Range runs = tables.lengthRunsOf(numPlaced);
-    float sum = 0.0F;
+    float sum = leastHPWL();
+    if (isUseless(sum)) {
+        return sum;
+    }
+    sum = 0.0F;
     for (unsigned i = runs.begin; i < runs.end && !isUseless(sum); ++i) {
         const AlignmentTables::LengthRun& run = tables.lengthRuns[i];
         switch (run.kind) {

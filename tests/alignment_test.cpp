@@ -28,11 +28,11 @@ BBNode randomNode(std::mt19937& random, const Netlist& netlist, unsigned dies, A
 
 // Many pins in few columns and rows between two dies, as bumps are.
 Design bumpDesign(unsigned seed) {
-    Design design = randomDesign(seed, {4, seed % 2 * 3, 6, seed % 4 > 1});
+    Design design = randomDesign(seed, {4, seed % 2 * 3, seed % 3 * 3, seed % 4 > 1});
     std::mt19937 random(seed);
     const auto place = [&] { return 7.3F * static_cast<float>(random() % 9) - 29.0F; };
-    for (unsigned i = 0; i < 150; ++i) {
-        const unsigned a = i < 100 ? 0 : 2;
+    for (unsigned i = 0; i < 200; ++i) {
+        const unsigned a = i < 100 ? 0 : 1 + i % 2;
         design.nets.push_back(
             {{design.dies[a].name, 44.1F - 3.7F * static_cast<float>(i % 3), place()},
              {design.dies[a + 1].name, -41.9F, place() + 1.1F}});
@@ -103,6 +103,8 @@ unsigned expectSame(Design design, std::mt19937& random) {
         }
         const float length = placement.partialHPWL([](float) { return false; });
         EXPECT_EQ(length, alignment.partialLength());
+        // A sum is not taken for useless before it is.
+        EXPECT_EQ(placement.partialHPWL([length](float sum) { return sum > length; }), length);
         if (design.area.width > 0) {
             constexpr double kAll = 1e30;
             EXPECT_LE(bound.leastLength(node, space, kAll), length);

@@ -1,4 +1,4 @@
-// The vote of many nets about one step.
+// The vote of many nets about one step, and the same from lists whose order is known.
 
 #include "StepVotes.h"
 #include "helpers.h"
@@ -14,6 +14,40 @@ offsetCalcReturn freeWithin(unsigned direction, float distance) {
     advice.freeDistances[direction] = distance;
     return advice;
 }
+
+// A list of pairs that want these steps, with estimates that are wrong by up to the tolerance.
+class List {
+public:
+    List(const std::vector<WeightedStep>& wishes, double tolerance, std::mt19937& random,
+         bool isSecond = false)
+        : tolerance(tolerance), sign(isSecond ? -1.0F : 1.0F) {
+        for (const auto [step, weight] : wishes) {
+            const double wrong = (static_cast<double>(random() % 2001) / 1000 - 1) * tolerance;
+            const auto lane = static_cast<unsigned>(lanes.size());
+            lanes.push_back(sign * step);
+            entries.push_back({static_cast<float>(step + wrong - kShift), weight, 0, lane});
+        }
+        std::sort(entries.begin(), entries.end(),
+                  [](const SortedPair& a, const SortedPair& b) { return a.gap < b.gap; });
+        unsigned before = 0;
+        for (SortedPair& entry : entries) {
+            before += std::exchange(entry.weightBefore, before);
+        }
+        entries.push_back({0.0F, before, 0, 0});
+    }
+
+    // Gaps are floats too.
+    SortedRun run() const {
+        return {entries, lanes.data(), sign, kShift, tolerance * 1.001 + 0.001};
+    }
+
+private:
+    static constexpr double kShift = 77.5;
+    double tolerance;
+    float sign;
+    std::vector<float> lanes = {0.0F};
+    std::vector<SortedPair> entries;
+};
 
 struct Step {
     std::vector<float> wanted;  // in the direction, or negative against it
@@ -51,38 +85,41 @@ TEST(Votes, TheStepIsTheMiddleOfTheMajorityCutByFreeDistances) {
             const float sign = direction < kLeft ? 1.0F : -1.0F;
             StepVotes votes;
             votes.clear(s.wanted.size() + s.free.size() + 1);
-            for (std::size_t i = 0; i < s.wanted.size(); ++i) {
-                const float offset = sign * s.wanted[i];
-                if (i % 2 == 0) {
-                    votes.addAlong(axis, offset, 1);
-                } else {
-                    votes.add(adviceForPair(quadOf({offset, offset})));
-                }
+            for (const float wanted : s.wanted) {
+                votes.add(adviceForPair(quadOf({sign * wanted, sign * wanted})));
             }
             for (const float distance : s.free) {
                 votes.addWithFree(freeWithin(direction, distance));
             }
-            votes.addAlong(axis, 0.001F, s.stays);
+            votes.add(adviceToStay(), static_cast<std::int32_t>(s.stays));
             EXPECT_EQ(votes.step(axis, Middle::Lower), sign * s.lower);
             EXPECT_EQ(votes.step(axis, Middle::Upper), sign * s.upper);
         }
     }
 }
 
-// Bundles of equal wishes, many of them, and long lists of free distances.
+// Bundles of equal wishes, many of them, and long lists of free distances; one by one and from
+// lists.
 TEST(Votes, LargeVotesAreThoseOfSortedLists) {
     std::mt19937 random(1);
     StepVotes votes;
     for (unsigned round = 0; round < 300; ++round) {
         std::vector<float> wanted;
         std::vector<float> free;
+        std::vector<WeightedStep> listed;
         votes.clear(100);
         for (unsigned i = 0; i < 1 + round % 60; ++i) {
             const auto offset = static_cast<float>(1 + random() % (round % 2 == 0 ? 10 : 1000));
             const auto weight = static_cast<unsigned>(1 + random() % 4);
-            votes.addAlong(kY, offset, weight);
+            if (random() % 8 < round % 8) {
+                listed.push_back({offset, weight});
+            } else {
+                votes.add(adviceForPair(quadOf({0, offset})), static_cast<std::int32_t>(weight));
+            }
             wanted.insert(wanted.end(), weight, offset);
         }
+        const List list(listed, 0.1, random);
+        votes.addAlong(kY, list.run());
         for (auto i = random() % 8; i > 0; --i) {
             free.push_back(static_cast<float>(random() % 500));
             votes.addWithFree(freeWithin(kUp, free.back()));
@@ -97,6 +134,62 @@ TEST(Votes, LargeVotesAreThoseOfSortedLists) {
                                        [&](unsigned i) { return free.at(i); },
                                        static_cast<unsigned>(wanted.size()) - stays, middle);
         ASSERT_EQ(votes.step(kY, middle), plain) << "round " << round;
+    }
+}
+
+// Wishes on both sides and around the middle, many of them nearly equal; up to three lists, seen
+// from either body, and votes beside them. Tolerances that say nothing leave all to the positions.
+TEST(Votes, ListsAnswerForEveryRankAsPositionsDo) {
+    std::mt19937 random(2);
+    const double tolerances[] = {0.0, 0.004, 1.5, kInfinity,
+                                 std::numeric_limits<double>::quiet_NaN()};
+    SortedVotes votes;
+    votes.reserve(400);
+    for (unsigned round = 0; round < 400; ++round) {
+        SCOPED_TRACE(round);
+        const double tolerance = tolerances[round % 5];
+        const float coarseness = round % 3 == 0 ? 0.25F : 0.003F;
+        std::vector<float> sides[2];
+        unsigned stays = 0;
+        std::vector<List> lists;
+        for (auto n = random() % 4; n > 0; --n) {
+            std::vector<WeightedStep> wishes;
+            const auto from = static_cast<float>(random() % 40) - 25.0F;
+            for (auto i = random() % 80; i > 0; --i) {
+                const float wish = from + coarseness * static_cast<float>(random() % 50);
+                const auto weight = static_cast<unsigned>(1 + random() % 3);
+                wishes.push_back({wish, weight});
+                const float size = std::fabs(wish);
+                stays += size > kSamePosition ? 0 : weight;
+                sides[wish < 0].insert(sides[wish < 0].end(), size > kSamePosition ? weight : 0,
+                                       size);
+            }
+            lists.emplace_back(wishes, std::isfinite(tolerance) ? tolerance : 0.0, random,
+                               random() % 2 == 0);
+        }
+        votes.clear();
+        for (const List& list : lists) {
+            SortedRun run = list.run();
+            run.tolerance = std::isfinite(tolerance) ? run.tolerance : tolerance;
+            votes.add(run);
+        }
+        ASSERT_EQ(votes.getForward(), sides[0].size());
+        ASSERT_EQ(votes.getBackward(), sides[1].size());
+        ASSERT_EQ(votes.getStays(), stays);
+        for (const bool isForward : {true, false}) {
+            std::vector<float>& steps = sides[isForward ? 0 : 1];
+            StepList others;
+            others.reserve(4);
+            for (auto i = random() % 4; i > 0; --i) {
+                others.add({coarseness * 100, 2});
+                steps.insert(steps.end(), 2, coarseness * 100);
+            }
+            std::sort(steps.begin(), steps.end());
+            votes.chooseSide(isForward, others);
+            for (unsigned rank = 0; rank < steps.size(); ++rank) {
+                ASSERT_EQ(votes.stepAt(rank), steps[rank]) << isForward << ' ' << rank;
+            }
+        }
     }
 }
 

@@ -51,6 +51,13 @@ public:
     bool contains(unsigned vertex) const {
         return (words[vertex / kWordBits] >> (vertex % kWordBits) & 1U) != 0;
     }
+    // The vertices below `limit` of one word of bits.
+    std::uint64_t wordBelow(unsigned word, unsigned limit) const {
+        const unsigned first = word * kWordBits;
+        return limit - first >= kWordBits
+                   ? words[word]
+                   : words[word] & ((std::uint64_t{1} << (limit - first)) - 1);
+    }
     bool empty() const { return !(begin() != end()); }
 
 private:

@@ -7,7 +7,7 @@ namespace korvel {
 
 namespace {
 
-constexpr std::size_t kMostCuts = 16;
+constexpr std::size_t kMostCuts = 32;
 
 }  // namespace
 

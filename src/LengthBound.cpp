@@ -14,7 +14,7 @@ constexpr double kDriftPerRelation = 0.007;
 constexpr double kRounding = 1e-5;
 constexpr double kUnitRoundoff = 1.0 / (1 << 24);
 // A cut that is better than this node needs is good for more of those that come.
-constexpr double kBeyond = 1.1;
+constexpr double kBeyond = 1.3;
 
 // Every block's index is its place, and no terminal is taken for a block.
 bool inOrder(const Netlist& netlist, unsigned numBlocks) {

@@ -1,6 +1,7 @@
 #include "LengthGaps.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace korvel {
@@ -18,104 +19,126 @@ constexpr unsigned wordsFor(unsigned blocks) {
 }  // namespace
 
 LengthGaps::LengthGaps(Axis axis, unsigned numBlocks, Area area)
-    : axis(axis), areaExtent(axis == kX ? area.width : area.height), levels(numBlocks + 1) {
-    for (unsigned block = 0; block < numBlocks; ++block) {
-        levels[block].ties.related.resize(std::size_t{2} * wordsFor(block), 0);
-    }
-    levels.front().gaps.resize(1);
-    *levels.front().gaps.rowTo(0) = allLanes(-kInfinity);
-    levels.front().gaps.at(0, 0) = 0.0F;
+    : axis(axis),
+      areaExtent(axis == kX ? area.width : area.height),
+      wordNum(wordsFor(numBlocks)),
+      gaps(numBlocks + 1),
+      sides(numBlocks),
+      edges(std::size_t{numBlocks} * wordNum),
+      gapsToNewest(SlotMatrix::quadsFor(numBlocks + 1)),
+      gapsFromNewest(numBlocks + 1) {
+    gaps.front().resize(1);
+    *gaps.front().rowTo(0) = allLanes(-kInfinity);
+    gaps.front().at(0, 0) = 0.0F;
 }
 
 bool LengthGaps::follow(const BBNode& node) {
     const ConsraintGraphList& graph = axis == kX ? node.horizontalGraph : node.verticalGraph;
+    firstNew = std::min(placed, node.numBlocks);
+    placed = 0;
+    if (!takeSides(graph, node.numBlocks)) {
+        return false;
+    }
+    takeEdges(graph, node.numBlocks);
+    for (unsigned block = firstNew; block < node.numBlocks; ++block) {
+        addBlock(graph, block);
+    }
     placed = node.numBlocks;
-    for (unsigned block = 0; block < placed; ++block) {
-        if (graph.returnCoord(block) + graph.getWeight(block) > areaExtent) {
+    return true;
+}
+
+bool LengthGaps::takeSides(const ConsraintGraphList& graph, unsigned numBlocks) {
+    for (unsigned block = 0; block < numBlocks; ++block) {
+        const float weight = graph.getWeight(block);
+        const float end = graph.returnCoord(block) + weight;
+        if (end > areaExtent) {
             return false;
         }
-        if (takeTies(graph, block) || block >= known) {
-            addBlock(block);
-            known = block + 1;
+        // The alignment's common step looks at the graph's length only, in which a block without
+        // an edge on this axis does not count.
+        const float reach = areaExtent + std::max(0.0F, end - graph.getLength());
+        if (weight != sides[block].weight || reach != sides[block].reach) {
+            sides[block] = {weight, std::trunc(weight), reach};
+            firstNew = std::min(firstNew, block);
         }
     }
     return true;
 }
 
-// True when they have changed.
-bool LengthGaps::takeTies(const ConsraintGraphList& graph, unsigned block) {
-    Ties& ties = levels[block].ties;
-    bool changed = false;
-    const auto take = [&changed](auto& known, auto now) {
-        changed |= known != now;
-        known = now;
-    };
-    const float weight = graph.getWeight(block);
-    take(ties.weight, weight);
-    // The alignment's common step looks at the graph's length only, which a block without an edge
-    // on this axis does not count in.
-    const float beyond = graph.returnCoord(block) + weight - graph.getLength();
-    take(ties.reach, areaExtent + std::max(0.0F, beyond));
-    const unsigned words = wordsFor(block);
-    for (unsigned w = 0; w < words; ++w) {
-        take(ties.related[w], graph.getIncomingEdges(block).wordBelow(w, block));
-        take(ties.related[words + w], graph.getOutcomingEdges(block).wordBelow(w, block));
+void LengthGaps::takeEdges(const ConsraintGraphList& graph, unsigned numBlocks) {
+    const unsigned words = wordsFor(numBlocks);
+    for (unsigned block = 0; block < numBlocks; ++block) {
+        for (unsigned w = 0; w < words; ++w) {
+            std::uint64_t& known = edges[block * wordNum + w];
+            const std::uint64_t now = graph.getOutcomingEdges(block).word(w);
+            if (now != known) {
+                // Of two blocks the later one is new.
+                const unsigned other = w * VertexSet::kWordBits + std::countr_zero(now ^ known);
+                firstNew = std::min(firstNew, std::max(block, other));
+                known = now;
+            }
+        }
     }
-    return changed;
-}
-
-VertexSet LengthGaps::blocksBefore(unsigned block) const {
-    return {levels[block].ties.related.data(), wordsFor(block)};
-}
-
-VertexSet LengthGaps::blocksBehind(unsigned block) const {
-    return {levels[block].ties.related.data() + wordsFor(block), wordsFor(block)};
 }
 
 // A chain between two other bodies may now go by this block.
-void LengthGaps::addBlock(unsigned block) {
-    const SlotMatrix& old = levels[block].gaps;
-    SlotMatrix& gaps = levels[block + 1].gaps;
+void LengthGaps::addBlock(const ConsraintGraphList& graph, unsigned block) {
+    findGapsTo(graph, block);
+    findGapsFrom(graph, block);
+    const SlotMatrix& old = gaps[block];
+    SlotMatrix& wider = gaps[block + 1];
     const unsigned newest = slotOf(block);
-    gaps.resize(newest + 1);
-    findGapsTo(block);
+    wider.resize(newest + 1);
     for (unsigned to = 0; to < newest; ++to) {
-        const float gap = gapFrom(block, to);
+        const Quad gap = allLanes(gapsFromNewest[to]);
         const Quad* oldRow = old.rowTo(to);
-        Quad* row = gaps.rowTo(to);
-        row[gaps.getQuadNum() - 1] = allLanes(-kInfinity);
+        Quad* row = wider.rowTo(to);
+        row[wider.getQuadNum() - 1] = allLanes(-kInfinity);
         for (unsigned q = 0; q < old.getQuadNum(); ++q) {
-            row[q] = larger(oldRow[q], gapsToNewest[q] + allLanes(gap));
+            row[q] = larger(oldRow[q], gapsToNewest[q] + gap);
         }
-        gaps.at(newest, to) = gap;
+        wider.at(newest, to) = gapsFromNewest[to];
     }
-    std::copy(gapsToNewest.begin(), gapsToNewest.end(), gaps.rowTo(newest));
-    gaps.at(newest, newest) = 0.0F;
+    std::copy_n(gapsToNewest.begin(), wider.getQuadNum(), wider.rowTo(newest));
+    wider.at(newest, newest) = 0.0F;
 }
 
-// From all slots: behind the blocks before it, and nowhere below the origin.
-void LengthGaps::findGapsTo(unsigned block) {
-    const SlotMatrix& old = levels[block].gaps;
-    gapsToNewest.assign(SlotMatrix::quadsFor(slotOf(block) + 1), allLanes(-kInfinity));
-    std::copy_n(old.rowTo(0), old.getQuadNum(), gapsToNewest.begin());
-    for (const unsigned before : blocksBefore(block)) {
-        const Quad extent = allLanes(std::trunc(levels[before].ties.weight));
+// It lies behind the blocks before it, and nowhere below the origin.
+void LengthGaps::findGapsTo(const ConsraintGraphList& graph, unsigned block) {
+    const SlotMatrix& old = gaps[block];
+    const unsigned quadNum = old.getQuadNum();
+    std::copy_n(old.rowTo(0), quadNum, gapsToNewest.begin());
+    std::fill(gapsToNewest.begin() + quadNum, gapsToNewest.end(), allLanes(-kInfinity));
+    for (const unsigned before : graph.getIncomingEdges(block)) {
+        if (before > block) {
+            break;
+        }
+        const Quad extent = allLanes(sides[before].extent);
         const Quad* row = old.rowTo(slotOf(before));
-        for (unsigned q = 0; q < old.getQuadNum(); ++q) {
+        for (unsigned q = 0; q < quadNum; ++q) {
             gapsToNewest[q] = larger(gapsToNewest[q], row[q] + extent);
         }
     }
 }
 
-// The blocks behind it come after its end, which stays within the area.
-float LengthGaps::gapFrom(unsigned block, unsigned to) const {
-    const SlotMatrix& old = levels[block].gaps;
-    const Ties& ties = levels[block].ties;
-    float gap = old.at(0, to) - ties.reach;
-    for (const unsigned behind : blocksBehind(block)) {
-        gap = std::max(gap, old.at(slotOf(behind), to));
+// The blocks behind it come after its end, which stays within its reach.
+void LengthGaps::findGapsFrom(const ConsraintGraphList& graph, unsigned block) {
+    const SlotMatrix& old = gaps[block];
+    const Side& side = sides[block];
+    for (unsigned to = 0; to < old.getSlotNum(); ++to) {
+        gapsFromNewest[to] = old.at(0, to) - side.reach;
     }
-    return gap + std::trunc(ties.weight);
+    for (const unsigned behind : graph.getOutcomingEdges(block)) {
+        if (behind > block) {
+            break;
+        }
+        for (unsigned to = 0; to < old.getSlotNum(); ++to) {
+            gapsFromNewest[to] = std::max(gapsFromNewest[to], old.at(slotOf(behind), to));
+        }
+    }
+    for (unsigned to = 0; to < old.getSlotNum(); ++to) {
+        gapsFromNewest[to] += side.extent;
+    }
 }
 
 }  // namespace korvel

@@ -28,34 +28,34 @@ public:
     bool follow(const BBNode& node);
 
     // The gaps of the node followed last. Rounding may have made them a little too large.
-    const SlotMatrix& get() const { return levels[placed].gaps; }
+    const SlotMatrix& get() const { return gaps[placed]; }
 
 private:
-    // What fixes a block's place among the blocks before it.
-    struct Ties {
+    // Of a block along the axis.
+    struct Side {
         float weight = 0.0F;
-        float reach = 0.0F;  // how far its end can come
-        // Bits of earlier blocks: words of those before it, then words of those behind it.
-        std::vector<std::uint64_t> related;
-    };
-    struct Level {
-        SlotMatrix gaps;  // of the blocks before
-        Ties ties;        // of the next block
+        float extent = 0.0F;  // the same in whole units
+        float reach = 0.0F;   // how far its end can come
     };
 
-    bool takeTies(const ConsraintGraphList& graph, unsigned block);
-    void addBlock(unsigned block);
-    void findGapsTo(unsigned block);
-    float gapFrom(unsigned block, unsigned to) const;
-    VertexSet blocksBefore(unsigned block) const;
-    VertexSet blocksBehind(unsigned block) const;
+    bool takeSides(const ConsraintGraphList& graph, unsigned numBlocks);
+    void takeEdges(const ConsraintGraphList& graph, unsigned numBlocks);
+    void addBlock(const ConsraintGraphList& graph, unsigned block);
+    void findGapsTo(const ConsraintGraphList& graph, unsigned block);
+    void findGapsFrom(const ConsraintGraphList& graph, unsigned block);
 
     Axis axis;
     float areaExtent;
-    std::vector<Level> levels;  // by number of blocks
-    unsigned placed = 0;        // blocks of the node followed last
-    unsigned known = 0;         // levels whose gaps still follow from the ties before them
+    unsigned wordNum;              // of a block's edges
+    std::vector<SlotMatrix> gaps;  // by number of blocks
+    // The node followed last.
+    unsigned placed = 0;
+    std::vector<Side> sides;
+    std::vector<std::uint64_t> edges;  // bits of the blocks behind each block
+    unsigned firstNew = 0;             // the first block that was not so in the node before
+    // Between the block that is added and the slots before it.
     std::vector<Quad> gapsToNewest;
+    std::vector<float> gapsFromNewest;
 };
 
 }  // namespace korvel

@@ -58,6 +58,7 @@ public:
                    ? words[word]
                    : words[word] & ((std::uint64_t{1} << (limit - first)) - 1);
     }
+    std::uint64_t word(unsigned number) const { return words[number]; }
     bool empty() const { return !(begin() != end()); }
 
 private:

@@ -12,11 +12,6 @@ constexpr unsigned kUnlimited = ~0U;
 // Beyond that the alignment is cheaper than finding out that it is not needed.
 constexpr unsigned kMostCycles = 100;
 
-// The sum of distances to the points that grows and shrinks with the choice.
-double groupValue(const LengthNets::PairGroup::Points& points, unsigned halfPoints) {
-    return -points.sums[(halfPoints + 1) / 2] - points.sums[halfPoints / 2];
-}
-
 void flipBit(std::uint64_t* words, unsigned bit) {
     words[bit / VertexSet::kWordBits] ^= std::uint64_t{1} << (bit % VertexSet::kWordBits);
 }
@@ -36,7 +31,7 @@ double LengthAscent::raise(LengthCut& cut, const AxisView& view, const SlotMatri
         }
         value += gain;
     }
-    saveCarried();
+    cut.setCarried(units);
     return valueNow();
 }
 
@@ -47,7 +42,7 @@ void LengthAscent::load() {
     successors.resize(gains.getQuadNum());
     units.assign(gains.cellNum(), 0);
     for (const Carried& one : task.cut->getCarried()) {
-        carriedUnits(one.from, one.to) = static_cast<unsigned>(one.units);
+        units[one.cell] = static_cast<unsigned>(one.units);
     }
     loadEnds();
     for (unsigned to = 0; to < task.slotNum; ++to) {
@@ -155,7 +150,7 @@ bool LengthAscent::relaxTowards(unsigned to) {
         successors[q] = longer ? allLanes(static_cast<std::int32_t>(to)) : successors[q];
         anyLonger |= longer;
     }
-    return (anyLonger[0] | anyLonger[1] | anyLonger[2] | anyLonger[3]) != 0;
+    return anyLane(anyLonger);
 }
 
 bool LengthAscent::traceCycle(unsigned slot) {
@@ -247,8 +242,8 @@ double LengthAscent::follow(const Step& step, unsigned room) {
             const unsigned half = task.cut->getHalfPoints(item);
             const unsigned now = way == Way::GroupForward ? half + room : half - room;
             task.cut->setHalfPoints(item, now);
-            const LengthNets::PairGroup::Points& points = *task.view->points[item];
-            return groupValue(points, now) - groupValue(points, half);
+            const std::vector<double>& values = task.view->points[item]->values;
+            return values[now] - values[half];
         }
         case Way::LowEnd:
             task.cut->readLowOff(nets, task.view->axis, item, step.to);
@@ -280,17 +275,6 @@ void LengthAscent::refreshAround(const Step& step) {
         for (const unsigned end : {step.from, step.to}) {
             if (slot != end) {
                 way == Way::LowEnd ? refreshArc(end, slot) : refreshArc(slot, end);
-            }
-        }
-    }
-}
-
-void LengthAscent::saveCarried() {
-    task.cut->clearCarried();
-    for (unsigned to = 0; to < task.slotNum; ++to) {
-        for (unsigned from = 0; from < task.slotNum; ++from) {
-            if (carriedUnits(from, to) != 0) {
-                task.cut->carry(from, to, carriedUnits(from, to));
             }
         }
     }

@@ -78,7 +78,6 @@ private:
     unsigned roomAlong(const Step& step, double tolerance) const;
     double follow(const Step& step, unsigned room);
     void refreshAround(const Step& step);
-    void saveCarried();
 
     unsigned& carriedUnits(unsigned from, unsigned to) { return units[gains.cell(from, to)]; }
     unsigned carriedUnits(unsigned from, unsigned to) const { return units[gains.cell(from, to)]; }

@@ -8,11 +8,9 @@ void AxisView::turn(const LengthNets& nets, const std::vector<Orient>& blockOrie
         orients.push_back(orientIndex(orient));
     }
     points.clear();
-    pointSum = 0.0;
     for (const LengthNets::PairGroup& group :
          nets.groups(static_cast<unsigned>(blockOrients.size()))) {
         points.push_back(&group.points(axis, orients[group.first], orients[group.second]));
-        pointSum += points.back()->sums.back();
     }
 }
 
@@ -32,20 +30,27 @@ LengthCut::LengthCut(const LengthNets& nets, Axis axis, unsigned placed)
 }
 
 double LengthCut::fixedPart(const AxisView& view, double slack) const {
-    double sum = view.pointSum;
+    double sum = 0.0;
     for (std::size_t g = 0; g < halfPoints.size(); ++g) {
-        const double* sums = view.points[g]->sums.data();
-        sum -= sums[(halfPoints[g] + 1) / 2] + sums[halfPoints[g] / 2];
+        sum += view.points[g]->values[halfPoints[g]];
     }
     const double* placesOfBody = places.data();
     for (const unsigned orient : view.orients) {
         sum += placesOfBody[orient];
         placesOfBody += kUnmirroredOrients;
     }
-    for (const Carried& one : carried) {
-        sum -= slack * one.units;
+    return sum - slack * carriedUnits;
+}
+
+void LengthCut::setCarried(const std::vector<unsigned>& unitsByCell) {
+    carried.clear();
+    carriedUnits = 0.0;
+    for (std::size_t cell = 0; cell < unitsByCell.size(); ++cell) {
+        if (unitsByCell[cell] != 0) {
+            carried.push_back({cell, static_cast<double>(unitsByCell[cell])});
+            carriedUnits += carried.back().units;
+        }
     }
-    return sum;
 }
 
 void LengthCut::readLowOff(const LengthNets& nets, Axis axis, unsigned net, unsigned body) {

@@ -19,7 +19,6 @@ struct AxisView {
     Axis axis = kX;
     std::vector<unsigned> orients;                             // by slot
     std::vector<const LengthNets::PairGroup::Points*> points;  // by pair group
-    double pointSum = 0.0;                                     // of all groups
 
     void turn(const LengthNets& nets, const std::vector<Orient>& blockOrients);
 };
@@ -27,8 +26,7 @@ struct AxisView {
 // The nets' ends pull bodies together. Units of pull that one body has backward and another forward
 // are carried from one to the other, and count with the gap between them.
 struct Carried {
-    unsigned from;
-    unsigned to;
+    std::size_t cell;  // of the two bodies' slots
     double units;
 };
 
@@ -44,17 +42,14 @@ public:
     double carriedPart(const SlotMatrix& gaps) const {
         double sum = 0.0;
         for (const Carried& one : carried) {
-            sum += double{gaps.at(one.from, one.to)} * one.units;
+            sum += double{gaps.at(one.cell)} * one.units;
         }
         return sum;
     }
 
     const std::vector<Carried>& getCarried() const { return carried; }
     // All pulls must be taken up, as they are after all changes.
-    void clearCarried() { carried.clear(); }
-    void carry(unsigned from, unsigned to, unsigned units) {
-        carried.push_back({from, to, static_cast<double>(units)});
-    }
+    void setCarried(const std::vector<unsigned>& unitsByCell);
 
     // Of how many points of a pair group the displacement is taken to lie beyond, in halves.
     unsigned getHalfPoints(unsigned group) const { return halfPoints[group]; }
@@ -80,6 +75,7 @@ private:
     // By body and orientation: what the places of its pins add, of box nets.
     std::vector<double> places;
     std::vector<Carried> carried;
+    double carriedUnits = 0.0;  // in all
 };
 
 }  // namespace korvel

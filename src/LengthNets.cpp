@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <utility>
 
 namespace korvel {
@@ -109,9 +110,10 @@ void LengthNets::finishPairs() {
     for (PairGroup& group : pairGroups) {
         for (PairGroup::Points& points : group.pointsByOrients) {
             std::sort(points.at.begin(), points.at.end());
-            points.sums.push_back(0.0);
+            points.values.push_back(std::accumulate(points.at.begin(), points.at.end(), 0.0));
             for (const double at : points.at) {
-                points.sums.push_back(points.sums.back() + at);
+                points.values.push_back(points.values.back() - at);
+                points.values.push_back(points.values.back() - at);
             }
         }
     }

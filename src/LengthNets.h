@@ -54,10 +54,11 @@ public:
         unsigned first;
         unsigned second;  // the larger one
 
-        // The points in ascending order, and the sums of those before each and of all.
         struct Points {
-            std::vector<double> at;
-            std::vector<double> sums;
+            std::vector<double> at;  // ascending
+            // What they add to the sum of distances where the displacement is taken to lie beyond
+            // that many of them, in halves: each pulls it one way or the other, or neither way.
+            std::vector<double> values;
         };
         std::vector<Points> pointsByOrients;
 

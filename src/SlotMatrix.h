@@ -32,6 +32,7 @@ public:
     std::size_t cellNum() const { return quads.size() * kLanes; }
     float& at(unsigned from, unsigned to) { return lanes()[cell(from, to)]; }
     float at(unsigned from, unsigned to) const { return lanes()[cell(from, to)]; }
+    float at(std::size_t cellAt) const { return lanes()[cellAt]; }
 
 private:
     // Vectors may be read by their elements.

@@ -17,9 +17,13 @@ CutShelf::CutShelf(const LengthNets& nets, Axis axis, unsigned placed, double sl
     orients.reserve(placed);
 }
 
-void CutShelf::turn(const std::vector<Orient>& blockOrients) {
-    if (orients != blockOrients || currentTurn == 0) {
-        orients = blockOrients;
+void CutShelf::turn(const BBNode& node) {
+    if (family == node.family) {
+        return;
+    }
+    family = node.family;
+    if (orients != node.blocksOrients) {
+        orients = node.blocksOrients;
         view.turn(nets, orients);
         ++currentTurn;
     }

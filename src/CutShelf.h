@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "BBNode.h"
 #include "LengthCut.h"
 
 namespace korvel {
@@ -17,8 +18,8 @@ public:
     // `nets` must outlive the shelf. Gaps may be smaller by `slack`.
     CutShelf(const LengthNets& nets, Axis axis, unsigned placed, double slack);
 
-    // Values are for nodes of these orientations from now on.
-    void turn(const std::vector<Orient>& blockOrients);
+    // Values are for nodes of these orientations from now on. One block at least.
+    void turn(const BBNode& node);
     const AxisView& getView() const { return view; }
 
     unsigned size() const { return static_cast<unsigned>(order.size()); }
@@ -48,6 +49,7 @@ private:
 
     const LengthNets& nets;
     double slack;
+    std::uint64_t family = 0;     // of the last node
     std::vector<Orient> orients;  // of the blocks, in the current turn
     AxisView view;
     std::uint64_t currentTurn = 0;

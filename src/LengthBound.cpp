@@ -72,7 +72,7 @@ bool LengthBound::Workspace::follow(const BBNode& node) {
 
 LengthBound::Workspace::Trial LengthBound::Workspace::startTrial(Axis axis, const BBNode& node) {
     CutShelf& shelf = axes[axis].shelves[node.numBlocks];
-    shelf.turn(node.blocksOrients);
+    shelf.turn(node);
     return {shelf, axes[axis].gaps.get()};
 }
 

@@ -25,8 +25,8 @@ LengthGaps::LengthGaps(Axis axis, unsigned numBlocks, Area area)
       gaps(numBlocks + 1),
       sides(numBlocks),
       edges(std::size_t{numBlocks} * wordNum),
-      gapsToNewest(SlotMatrix::quadsFor(numBlocks + 1)),
-      gapsFromNewest(numBlocks + 1) {
+      gapsToNewest(SlotMatrix::quadsFor(numBlocks + 1)) {
+    slotsBehind.reserve(numBlocks);
     gaps.front().resize(1);
     *gaps.front().rowTo(0) = allLanes(-kInfinity);
     gaps.front().at(0, 0) = 0.0F;
@@ -34,21 +34,28 @@ LengthGaps::LengthGaps(Axis axis, unsigned numBlocks, Area area)
 
 bool LengthGaps::follow(const BBNode& node) {
     const ConsraintGraphList& graph = axis == kX ? node.horizontalGraph : node.verticalGraph;
-    firstNew = std::min(placed, node.numBlocks);
-    placed = 0;
-    if (!takeSides(graph, node.numBlocks)) {
-        return false;
+    placed = node.numBlocks;
+    const bool sibling = node.family == family && graph.isMeasured() && measured;
+    family = node.family;
+    measured = graph.isMeasured();
+    // What a sibling has other is not noted, since the next one mostly is a sibling again.
+    known = std::min(known, sibling ? placed - 1 : placed);
+    if (!sibling) {
+        if (!takeSides(graph)) {
+            family = 0;
+            return false;
+        }
+        takeEdges(graph);
     }
-    takeEdges(graph, node.numBlocks);
-    for (unsigned block = firstNew; block < node.numBlocks; ++block) {
+    for (unsigned block = known; block < placed; ++block) {
         addBlock(graph, block);
     }
-    placed = node.numBlocks;
+    known = sibling ? known : placed;
     return true;
 }
 
-bool LengthGaps::takeSides(const ConsraintGraphList& graph, unsigned numBlocks) {
-    for (unsigned block = 0; block < numBlocks; ++block) {
+bool LengthGaps::takeSides(const ConsraintGraphList& graph) {
+    for (unsigned block = 0; block < placed; ++block) {
         const float weight = graph.getWeight(block);
         const float end = graph.returnCoord(block) + weight;
         if (end > areaExtent) {
@@ -59,23 +66,23 @@ bool LengthGaps::takeSides(const ConsraintGraphList& graph, unsigned numBlocks) 
         const float reach = areaExtent + std::max(0.0F, end - graph.getLength());
         if (weight != sides[block].weight || reach != sides[block].reach) {
             sides[block] = {weight, std::trunc(weight), reach};
-            firstNew = std::min(firstNew, block);
+            known = std::min(known, block);
         }
     }
     return true;
 }
 
-void LengthGaps::takeEdges(const ConsraintGraphList& graph, unsigned numBlocks) {
-    const unsigned words = wordsFor(numBlocks);
-    for (unsigned block = 0; block < numBlocks; ++block) {
+void LengthGaps::takeEdges(const ConsraintGraphList& graph) {
+    const unsigned words = wordsFor(placed);
+    for (unsigned block = 0; block < placed; ++block) {
         for (unsigned w = 0; w < words; ++w) {
-            std::uint64_t& known = edges[block * wordNum + w];
+            std::uint64_t& before = edges[block * wordNum + w];
             const std::uint64_t now = graph.getOutcomingEdges(block).word(w);
-            if (now != known) {
+            if (now != before) {
                 // Of two blocks the later one is new.
-                const unsigned other = w * VertexSet::kWordBits + std::countr_zero(now ^ known);
-                firstNew = std::min(firstNew, std::max(block, other));
-                known = now;
+                const unsigned other = w * VertexSet::kWordBits + std::countr_zero(now ^ before);
+                known = std::min(known, std::max(block, other));
+                before = now;
             }
         }
     }
@@ -84,20 +91,20 @@ void LengthGaps::takeEdges(const ConsraintGraphList& graph, unsigned numBlocks) 
 // A chain between two other bodies may now go by this block.
 void LengthGaps::addBlock(const ConsraintGraphList& graph, unsigned block) {
     findGapsTo(graph, block);
-    findGapsFrom(graph, block);
+    findSlotsBehind(graph, block);
     const SlotMatrix& old = gaps[block];
     SlotMatrix& wider = gaps[block + 1];
     const unsigned newest = slotOf(block);
     wider.resize(newest + 1);
     for (unsigned to = 0; to < newest; ++to) {
-        const Quad gap = allLanes(gapsFromNewest[to]);
+        const float gap = gapFrom(block, to);
         const Quad* oldRow = old.rowTo(to);
         Quad* row = wider.rowTo(to);
         row[wider.getQuadNum() - 1] = allLanes(-kInfinity);
         for (unsigned q = 0; q < old.getQuadNum(); ++q) {
-            row[q] = larger(oldRow[q], gapsToNewest[q] + gap);
+            row[q] = larger(oldRow[q], gapsToNewest[q] + allLanes(gap));
         }
-        wider.at(newest, to) = gapsFromNewest[to];
+        wider.at(newest, to) = gap;
     }
     std::copy_n(gapsToNewest.begin(), wider.getQuadNum(), wider.rowTo(newest));
     wider.at(newest, newest) = 0.0F;
@@ -121,24 +128,24 @@ void LengthGaps::findGapsTo(const ConsraintGraphList& graph, unsigned block) {
     }
 }
 
-// The blocks behind it come after its end, which stays within its reach.
-void LengthGaps::findGapsFrom(const ConsraintGraphList& graph, unsigned block) {
-    const SlotMatrix& old = gaps[block];
-    const Side& side = sides[block];
-    for (unsigned to = 0; to < old.getSlotNum(); ++to) {
-        gapsFromNewest[to] = old.at(0, to) - side.reach;
-    }
+void LengthGaps::findSlotsBehind(const ConsraintGraphList& graph, unsigned block) {
+    slotsBehind.clear();
     for (const unsigned behind : graph.getOutcomingEdges(block)) {
         if (behind > block) {
             break;
         }
-        for (unsigned to = 0; to < old.getSlotNum(); ++to) {
-            gapsFromNewest[to] = std::max(gapsFromNewest[to], old.at(slotOf(behind), to));
-        }
+        slotsBehind.push_back(slotOf(behind));
     }
-    for (unsigned to = 0; to < old.getSlotNum(); ++to) {
-        gapsFromNewest[to] += side.extent;
+}
+
+// The blocks behind it come after its end, which stays within its reach.
+float LengthGaps::gapFrom(unsigned block, unsigned to) const {
+    const SlotMatrix& old = gaps[block];
+    float gap = old.at(0, to) - sides[block].reach;
+    for (const unsigned slot : slotsBehind) {
+        gap = std::max(gap, old.at(slot, to));
     }
+    return gap + sides[block].extent;
 }
 
 }  // namespace korvel

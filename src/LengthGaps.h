@@ -38,24 +38,28 @@ private:
         float reach = 0.0F;   // how far its end can come
     };
 
-    bool takeSides(const ConsraintGraphList& graph, unsigned numBlocks);
-    void takeEdges(const ConsraintGraphList& graph, unsigned numBlocks);
+    bool takeSides(const ConsraintGraphList& graph);
+    void takeEdges(const ConsraintGraphList& graph);
     void addBlock(const ConsraintGraphList& graph, unsigned block);
     void findGapsTo(const ConsraintGraphList& graph, unsigned block);
-    void findGapsFrom(const ConsraintGraphList& graph, unsigned block);
+    void findSlotsBehind(const ConsraintGraphList& graph, unsigned block);
+    float gapFrom(unsigned block, unsigned to) const;
 
     Axis axis;
     float areaExtent;
     unsigned wordNum;              // of a block's edges
     std::vector<SlotMatrix> gaps;  // by number of blocks
-    // The node followed last.
+    // Of the node followed last.
     unsigned placed = 0;
+    std::uint64_t family = 0;
+    bool measured = false;
+    // Of the last one that was no sibling of the one before.
+    unsigned known = 0;  // blocks whose gaps still follow from these:
     std::vector<Side> sides;
     std::vector<std::uint64_t> edges;  // bits of the blocks behind each block
-    unsigned firstNew = 0;             // the first block that was not so in the node before
-    // Between the block that is added and the slots before it.
+    // Of the block that is added: the gaps from the slots before it, and what lies behind it.
     std::vector<Quad> gapsToNewest;
-    std::vector<float> gapsFromNewest;
+    std::vector<unsigned> slotsBehind;
 };
 
 }  // namespace korvel

@@ -96,17 +96,19 @@ void LengthGaps::addBlock(const ConsraintGraphList& graph, unsigned block) {
     SlotMatrix& wider = gaps[block + 1];
     const unsigned newest = slotOf(block);
     wider.resize(newest + 1);
+    const unsigned oldQuads = old.getQuadNum();
+    const unsigned newQuads = wider.getQuadNum();
     for (unsigned to = 0; to < newest; ++to) {
-        const float gap = gapFrom(block, to);
         const Quad* oldRow = old.rowTo(to);
+        const float gap = gapFrom(block, old.lanesTo(to));
         Quad* row = wider.rowTo(to);
-        row[wider.getQuadNum() - 1] = allLanes(-kInfinity);
-        for (unsigned q = 0; q < old.getQuadNum(); ++q) {
+        row[newQuads - 1] = allLanes(-kInfinity);
+        for (unsigned q = 0; q < oldQuads; ++q) {
             row[q] = larger(oldRow[q], gapsToNewest[q] + allLanes(gap));
         }
-        wider.at(newest, to) = gap;
+        wider.lanesTo(to)[newest] = gap;
     }
-    std::copy_n(gapsToNewest.begin(), wider.getQuadNum(), wider.rowTo(newest));
+    std::copy_n(gapsToNewest.begin(), newQuads, wider.rowTo(newest));
     wider.at(newest, newest) = 0.0F;
 }
 
@@ -138,12 +140,12 @@ void LengthGaps::findSlotsBehind(const ConsraintGraphList& graph, unsigned block
     }
 }
 
-// The blocks behind it come after its end, which stays within its reach.
-float LengthGaps::gapFrom(unsigned block, unsigned to) const {
-    const SlotMatrix& old = gaps[block];
-    float gap = old.at(0, to) - sides[block].reach;
+// To a slot whose gaps from the slots before the block are known. The blocks behind it come after
+// its end, which stays within its reach.
+float LengthGaps::gapFrom(unsigned block, const float* gapsTo) const {
+    float gap = gapsTo[0] - sides[block].reach;
     for (const unsigned slot : slotsBehind) {
-        gap = std::max(gap, old.at(slot, to));
+        gap = std::max(gap, gapsTo[slot]);
     }
     return gap + sides[block].extent;
 }

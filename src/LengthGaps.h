@@ -43,7 +43,7 @@ private:
     void addBlock(const ConsraintGraphList& graph, unsigned block);
     void findGapsTo(const ConsraintGraphList& graph, unsigned block);
     void findSlotsBehind(const ConsraintGraphList& graph, unsigned block);
-    float gapFrom(unsigned block, unsigned to) const;
+    float gapFrom(unsigned block, const float* gapsTo) const;
 
     Axis axis;
     float areaExtent;

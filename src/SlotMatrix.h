@@ -26,6 +26,9 @@ public:
     Quad* rowTo(unsigned to) { return quads.data() + std::size_t{to} * quadNum; }
     const Quad* rowTo(unsigned to) const { return quads.data() + std::size_t{to} * quadNum; }
 
+    float* lanesTo(unsigned to) { return lanes() + cell(0, to); }
+    const float* lanesTo(unsigned to) const { return lanes() + cell(0, to); }
+
     std::size_t cell(unsigned from, unsigned to) const {
         return std::size_t{to} * quadNum * kLanes + from;
     }

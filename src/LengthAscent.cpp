@@ -62,12 +62,12 @@ void LengthAscent::loadEnds() {
         lowest.push_back(nets.lowest(task.view->axis, slot, task.view->orients[slot]));
         highest.push_back(nets.highest(task.view->axis, slot, task.view->orients[slot]));
     }
-    lowEnds.assign(std::size_t{task.slotNum} * nets.wordNum(), 0);
+    lowEnds.assign(std::size_t{task.slotNum} * nets.getWordNum(), 0);
     highEnds.assign(lowEnds.size(), 0);
     for (unsigned n = 0; n < task.cut->boxNum(); ++n) {
         const LengthCut::Ends ends = task.cut->getEnds(n);
-        flipBit(lowEnds.data() + std::size_t{ends.low} * nets.wordNum(), n);
-        flipBit(highEnds.data() + std::size_t{ends.high} * nets.wordNum(), n);
+        flipBit(lowEnds.data() + std::size_t{ends.low} * nets.getWordNum(), n);
+        flipBit(highEnds.data() + std::size_t{ends.high} * nets.getWordNum(), n);
     }
 }
 
@@ -105,7 +105,7 @@ void LengthAscent::offerGroup(unsigned from, unsigned to, Arc& best) const {
 
 // A low end moves along the arc, a high end against it.
 void LengthAscent::offerEnds(unsigned from, unsigned to, Arc& best) const {
-    const unsigned words = nets.wordNum();
+    const unsigned words = nets.getWordNum();
     for (unsigned w = 0; w < words; ++w) {
         std::uint64_t lows = lowEnds[from * words + w] & nets.netsOn(to)[w];
         for (; lows != 0; lows &= lows - 1) {
@@ -247,35 +247,58 @@ double LengthAscent::follow(const Step& step, unsigned room) {
         }
         case Way::LowEnd:
             task.cut->readLowOff(nets, task.view->axis, item, step.to);
-            flipBit(lowEnds.data() + std::size_t{step.from} * nets.wordNum(), item);
-            flipBit(lowEnds.data() + std::size_t{step.to} * nets.wordNum(), item);
+            flipBit(lowEnds.data() + std::size_t{step.from} * nets.getWordNum(), item);
+            flipBit(lowEnds.data() + std::size_t{step.to} * nets.getWordNum(), item);
             break;
         case Way::HighEnd:
             task.cut->readHighOff(nets, task.view->axis, item, step.from);
-            flipBit(highEnds.data() + std::size_t{step.from} * nets.wordNum(), item);
-            flipBit(highEnds.data() + std::size_t{step.to} * nets.wordNum(), item);
+            flipBit(highEnds.data() + std::size_t{step.from} * nets.getWordNum(), item);
+            flipBit(highEnds.data() + std::size_t{step.to} * nets.getWordNum(), item);
             break;
     }
     return double{step.arc.gain} * room;
 }
 
-// The arcs between the two slots can be other ones now; if an end has moved, also those that offer
-// to move it on.
+// Looks again at the arcs that can be other ones now.
 void LengthAscent::refreshAround(const Step& step) {
-    const auto [way, item] = step.arc.choice;
-    if (way != Way::LowEnd && way != Way::HighEnd) {
-        refreshArc(step.from, step.to);
-        refreshArc(step.to, step.from);
-        return;
+    switch (step.arc.choice.way) {
+        case Way::Carry:
+            refreshArc(step.to, step.from);
+            break;
+        case Way::CarryLess:
+            refreshArc(step.from, step.to);
+            break;
+        case Way::GroupForward:
+        case Way::GroupBackward:
+            refreshArc(step.from, step.to);
+            refreshArc(step.to, step.from);
+            break;
+        case Way::LowEnd:
+        case Way::HighEnd:
+            refreshEnd(step);
+            break;
     }
+}
+
+// The end is no longer offered where it was, and is offered where it has come to.
+void LengthAscent::refreshEnd(const Step& step) {
+    const Choice moved = step.arc.choice;
+    const bool isLow = moved.way == Way::LowEnd;
+    const unsigned left = isLow ? step.from : step.to;
+    const unsigned reached = isLow ? step.to : step.from;
     for (unsigned slot = 0; slot < task.slotNum; ++slot) {
-        if (!nets.isOn(item, slot)) {
+        if (!nets.isOn(moved.item, slot)) {
             continue;
         }
-        for (const unsigned end : {step.from, step.to}) {
-            if (slot != end) {
-                way == Way::LowEnd ? refreshArc(end, slot) : refreshArc(slot, end);
+        if (slot != left) {
+            const unsigned from = isLow ? left : slot;
+            const unsigned to = isLow ? slot : left;
+            if (choices[gains.cell(from, to)] == moved) {
+                refreshArc(from, to);
             }
+        }
+        if (slot != reached) {
+            isLow ? refreshArc(reached, slot) : refreshArc(slot, reached);
         }
     }
 }

@@ -39,6 +39,8 @@ private:
     struct Choice {
         Way way = Way::Carry;
         std::uint32_t item = 0;  // group or net
+
+        bool operator==(const Choice&) const = default;
     };
     struct Arc {
         float gain;
@@ -78,6 +80,7 @@ private:
     unsigned roomAlong(const Step& step, double tolerance) const;
     double follow(const Step& step, unsigned room);
     void refreshAround(const Step& step);
+    void refreshEnd(const Step& step);
 
     unsigned& carriedUnits(unsigned from, unsigned to) { return units[gains.cell(from, to)]; }
     unsigned carriedUnits(unsigned from, unsigned to) const { return units[gains.cell(from, to)]; }

@@ -156,11 +156,12 @@ void LengthNets::spreadBoxes(std::vector<BoxNet>& boxes) {
     const std::size_t rows = std::size_t{kAxes} * bodyNum * kUnmirroredOrients;
     lows.assign(rows * boxes.size(), 0.0F);
     highs.assign(rows * boxes.size(), 0.0F);
-    membership.assign(std::size_t{bodyNum} * wordNum(), 0);
+    wordNum = static_cast<unsigned>(boxes.size() / VertexSet::kWordBits + 1);
+    membership.assign(std::size_t{bodyNum} * wordNum, 0);
     for (unsigned n = 0; n < boxes.size(); ++n) {
         for (const auto& [body, member] : boxes[n].members) {
-            membership[body * wordNum() + n / VertexSet::kWordBits] |=
-                std::uint64_t{1} << (n % VertexSet::kWordBits);
+            membership[body * wordNum + n / VertexSet::kWordBits] |= std::uint64_t{1}
+                                                                     << (n % VertexSet::kWordBits);
             for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
                 for (const Axis axis : {kX, kY}) {
                     lows[rowOf(axis, body, o) + n] = member.low[axis][o];

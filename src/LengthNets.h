@@ -37,14 +37,12 @@ public:
     }
     // Bits of the nets that a body is on.
     const std::uint64_t* netsOn(unsigned body) const {
-        return membership.data() + std::size_t{body} * wordNum();
+        return membership.data() + std::size_t{body} * wordNum;
     }
     bool isOn(unsigned net, unsigned body) const {
-        return VertexSet(netsOn(body), wordNum()).contains(net);
+        return VertexSet(netsOn(body), wordNum).contains(net);
     }
-    unsigned wordNum() const {
-        return static_cast<unsigned>(firstBodies.size() / VertexSet::kWordBits + 1);
-    }
+    unsigned getWordNum() const { return wordNum; }
 
     // --- Pair groups: the nets of two pins between the same two bodies ------------------------
 
@@ -102,6 +100,7 @@ private:
     void addTerminals(const Net& net);
 
     unsigned bodyNum;
+    unsigned wordNum = 1;  // of a set of box nets
     std::size_t netNum;
     std::vector<PairGroup> pairGroups;
     std::vector<unsigned> groupsBetween;

@@ -7,6 +7,7 @@ namespace korvel {
 
 namespace {
 
+// More cost more to try than they save.
 constexpr std::size_t kMostCuts = 32;
 
 }  // namespace

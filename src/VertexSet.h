@@ -51,13 +51,6 @@ public:
     bool contains(unsigned vertex) const {
         return (words[vertex / kWordBits] >> (vertex % kWordBits) & 1U) != 0;
     }
-    // The vertices below `limit` of one word of bits.
-    std::uint64_t wordBelow(unsigned word, unsigned limit) const {
-        const unsigned first = word * kWordBits;
-        return limit - first >= kWordBits
-                   ? words[word]
-                   : words[word] & ((std::uint64_t{1} << (limit - first)) - 1);
-    }
     std::uint64_t word(unsigned number) const { return words[number]; }
     bool empty() const { return !(begin() != end()); }
 

@@ -96,7 +96,8 @@ private:
         }
         if (isKept && node.blockLevel < levelCount) {
             note(kept, node);
-            placer.branch(worker.ownStack, node, bestWL, worker.counters);
+            worker.ownStack.push(node);
+            placer.branch(worker.ownStack, bestWL, worker.counters);
         }
     }
 };
@@ -137,7 +138,8 @@ void branch(benchmark::State& state, const Sample& (*sample)()) {
     const Sample& search = sample();
     SearchWorker worker = search.makeWorker();
     onCopies(state, search.kept, [&](BBNode& node) {
-        search.placer.branch(worker.ownStack, node, search.bestWL, worker.counters);
+        worker.ownStack.push(node);
+        search.placer.branch(worker.ownStack, search.bestWL, worker.counters);
         while (!worker.ownStack.empty()) {
             worker.ownStack.pop();
         }

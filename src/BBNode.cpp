@@ -1,5 +1,7 @@
 #include "BBNode.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdlib>
 
@@ -12,6 +14,12 @@ namespace {
 constexpr float kNoMove = floatBelow(0.001);
 constexpr unsigned kAlignmentRounds = 3;
 
+// Workers of all searches make families.
+std::uint64_t newFamily() {
+    static std::atomic<std::uint64_t> last{0};
+    return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
 bool isMove(float distance) {
     return std::fabs(distance) > kNoMove;
 }
@@ -20,6 +28,7 @@ bool isMove(float distance) {
 
 void BBNode::addBlock(Orient orient, const Netlist& netlist) {
     ++numBlocks;
+    family = newFamily();
     horizontalGraph.addVert();
     verticalGraph.addVert();
     blocksOrients.push_back(orient);
@@ -39,6 +48,9 @@ void BBNode::addBlock(Orient orient, const Netlist& netlist) {
 }
 
 void BBNode::relate(unsigned a, unsigned b, Topology topology) {
+    if (std::max(a, b) + 1 != numBlocks) {
+        family = newFamily();
+    }
     switch (topology) {
         case Topology::L:
             horizontalGraph.addEdge(a, b);

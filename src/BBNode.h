@@ -7,6 +7,7 @@
 // Copying a node into one that was as large before allocates nothing.
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "BasicStructs.h"
@@ -35,6 +36,8 @@ public:
     float wirelength = 0.0F;
     float width = 0.0F;
     float height = 0.0F;
+    // Nodes of the same family differ in the relations of the newest block only.
+    std::uint64_t family = 0;
     float share = 1.0F;  // of the search tree, which siblings divide equally
 
     // Adds the next block of the order, without relations. A mirrored orientation is reported and

@@ -1,9 +1,7 @@
 #include "LengthAscent.h"
 
 #include <algorithm>
-#include <limits>
-
-#include "Quad.h"
+#include <bit>
 
 namespace korvel {
 
@@ -14,113 +12,110 @@ constexpr unsigned kUnlimited = ~0U;
 // Beyond that the alignment is cheaper than finding out that it is not needed.
 constexpr unsigned kMostCycles = 100;
 
-// The sum of distances to the points that grows and shrinks with the choice.
-double groupValue(const LengthNets::PairGroup::Points& points, unsigned halfPoints) {
-    return -points.sums[(halfPoints + 1) / 2] - points.sums[halfPoints / 2];
+void flipBit(std::uint64_t* words, unsigned bit) {
+    words[bit / VertexSet::kWordBits] ^= std::uint64_t{1} << (bit % VertexSet::kWordBits);
 }
 
 }  // namespace
 
-double LengthAscent::raise(LengthCut& cut, const AxisView& view, double target) {
-    load(cut, view);
-    double value = cut.value(view);
+double LengthAscent::raise(LengthCut& cut, const AxisView& view, const SlotMatrix& gaps,
+                           double target) {
+    task = {&cut, &view, &gaps, gaps.getSlotNum()};
+    const auto valueNow = [&] { return cut.fixedPart(view, slack) + cut.carriedPart(gaps); };
+    double value = valueNow();
+    load();
     for (unsigned i = 0; i < kMostCycles && value < target; ++i) {
-        collectArcs(cut, view);
-        const double gain = findCycle() ? followCycle(cut, view) : 0.0;
+        const double gain = findCycle() ? followCycle() : 0.0;
         if (gain <= 0.0) {
             break;
         }
         value += gain;
     }
-    cut.setCarried(units, slotNum, stride);
-    return cut.value(view);
+    cut.setCarried(units);
+    return valueNow();
 }
 
-void LengthAscent::load(const LengthCut& cut, const AxisView& view) {
-    slotNum = view.slotNum;
-    quadNum = view.quadNum;
-    stride = quadNum * kLanes;
-    gains.resize(std::size_t{slotNum} * quadNum);
-    choices.resize(std::size_t{slotNum} * stride);
-    potentials.resize(quadNum);
-    successors.resize(quadNum);
-    units.assign(choices.size(), 0);
-    for (const Carried& one : cut.getCarried()) {
-        carriedUnits(one.from, one.to) = one.units;
+void LengthAscent::load() {
+    gains.resize(task.slotNum);
+    choices.resize(gains.cellNum());
+    potentials.resize(gains.getQuadNum());
+    successors.resize(gains.getQuadNum());
+    units.assign(gains.cellNum(), 0);
+    for (const Carried& one : task.cut->getCarried()) {
+        units[one.cell] = static_cast<unsigned>(one.units);
     }
-    loadMembers(view);
-}
-
-// Terminals come first; after the last placed block there is nothing more.
-void LengthAscent::loadMembers(const AxisView& view) {
-    const unsigned terminals = slotNum - 1;
-    members.clear();
-    firstMembers.assign(1, 0);
-    for (unsigned n = 0; n < nets.boxNum(terminals); ++n) {
-        for (const LengthNets::Member& member : nets.getBoxNets()[n].members) {
-            const unsigned slot = std::min(member.body, terminals);
-            if (slot == terminals && firstMembers.back() != members.size()) {
-                break;
-            }
-            const unsigned orient = view.orients[slot];
-            members.push_back(
-                {slot, member.low[view.axis][orient], member.high[view.axis][orient]});
-        }
-        firstMembers.push_back(static_cast<unsigned>(members.size()));
-    }
-}
-
-void LengthAscent::collectArcs(const LengthCut& cut, const AxisView& view) {
-    collectCarrying(view);
-    for (unsigned g = 0; g < view.points.size(); ++g) {
-        collectGroup(g, cut.getHalfPoints(g), view);
-    }
-    for (unsigned n = 0; n + 1 < firstMembers.size(); ++n) {
-        collectEnds(n, cut.getEnds(n));
-    }
-}
-
-void LengthAscent::collectCarrying(const AxisView& view) {
-    std::copy_n(view.gaps.begin(), gains.size(), gains.begin());
-    std::fill(choices.begin(), choices.end(), Choice{});
-    for (unsigned to = 0; to < slotNum; ++to) {
-        for (unsigned from = 0; from < slotNum; ++from) {
-            if (carriedUnits(from, to) != 0) {
-                gainsTo(from)[to / kLanes][to % kLanes] = -view.gap(from, to);
-                choices[from * stride + to] = {Way::CarryLess};
+    loadEnds();
+    for (unsigned to = 0; to < task.slotNum; ++to) {
+        std::fill_n(gains.rowTo(to), gains.getQuadNum(), allLanes(-kInfinity));
+        for (unsigned from = 0; from < task.slotNum; ++from) {
+            if (from != to) {
+                refreshArc(from, to);
             }
         }
     }
+}
+
+void LengthAscent::loadEnds() {
+    lowest.clear();
+    highest.clear();
+    for (unsigned slot = 0; slot < task.slotNum; ++slot) {
+        lowest.push_back(nets.lowest(task.view->axis, slot, task.view->orients[slot]));
+        highest.push_back(nets.highest(task.view->axis, slot, task.view->orients[slot]));
+    }
+    lowEnds.assign(std::size_t{task.slotNum} * nets.getWordNum(), 0);
+    highEnds.assign(lowEnds.size(), 0);
+    for (unsigned n = 0; n < task.cut->boxNum(); ++n) {
+        const LengthCut::Ends ends = task.cut->getEnds(n);
+        flipBit(lowEnds.data() + std::size_t{ends.low} * nets.getWordNum(), n);
+        flipBit(highEnds.data() + std::size_t{ends.high} * nets.getWordNum(), n);
+    }
+}
+
+void LengthAscent::refreshArc(unsigned from, unsigned to) {
+    const Arc best = bestArc(from, to);
+    gains.at(from, to) = best.gain - negligible;
+    choices[gains.cell(from, to)] = best.choice;
+}
+
+LengthAscent::Arc LengthAscent::bestArc(unsigned from, unsigned to) const {
+    const auto taken = static_cast<float>(slack);
+    Arc best = carriedUnits(to, from) != 0 ? Arc{taken - task.gaps->at(to, from), {Way::CarryLess}}
+                                           : Arc{task.gaps->at(from, to) - taken, {Way::Carry}};
+    offerGroup(from, to, best);
+    offerEnds(from, to, best);
+    return best;
 }
 
 // Half a point more lets the second body pull forward by one and the first one backward.
-void LengthAscent::collectGroup(unsigned group, unsigned halfPoints, const AxisView& view) {
-    const std::vector<double>& at = view.points[group]->at;
-    const unsigned first = nets.getPairGroups()[group].first;
-    const unsigned second = std::min(nets.getPairGroups()[group].second, slotNum - 1);
-    if (halfPoints < 2 * at.size()) {
-        offer(second, first, static_cast<float>(-at[halfPoints / 2]),
-              {Way::GroupForward, 0, group});
+void LengthAscent::offerGroup(unsigned from, unsigned to, Arc& best) const {
+    const unsigned group = nets.groupBetween(from, to);
+    if (group == LengthNets::kNoGroup) {
+        return;
     }
-    if (halfPoints > 0) {
-        offer(first, second, static_cast<float>(at[(halfPoints - 1) / 2]),
-              {Way::GroupBackward, 0, group});
+    const std::vector<double>& at = task.view->points[group]->at;
+    const unsigned halfPoints = task.cut->getHalfPoints(group);
+    if (from > to) {
+        if (halfPoints < 2 * at.size()) {
+            best.offer(static_cast<float>(-at[halfPoints / 2]), {Way::GroupForward, group});
+        }
+    } else if (halfPoints > 0) {
+        best.offer(static_cast<float>(at[(halfPoints - 1) / 2]), {Way::GroupBackward, group});
     }
 }
 
-void LengthAscent::collectEnds(unsigned net, LengthCut::Ends ends) {
-    const Member* first = members.data() + firstMembers[net];
-    const unsigned memberNum = firstMembers[net + 1] - firstMembers[net];
-    const Member low = first[ends.low];
-    const Member high = first[ends.high];
-    for (unsigned m = 0; m < memberNum; ++m) {
-        const Member& other = first[m];
-        const auto member = static_cast<std::uint16_t>(m);
-        if (m != ends.high) {
-            offer(other.slot, high.slot, other.high - high.high, {Way::HighEnd, member, net});
+// A low end moves along the arc, a high end against it.
+void LengthAscent::offerEnds(unsigned from, unsigned to, Arc& best) const {
+    const unsigned words = nets.getWordNum();
+    for (unsigned w = 0; w < words; ++w) {
+        std::uint64_t lows = lowEnds[from * words + w] & nets.netsOn(to)[w];
+        for (; lows != 0; lows &= lows - 1) {
+            const unsigned net = w * VertexSet::kWordBits + std::countr_zero(lows);
+            best.offer(lowest[from][net] - lowest[to][net], {Way::LowEnd, net});
         }
-        if (m != ends.low) {
-            offer(low.slot, other.slot, low.low - other.low, {Way::LowEnd, member, net});
+        std::uint64_t highs = highEnds[to * words + w] & nets.netsOn(from)[w];
+        for (; highs != 0; highs &= highs - 1) {
+            const unsigned net = w * VertexSet::kWordBits + std::countr_zero(highs);
+            best.offer(highest[from][net] - highest[to][net], {Way::HighEnd, net});
         }
     }
 }
@@ -129,12 +124,12 @@ void LengthAscent::collectEnds(unsigned net, LengthCut::Ends ends) {
 bool LengthAscent::findCycle() {
     std::fill(potentials.begin(), potentials.end(), allLanes(0.0F));
     std::fill(successors.begin(), successors.end(), allLanes(kNone));
-    for (unsigned round = 0; round < slotNum; ++round) {
-        unsigned lastRelaxed = slotNum;
-        for (unsigned to = 0; to < slotNum; ++to) {
+    for (unsigned round = 0; round < task.slotNum; ++round) {
+        unsigned lastRelaxed = task.slotNum;
+        for (unsigned to = 0; to < task.slotNum; ++to) {
             lastRelaxed = relaxTowards(to) ? to : lastRelaxed;
         }
-        if (lastRelaxed == slotNum) {
+        if (lastRelaxed == task.slotNum) {
             return false;
         }
         if (traceCycle(lastRelaxed)) {
@@ -145,23 +140,22 @@ bool LengthAscent::findCycle() {
 }
 
 bool LengthAscent::relaxTowards(unsigned to) {
-    const Quad* row = gainsTo(to);
+    const Quad* row = gains.rowTo(to);
     const Quad base = allLanes(potentials[to / kLanes][to % kLanes]);
-    const Quad least = allLanes(negligible);
     QuadMask anyLonger = allLanes(0);
-    for (unsigned q = 0; q < quadNum; ++q) {
+    for (unsigned q = 0; q < gains.getQuadNum(); ++q) {
         const Quad way = base + row[q];
-        const QuadMask longer = way - least > potentials[q];
-        potentials[q] = choose(longer, way, potentials[q]);
+        const QuadMask longer = way > potentials[q];
+        potentials[q] = larger(way, potentials[q]);
         successors[q] = longer ? allLanes(static_cast<std::int32_t>(to)) : successors[q];
         anyLonger |= longer;
     }
-    return (anyLonger[0] | anyLonger[1] | anyLonger[2] | anyLonger[3]) != 0;
+    return anyLane(anyLonger);
 }
 
 bool LengthAscent::traceCycle(unsigned slot) {
     const auto next = [&](unsigned s) { return successors[s / kLanes][s % kLanes]; };
-    for (unsigned i = 0; i < slotNum; ++i) {
+    for (unsigned i = 0; i < task.slotNum; ++i) {
         if (next(slot) == kNone) {
             return false;
         }
@@ -172,17 +166,17 @@ bool LengthAscent::traceCycle(unsigned slot) {
     do {
         const auto to = static_cast<unsigned>(next(from));
         cycle.push_back(
-            {from, to, choices[to * stride + from], gainsTo(to)[from / kLanes][from % kLanes]});
+            {from, to, {gains.at(from, to) + negligible, choices[gains.cell(from, to)]}});
         from = to;
     } while (from != slot);
     return true;
 }
 
 // As many units as every way has room for; returns what they gain.
-double LengthAscent::followCycle(LengthCut& cut, const AxisView& view) {
+double LengthAscent::followCycle() {
     float gain = 0.0F;
     for (const Step& step : cycle) {
-        gain += step.gain;
+        gain += step.arc.gain;
     }
     if (gain <= negligible) {
         return 0.0;
@@ -191,35 +185,38 @@ double LengthAscent::followCycle(LengthCut& cut, const AxisView& view) {
     const double tolerance = gain / (2.0 * static_cast<double>(cycle.size()));
     unsigned room = kUnlimited;
     for (const Step& step : cycle) {
-        room = std::min(room, roomAlong(step, cut, view, tolerance));
+        room = std::min(room, roomAlong(step, tolerance));
     }
     if (room == kUnlimited) {
         return 0.0;  // the gaps contradict one another
     }
     double gained = 0.0;
     for (const Step& step : cycle) {
-        gained += follow(step, room, cut, view);
+        gained += follow(step, room);
+    }
+    for (const Step& step : cycle) {
+        refreshAround(step);
     }
     return gained;
 }
 
-unsigned LengthAscent::roomAlong(const Step& step, const LengthCut& cut, const AxisView& view,
-                                 double tolerance) const {
-    switch (step.choice.way) {
+unsigned LengthAscent::roomAlong(const Step& step, double tolerance) const {
+    const unsigned item = step.arc.choice.item;
+    switch (step.arc.choice.way) {
         case Way::Carry:
             return kUnlimited;
         case Way::CarryLess:
-            return units[step.from * stride + step.to];
+            return carriedUnits(step.to, step.from);
         case Way::GroupForward: {
-            const std::vector<double>& at = view.points[step.choice.item]->at;
-            const unsigned half = cut.getHalfPoints(step.choice.item);
+            const std::vector<double>& at = task.view->points[item]->at;
+            const unsigned half = task.cut->getHalfPoints(item);
             const auto next = at.begin() + half / 2;
             const auto end = std::upper_bound(next, at.end(), *next + tolerance);
             return 2 * static_cast<unsigned>(end - at.begin()) - half;
         }
         case Way::GroupBackward: {
-            const std::vector<double>& at = view.points[step.choice.item]->at;
-            const unsigned half = cut.getHalfPoints(step.choice.item);
+            const std::vector<double>& at = task.view->points[item]->at;
+            const unsigned half = task.cut->getHalfPoints(item);
             const auto last = at.begin() + (half - 1) / 2;
             const auto begin = std::lower_bound(at.begin(), last, *last - tolerance);
             return half - 2 * static_cast<unsigned>(begin - at.begin());
@@ -231,9 +228,9 @@ unsigned LengthAscent::roomAlong(const Step& step, const LengthCut& cut, const A
     return 0;
 }
 
-double LengthAscent::follow(const Step& step, unsigned room, LengthCut& cut, const AxisView& view) {
-    const unsigned item = step.choice.item;
-    switch (step.choice.way) {
+double LengthAscent::follow(const Step& step, unsigned room) {
+    const auto [way, item] = step.arc.choice;
+    switch (way) {
         case Way::Carry:
             carriedUnits(step.from, step.to) += room;
             break;
@@ -242,19 +239,68 @@ double LengthAscent::follow(const Step& step, unsigned room, LengthCut& cut, con
             break;
         case Way::GroupForward:
         case Way::GroupBackward: {
-            const unsigned half = cut.getHalfPoints(item);
-            const unsigned now = step.choice.way == Way::GroupForward ? half + room : half - room;
-            cut.setHalfPoints(item, now);
-            return groupValue(*view.points[item], now) - groupValue(*view.points[item], half);
+            const unsigned half = task.cut->getHalfPoints(item);
+            const unsigned now = way == Way::GroupForward ? half + room : half - room;
+            task.cut->setHalfPoints(item, now);
+            const std::vector<double>& values = task.view->points[item]->values;
+            return values[now] - values[half];
         }
         case Way::LowEnd:
-            cut.readLowOff(nets, view.axis, item, step.choice.member);
+            task.cut->readLowOff(nets, task.view->axis, item, step.to);
+            flipBit(lowEnds.data() + std::size_t{step.from} * nets.getWordNum(), item);
+            flipBit(lowEnds.data() + std::size_t{step.to} * nets.getWordNum(), item);
             break;
         case Way::HighEnd:
-            cut.readHighOff(nets, view.axis, item, step.choice.member);
+            task.cut->readHighOff(nets, task.view->axis, item, step.from);
+            flipBit(highEnds.data() + std::size_t{step.from} * nets.getWordNum(), item);
+            flipBit(highEnds.data() + std::size_t{step.to} * nets.getWordNum(), item);
             break;
     }
-    return double{step.gain} * room;
+    return double{step.arc.gain} * room;
+}
+
+// Looks again at the arcs that can be other ones now.
+void LengthAscent::refreshAround(const Step& step) {
+    switch (step.arc.choice.way) {
+        case Way::Carry:
+            refreshArc(step.to, step.from);
+            break;
+        case Way::CarryLess:
+            refreshArc(step.from, step.to);
+            break;
+        case Way::GroupForward:
+        case Way::GroupBackward:
+            refreshArc(step.from, step.to);
+            refreshArc(step.to, step.from);
+            break;
+        case Way::LowEnd:
+        case Way::HighEnd:
+            refreshEnd(step);
+            break;
+    }
+}
+
+// The end is no longer offered where it was, and is offered where it has come to.
+void LengthAscent::refreshEnd(const Step& step) {
+    const Choice moved = step.arc.choice;
+    const bool isLow = moved.way == Way::LowEnd;
+    const unsigned left = isLow ? step.from : step.to;
+    const unsigned reached = isLow ? step.to : step.from;
+    for (unsigned slot = 0; slot < task.slotNum; ++slot) {
+        if (!nets.isOn(moved.item, slot)) {
+            continue;
+        }
+        if (slot != left) {
+            const unsigned from = isLow ? left : slot;
+            const unsigned to = isLow ? slot : left;
+            if (choices[gains.cell(from, to)] == moved) {
+                refreshArc(from, to);
+            }
+        }
+        if (slot != reached) {
+            isLow ? refreshArc(reached, slot) : refreshArc(slot, reached);
+        }
+    }
 }
 
 }  // namespace korvel

@@ -2,7 +2,8 @@
 // read off and how the pulls are paired is a flow problem, the dual of finding the coordinates of
 // least wirelength. Its residual graph has a vertex for each body only; as long as it holds a cycle
 // of positive gain, going around it raises the value (M. Klein, "A primal method for minimal cost
-// flows", Management Science 14, 1967).
+// flows", Management Science 14, 1967). After a cycle only the arcs that it has touched are looked
+// at again.
 //
 // Belongs to one thread. Allocates nothing once it has seen the largest node.
 #pragma once
@@ -16,16 +17,17 @@ namespace korvel {
 
 class LengthAscent {
 public:
-    // `nets` must outlive the ascent. Gains up to `negligible` are not followed.
-    LengthAscent(const LengthNets& nets, double negligible)
-        : nets(nets), negligible(static_cast<float>(negligible)) {}
+    // `nets` must outlive the ascent. Gaps may be smaller by `slack`; gains up to `negligible` are
+    // not followed.
+    LengthAscent(const LengthNets& nets, double slack, double negligible)
+        : nets(nets), slack(slack), negligible(static_cast<float>(negligible)) {}
 
     // Returns the value that the cut then has for the node; stops when it has reached `target`.
-    double raise(LengthCut& cut, const AxisView& view, double target);
+    double raise(LengthCut& cut, const AxisView& view, const SlotMatrix& gaps, double target);
 
 private:
     // How a unit of pull that one body has too much gets to another body: it is carried, or less is
-    // carried the other way, or a net is read off differently.
+    // carried the other way, or a group or an end of a net is read off differently.
     enum class Way : std::uint8_t {
         Carry,
         CarryLess,
@@ -36,60 +38,66 @@ private:
     };
     struct Choice {
         Way way = Way::Carry;
-        std::uint16_t member = 0;  // of the net
-        std::uint32_t item = 0;    // group or net
+        std::uint32_t item = 0;  // group or net
+
+        bool operator==(const Choice&) const = default;
     };
-    // An arc of the cycle that is followed.
+    struct Arc {
+        float gain;
+        Choice choice;
+
+        void offer(float otherGain, Choice otherChoice) {
+            if (otherGain > gain) {
+                *this = {otherGain, otherChoice};
+            }
+        }
+    };
+    // Of the cycle that is followed.
     struct Step {
         unsigned from;
         unsigned to;
-        Choice choice;
-        float gain;
+        Arc arc;
+    };
+    // The node and the cut at hand.
+    struct Task {
+        LengthCut* cut = nullptr;
+        const AxisView* view = nullptr;
+        const SlotMatrix* gaps = nullptr;
+        unsigned slotNum = 0;
     };
 
-    void load(const LengthCut& cut, const AxisView& view);
-    void loadMembers(const AxisView& view);
-    void collectArcs(const LengthCut& cut, const AxisView& view);
-    void collectCarrying(const AxisView& view);
-    void collectGroup(unsigned group, unsigned halfPoints, const AxisView& view);
-    void collectEnds(unsigned net, LengthCut::Ends ends);
-    void offer(unsigned from, unsigned to, float gain, Choice choice) {
-        const std::size_t arc = to * stride + from;
-        auto* known = reinterpret_cast<float*>(gains.data()) + arc;
-        if (gain > *known) {
-            *known = gain;
-            choices[arc] = choice;
-        }
-    }
+    void load();
+    void loadEnds();
+    void refreshArc(unsigned from, unsigned to);
+    Arc bestArc(unsigned from, unsigned to) const;
+    void offerGroup(unsigned from, unsigned to, Arc& best) const;
+    void offerEnds(unsigned from, unsigned to, Arc& best) const;
 
     bool findCycle();
     bool relaxTowards(unsigned to);
     bool traceCycle(unsigned slot);
-    double followCycle(LengthCut& cut, const AxisView& view);
-    unsigned roomAlong(const Step& step, const LengthCut& cut, const AxisView& view,
-                       double tolerance) const;
-    double follow(const Step& step, unsigned units, LengthCut& cut, const AxisView& view);
+    double followCycle();
+    unsigned roomAlong(const Step& step, double tolerance) const;
+    double follow(const Step& step, unsigned room);
+    void refreshAround(const Step& step);
+    void refreshEnd(const Step& step);
 
-    unsigned& carriedUnits(unsigned from, unsigned to) { return units[to * stride + from]; }
-    Quad* gainsTo(unsigned to) { return gains.data() + to * quadNum; }
+    unsigned& carriedUnits(unsigned from, unsigned to) { return units[gains.cell(from, to)]; }
+    unsigned carriedUnits(unsigned from, unsigned to) const { return units[gains.cell(from, to)]; }
 
     const LengthNets& nets;
+    double slack;
     float negligible;
-    unsigned slotNum = 0;
-    unsigned quadNum = 0;
-    unsigned stride = 0;          // of rows of slots: whole quads
-    std::vector<unsigned> units;  // carried, by slot `to` in rows of slots `from`
-    // The best arc for each, likewise.
-    std::vector<Quad> gains;
+    Task task;
+    // Of the best arc between two slots: what it gains more than is negligible, and what it is.
+    SlotMatrix gains;
     std::vector<Choice> choices;
-    // The members of the box nets that are placed, and where each net's begin.
-    struct Member {
-        unsigned slot;
-        float low;
-        float high;
-    };
-    std::vector<Member> members;
-    std::vector<unsigned> firstMembers;
+    std::vector<unsigned> units;  // carried
+    // By slot: where box nets' pins are on it, and bits of those that are read off it.
+    std::vector<const float*> lowest;
+    std::vector<const float*> highest;
+    std::vector<std::uint64_t> lowEnds;
+    std::vector<std::uint64_t> highEnds;
     // Longest ways found so far from each slot, and where they go next.
     std::vector<Quad> potentials;
     std::vector<QuadMask> successors;

@@ -17,8 +17,9 @@
 #include <vector>
 
 #include "BBNode.h"
+#include "CutShelf.h"
 #include "LengthAscent.h"
-#include "LengthCut.h"
+#include "LengthGaps.h"
 #include "LengthNets.h"
 
 namespace korvel {
@@ -36,24 +37,22 @@ public:
     private:
         friend class LengthBound;
 
-        // The cuts of one axis for one number of placed blocks.
-        struct Shelf {
-            std::vector<LengthCut> cuts;
-            std::vector<unsigned> order;  // positions in `cuts`, the last useful one first
+        struct AxisSpace {
+            LengthGaps gaps;
+            std::vector<CutShelf> shelves;  // by number of placed blocks
         };
-        // The best cut for the node at hand, by its place in the shelf's order.
-        struct Best {
+        // The shelves of the node at hand, and the best cut on each.
+        struct Trial {
+            CutShelf& shelf;
+            const SlotMatrix& gaps;
             double value = 0.0;
             unsigned rank = 0;
         };
 
-        Shelf& shelf(Axis axis) { return shelves[axis][views[axis].slotNum - 1]; }
+        bool follow(const BBNode& node);
+        Trial startTrial(Axis axis, const BBNode& node);
 
-        std::vector<Shelf> shelves[kAxes];  // by number of placed blocks
-        AxisView views[kAxes];
-        std::vector<unsigned> byCoordinate;  // blocks
-        std::vector<float> extents;          // whole units, by block
-        std::vector<Quad> tails;             // from a slot's begin to the end of all behind it
+        AxisSpace axes[kAxes];
         LengthAscent ascent;
         LengthCut raised;
     };
@@ -64,11 +63,10 @@ public:
     double leastLength(const BBNode& node, Workspace& space, double enough) const;
 
 private:
-    bool findGaps(const BBNode& node, Axis axis, Workspace& space) const;
-    void findChains(const ConsraintGraphList& graph, AxisView& view, Workspace& space) const;
-    void addArea(float areaExtent, AxisView& view, Workspace& space) const;
-    bool tryCuts(Workspace& space, Workspace::Best (&best)[kAxes], double target) const;
-    double raise(Axis axis, Workspace::Best best, double target, Workspace& space) const;
+    using Trial = Workspace::Trial;
+
+    static bool tryCuts(Trial& x, Trial& y, double target);
+    static void raise(Trial& trial, double target, Workspace& space);
 
     LengthNets nets;
     unsigned numBlocks;

@@ -10,35 +10,24 @@
 #include <vector>
 
 #include "LengthNets.h"
-#include "Quad.h"
+#include "SlotMatrix.h"
 
 namespace korvel {
 
-// A node along one axis, as cuts see it. Slots number its bodies: the blocks, then the terminals.
+// The orientations of a node along one axis, as cuts see them.
 struct AxisView {
     Axis axis = kX;
-    unsigned slotNum = 0;
-    unsigned quadNum = 0;           // quads of a row of slots; what is too much takes no part
-    std::vector<unsigned> orients;  // by slot
-    // By slot `to` in rows of slots `from`: how far `to` lies at least beyond `from`.
-    std::vector<Quad> gaps;
+    std::vector<unsigned> orients;                             // by slot
     std::vector<const LengthNets::PairGroup::Points*> points;  // by pair group
-    double pointSum = 0.0;                                     // of all groups
 
-    Quad* rowTo(unsigned to) { return gaps.data() + std::size_t{to} * quadNum; }
-    const Quad* rowTo(unsigned to) const { return gaps.data() + std::size_t{to} * quadNum; }
-    float gap(unsigned from, unsigned to) const { return rowTo(to)[from / kLanes][from % kLanes]; }
-
-    // Makes room for the blocks of a node; the gaps are left to be filled in.
-    void start(const LengthNets& nets, Axis along, const std::vector<Orient>& blockOrients);
+    void turn(const LengthNets& nets, const std::vector<Orient>& blockOrients);
 };
 
 // The nets' ends pull bodies together. Units of pull that one body has backward and another forward
 // are carried from one to the other, and count with the gap between them.
 struct Carried {
-    unsigned from;
-    unsigned to;
-    unsigned units;
+    std::size_t cell;  // of the two bodies' slots
+    double units;
 };
 
 class LengthCut {
@@ -47,35 +36,46 @@ public:
     // Box nets read off one body only, groups of pairs at their middle.
     LengthCut(const LengthNets& nets, Axis axis, unsigned placed);
 
-    // A sure lower bound for that node.
-    double value(const AxisView& view) const;
+    // A sure lower bound for a node is what its orientations fix, and what is carried over its
+    // gaps. Each gap may be smaller by `slack`.
+    double fixedPart(const AxisView& view, double slack) const;
+    double carriedPart(const SlotMatrix& gaps) const {
+        double sum = 0.0;
+        for (const Carried& one : carried) {
+            sum += double{gaps.at(one.cell)} * one.units;
+        }
+        return sum;
+    }
 
     const std::vector<Carried>& getCarried() const { return carried; }
-    // Must take up all pulls, as they are after all changes.
-    void setCarried(const std::vector<unsigned>& units, unsigned slotNum, unsigned stride);
+    // All pulls must be taken up, as they are after all changes.
+    void setCarried(const std::vector<unsigned>& unitsByCell);
 
     // Of how many points of a pair group the displacement is taken to lie beyond, in halves.
     unsigned getHalfPoints(unsigned group) const { return halfPoints[group]; }
     void setHalfPoints(unsigned group, unsigned number) { halfPoints[group] = number; }
 
-    // The members of a box net that its ends are read off.
+    // The bodies that the ends of a box net are read off.
     struct Ends {
         unsigned low;
         unsigned high;
     };
+    unsigned boxNum() const { return static_cast<unsigned>(ends.size()); }
     Ends getEnds(unsigned net) const { return ends[net]; }
-    void readLowOff(const LengthNets& nets, Axis axis, unsigned net, unsigned member);
-    void readHighOff(const LengthNets& nets, Axis axis, unsigned net, unsigned member);
+    void readLowOff(const LengthNets& nets, Axis axis, unsigned net, unsigned body);
+    void readHighOff(const LengthNets& nets, Axis axis, unsigned net, unsigned body);
 
 private:
-    void addPin(unsigned body, int times, const float* offsets);
-    unsigned slotOf(unsigned body) const;
+    double& place(unsigned body, unsigned orient) {
+        return places[body * kUnmirroredOrients + orient];
+    }
 
     std::vector<unsigned> halfPoints;  // by pair group
     std::vector<Ends> ends;            // by box net
-    // By slot and orientation: what the places of its pins add, of box nets.
+    // By body and orientation: what the places of its pins add, of box nets.
     std::vector<double> places;
     std::vector<Carried> carried;
+    double carriedUnits = 0.0;  // in all
 };
 
 }  // namespace korvel

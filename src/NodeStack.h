@@ -2,6 +2,7 @@
 // that a search allocates only while a stack grows beyond its largest size so far. No locks.
 #pragma once
 
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -14,28 +15,27 @@ public:
     bool empty() const { return count == 0; }
     std::size_t size() const { return count; }
 
-    // Puts a copy of `node` on top and returns it, to be changed in place.
-    BBNode& push(const BBNode& node) {
-        if (count == slots.size()) {
-            slots.emplace_back();
-        }
-        BBNode& slot = slots[count++];
-        slot = node;
-        return slot;
+    // Puts a copy of `node` on top.
+    void push(const BBNode& node) {
+        grow(1);
+        top() = node;
     }
 
-    // The same, but `node` itself goes onto the stack; what it then holds is not defined.
-    BBNode& pushInstead(BBNode& node) {
-        if (count == slots.size()) {
-            slots.emplace_back();
+    // The nodes from the top down, which may be changed in place; there must be as many. They stay
+    // where they are until they are taken off.
+    BBNode& fromTop(std::size_t depth) { return *slots[count - 1 - depth]; }
+    BBNode& top() { return fromTop(0); }
+
+    // Puts copies of the top node below it, so that there are `times` of it; once or more.
+    void multiplyTop(std::size_t times) {
+        const std::size_t first = count - 1;
+        grow(times - 1);
+        std::swap(slots[first], slots[count - 1]);
+        for (std::size_t copy = first; copy + 1 < count; ++copy) {
+            *slots[copy] = top();
         }
-        BBNode& slot = slots[count++];
-        std::swap(slot, node);
-        return slot;
     }
 
-    // The top node, which may be changed in place, until the next push; there must be one.
-    BBNode& top() { return slots[count - 1]; }
     void pop() { --count; }
     // Exchanges the top node with `node` and takes it off.
     void popInto(BBNode& node) {
@@ -49,7 +49,14 @@ public:
     }
 
 private:
-    std::vector<BBNode> slots;
+    void grow(std::size_t number) {
+        count += number;
+        while (slots.size() < count) {
+            slots.push_back(std::make_unique<BBNode>());
+        }
+    }
+
+    std::vector<std::unique_ptr<BBNode>> slots;
     std::size_t count = 0;
 };
 

@@ -112,9 +112,9 @@ public:
 
     // --- Branching ----------------------------------------------------------------------------
 
-    // Pushes the children of a kept node on `stack`, the most promising last. `node` is used up.
-    // Counts what the bound cuts.
-    void branch(NodeStack& stack, BBNode& node, float bestWL, SearchCounters& counters) const;
+    // Puts the children of the kept node on top of `stack` into its place, the most promising
+    // topmost. Counts what the bound cuts.
+    void branch(NodeStack& stack, float bestWL, SearchCounters& counters) const;
 
     // Indexes of the keys in ascending order; the comparisons fix the order of equal keys.
     static std::array<unsigned, 3> sortThreeNodes(const std::array<float, 4>& keys);
@@ -162,9 +162,8 @@ private:
     std::optional<Topology> steeredTopology(const BBNode& node, unsigned a, unsigned b) const;
     bool isSteered(const BBNode& node) const;
     void fillRemDistances(BBNode& node, Orient orient) const;
-    void branchOrientations(NodeStack& stack, BBNode& node, float bestWL) const;
-    void branchTopologies(NodeStack& stack, BBNode& node, float bestWL,
-                          SearchCounters& counters) const;
+    void branchOrientations(NodeStack& stack, float bestWL) const;
+    void branchTopologies(NodeStack& stack, float bestWL, SearchCounters& counters) const;
 
     std::ostream& out;
     unsigned numBlocks = 0;  // from the benchmark, then those that the current pass places

@@ -30,10 +30,14 @@ struct Children {
         ++num;
     }
 
-    // Puts a copy of the node on the stack for each child, the smallest key last and on the node
-    // itself, and has it made by `make`.
+    // Puts the children in the place of the top node, the smallest key topmost; `make` makes each
+    // out of a copy of the node.
     template <typename Make>
-    void push(NodeStack& stack, BBNode& node, const Make& make) const {
+    void replaceTop(NodeStack& stack, const Make& make) const {
+        if (num == 0) {
+            stack.pop();
+            return;
+        }
         std::array<unsigned, kMostChildren> order{0, 1, 2, 3};
         switch (num) {
             case 2:
@@ -52,8 +56,9 @@ struct Children {
             default:
                 break;
         }
-        for (unsigned i = num; i-- > 0;) {
-            BBNode& child = i == 0 ? stack.pushInstead(node) : stack.push(node);
+        stack.multiplyTop(num);
+        for (unsigned i = 0; i < num; ++i) {
+            BBNode& child = stack.fromTop(i);
             child.wirelength = wirelengths[order[i]];
             make(child, choices[order[i]]);
         }
@@ -62,20 +67,22 @@ struct Children {
 
 }  // namespace
 
-void Placer::branch(NodeStack& stack, BBNode& node, float bestWL, SearchCounters& counters) const {
+void Placer::branch(NodeStack& stack, float bestWL, SearchCounters& counters) const {
     const std::size_t openBefore = stack.size();
+    const BBNode& node = stack.top();
+    const float share = node.share;
     if (node.isBlockComplete()) {
-        branchOrientations(stack, node, bestWL);
+        branchOrientations(stack, bestWL);
     } else if (node.definedNodes > node.numBlocks - 1) {
         std::cout << "ERROR: Inadmissible value curBlockTotal or curBlockDef // Placer::branchingBB"
                   << std::endl
                   << "false numBlocks: " << numBlocks << std::endl;
         std::exit(0);
     } else {
-        branchTopologies(stack, node, bestWL, counters);
+        branchTopologies(stack, bestWL, counters);
     }
-    if (stack.size() == openBefore) {
-        counters.closedShare += node.share;
+    if (stack.size() < openBefore) {
+        counters.closedShare += share;
     }
 }
 
@@ -111,7 +118,8 @@ void Placer::fillRemDistances(BBNode& node, Orient orient) const {
     }
 }
 
-void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL) const {
+void Placer::branchOrientations(NodeStack& stack, float bestWL) const {
+    BBNode& node = stack.top();
     const unsigned next = node.numBlocks;
     const std::optional<Orient> steered = steeredOrient(node, next);
     Children<Orient> children;
@@ -131,7 +139,7 @@ void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL) co
         children.add(orient, wirelength, wirelength);
     }
     const float share = node.share / static_cast<float>(children.num);
-    children.push(stack, node, [&](BBNode& child, Orient orient) {
+    children.replaceTop(stack, [&](BBNode& child, Orient orient) {
         if (next != 0) {
             fillRemDistances(child, orient);
         }
@@ -142,8 +150,8 @@ void Placer::branchOrientations(NodeStack& stack, BBNode& node, float bestWL) co
     });
 }
 
-void Placer::branchTopologies(NodeStack& stack, BBNode& node, float bestWL,
-                              SearchCounters& counters) const {
+void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchCounters& counters) const {
+    const BBNode& node = stack.top();
     const unsigned a = node.numBlocks - 1;
     const unsigned b = node.definedNodes;
     KORVEL_INVARIANT(node.remDistances.size() > b + 1,
@@ -171,7 +179,7 @@ void Placer::branchTopologies(NodeStack& stack, BBNode& node, float bestWL,
         children.add(topology, wirelength, remaining + wirelength);
     }
     const float share = node.share / static_cast<float>(children.num);
-    children.push(stack, node, [&](BBNode& child, Topology topology) {
+    children.replaceTop(stack, [&](BBNode& child, Topology topology) {
         child.relate(a, b, topology);
         ++child.definedNodes;
         ++child.blockLevel;

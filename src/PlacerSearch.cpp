@@ -193,7 +193,8 @@ bool Placer::takeNode(SearchState& state, BBNode& node) const {
 void Placer::expandShared(SearchState& state, SearchWorker& worker) {
     if (isKept(state, worker, worker.node)) {
         const std::lock_guard lock(state.stackMutex);
-        branch(state.sharedStack, worker.node, state.bestWL.load(), worker.counters);
+        state.sharedStack.push(worker.node);
+        branch(state.sharedStack, state.bestWL.load(), worker.counters);
         state.sharedStackEmpty.store(state.sharedStack.empty());
     }
 }
@@ -206,10 +207,8 @@ void Placer::workOwnStack(SearchState& state, SearchWorker& worker) {
             shareOwnStack(state, worker.ownStack);
             continue;
         }
-        // Most nodes end here, so they are tested where they lie.
         if (isKept(state, worker, worker.ownStack.top())) {
-            worker.ownStack.popInto(worker.node);
-            branch(worker.ownStack, worker.node, state.bestWL.load(), worker.counters);
+            branch(worker.ownStack, state.bestWL.load(), worker.counters);
         } else {
             worker.ownStack.pop();
         }

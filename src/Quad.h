@@ -79,6 +79,14 @@ inline std::int32_t sumOf(QuadMask q) {
     return pairs[0] + pairs[1];
 }
 
+inline bool anyLane(QuadMask mask) {
+#if defined(__SSE2__)
+    return _mm_movemask_ps(reinterpret_cast<__m128>(mask)) != 0;
+#else
+    return (mask[0] | mask[1] | mask[2] | mask[3]) != 0;
+#endif
+}
+
 inline constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 }  // namespace korvel

@@ -51,6 +51,7 @@ public:
     bool contains(unsigned vertex) const {
         return (words[vertex / kWordBits] >> (vertex % kWordBits) & 1U) != 0;
     }
+    std::uint64_t word(unsigned number) const { return words[number]; }
     bool empty() const { return !(begin() != end()); }
 
 private:

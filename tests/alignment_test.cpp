@@ -131,34 +131,5 @@ INSTANTIATE_TEST_SUITE_P(Designs, Alignment, testing::Values(0U, 1U, 2U));
 
 // Dies of 10 x 10 with nets from the far edge of one to the far edge of its neighbour: 20 along x,
 // and the third die's centre is a die's height above the second's.
-TEST(LengthBound, CountsWhatRelationsKeepApart) {
-    Design design;
-    design.dies = {{"a", 10, 10}, {"b", 10, 10}, {"c", 10, 10}};
-    design.nets = {{{"a", -50, 0}, {"b", 50, 0}}, {{"a", -50, 0}, {"b", 50, 0}, {"c", 0, 0}}};
-    design.area = {100, 100};
-    Engine engine(design);
-    const LengthBound bound(engine.netlist, 3, design.area);
-    LengthBound::Workspace space = bound.makeWorkspace();
-    BBNode node;
-    const auto add = [&](Topology toA, Topology toB) {
-        node.addBlock(Orient::N, engine.netlist);
-        if (node.numBlocks > 1) {
-            node.relate(node.numBlocks - 1, 0, toA);
-        }
-        if (node.numBlocks > 2) {
-            node.relate(2, 1, toB);
-        }
-        node.sortGraphs();
-        node.findCoords();
-        node.updateSizes();
-    };
-    add({}, {});
-    add(Topology::R, {});
-    // The vertical graph has not seen the dies yet, so nothing is known for certain.
-    EXPECT_EQ(bound.leastLength(node, space, 1e30), 0);
-    add(Topology::R, Topology::A);
-    EXPECT_NEAR(bound.leastLength(node, space, 1e30), 20 + (20 + 10), 0.2);
-}
-
 }  // namespace
 }  // namespace korvel::test

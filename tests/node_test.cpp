@@ -69,10 +69,12 @@ TEST(Node, StacksReturnTheLastNodeFirstAndKeepNodesApart) {
     BBNode taken = nodeOf(9);
     stack.popInto(taken);
     EXPECT_EQ(taken.blockLevel, 3U);
-    stack.push(nodeOf(4)).blockLevel = 5;  // into a used slot, changed in place
+    stack.push(nodeOf(4));  // into a used slot
+    stack.multiplyTop(3);
+    stack.fromTop(1).blockLevel = 5;
     other.swap(stack);
     EXPECT_TRUE(stack.empty());
-    for (const unsigned level : {5U, 2U, 1U}) {
+    for (const unsigned level : {4U, 5U, 4U, 2U, 1U}) {
         other.popInto(taken);
         EXPECT_EQ(taken.blockLevel, level);
     }

@@ -12,7 +12,11 @@ namespace {
 constexpr double kTurns = 0.2;
 constexpr double kOneOrder = 0.1;
 constexpr double kBeside = 0.4;
+constexpr double kGroups = 0.15;
 constexpr double kGuided = 0.5;
+// Of the changes of groups.
+constexpr double kGroupsAlike = 0.4;
+constexpr double kGroupsTurn = 0.2;
 // Of the dies that are put beside another one.
 constexpr double kTogether = 0.3;
 constexpr unsigned kLongestChain = 4;
@@ -22,10 +26,15 @@ constexpr double kMatching = 0.3;
 // How far from its wish a guided die goes at most, in parts of the region's sides.
 constexpr double kBlur = 0.15;
 
+template <typename T>
+const T& oneOf(const std::vector<T>& all, RandomStream& random) {
+    return all[random.below(static_cast<unsigned>(all.size()))];
+}
+
 }  // namespace
 
 Moves::Moves(SlidLayout& layout, const NetModel& nets, Region region)
-    : layout(layout), region(region), partners(layout.dieNum()) {
+    : layout(layout), region(region), groups(nets), partners(layout.dieNum()) {
     for (const auto& [a, b] : nets.pairs()) {
         if (b != nets.ground()) {
             partners[a].push_back(b);
@@ -35,6 +44,10 @@ Moves::Moves(SlidLayout& layout, const NetModel& nets, Region region)
 }
 
 void Moves::change(RandomStream& random) {
+    if (random.fraction() < kGroups && !groups.groups().empty()) {
+        changeGroup(random);
+        return;
+    }
     const unsigned die = random.below(layout.dieNum());
     const double kind = random.fraction();
     if (kind < kTurns || layout.dieNum() == 1) {
@@ -154,6 +167,120 @@ void Moves::putGroupBeside(unsigned die, unsigned other, RandomStream& random) {
         chain[last + 1] = partner;
     }
 }
+
+// --- Groups ----------------------------------------------------------------------------------
+
+void Moves::changeGroup(RandomStream& random) {
+    const double kind = random.fraction();
+    if (kind < kGroupsAlike && !groups.alike().empty()) {
+        const auto& alike = oneOf(groups.alike(), random);
+        const DieGroups::Group& a = oneOf(alike, random);
+        const DieGroups::Group& b = oneOf(alike, random);
+        if (&a != &b) exchangePlaces(a, b); else turn(a, 2);
+        return;
+    }
+    const auto& group = oneOf(groups.groups(), random);
+    if (kind < kGroupsAlike + kGroupsTurn) {
+        turn(group, 1 + random.below(3));
+        return;
+    }
+    unsigned other = random.fraction() < kGuided
+                         ? nearWish(oneOf(group, random), random)
+                         : random.below(layout.dieNum());
+    if (std::find(group.begin(), group.end(), other) == group.end()) {
+        putBeside(group, other, random);
+    } else {
+        turn(group, 1 + random.below(3));
+    }
+}
+
+Spot Moves::centre(const DieGroups::Group& group) const {
+    Spot low{region.width, region.height};
+    Spot high{0.0, 0.0};
+    for (const unsigned die : group) {
+        const Spot at = layout.centre(die);
+        low = {std::min(low.x, at.x), std::min(low.y, at.y)};
+        high = {std::max(high.x, at.x), std::max(high.y, at.y)};
+    }
+    return {(low.x + high.x) / 2, (low.y + high.y) / 2};
+}
+
+void Moves::moveCentre(unsigned die, Spot from, Spot to) {
+    layout.carry(die, {to.x - from.x, to.y - from.y});
+}
+
+void Moves::putBeside(const DieGroups::Group& group, unsigned other, RandomStream& random) {
+    const Spot from = centre(group);
+    const Spot to = layout.centre(other);
+    for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
+        SequencePair& orders = layout.editOrders();
+        std::vector<unsigned>& inOrder = members[which];
+        inOrder.assign(group.begin(), group.end());
+        const bool isBefore = random.below(2) == 0;
+        std::sort(inOrder.begin(), inOrder.end(), [&](unsigned a, unsigned b) {
+            return (orders.rank(which, a) < orders.rank(which, b)) == isBefore;
+        });
+        for (const unsigned die : inOrder) {
+            const unsigned gap = orders.rank(which, die) < orders.rank(which, other) ? 1 : 0;
+            orders.moveTo(which, die, orders.rank(which, other) - gap + (isBefore ? 0 : 1));
+        }
+    }
+    for (const unsigned die : group) {
+        moveCentre(die, from, to);
+    }
+}
+
+void Moves::turn(const DieGroups::Group& group, unsigned quarters) {
+    for (unsigned quarter = 0; quarter < quarters; ++quarter) {
+        turnByAQuarter(group);
+    }
+}
+
+// To the left: what was left is below, what was below is right.
+void Moves::turnByAQuarter(const DieGroups::Group& group) {
+    SequencePair& orders = layout.editOrders();
+    for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
+        slots[which].clear();
+        for (const unsigned die : group) {
+            slots[which].push_back(orders.rank(which, die));
+        }
+        std::sort(slots[which].begin(), slots[which].end());
+        members[which].clear();
+        for (const unsigned slot : slots[which]) {
+            members[which].push_back(orders.order(which)[slot]);
+        }
+    }
+    for (std::size_t place = 0; place < group.size(); ++place) {
+        orders.put(SequencePair::Upper, members[SequencePair::Lower][group.size() - 1 - place],
+                   slots[SequencePair::Upper][place]);
+        orders.put(SequencePair::Lower, members[SequencePair::Upper][place],
+                   slots[SequencePair::Lower][place]);
+    }
+    const Spot middle = centre(group);
+    for (const unsigned die : group) {
+        const Spot from = layout.centre(die);
+        layout.turn(die, static_cast<Orient>((orientIndex(layout.orientation(die)) + 3) %
+                                             kUnmirroredOrients));
+        moveCentre(die, layout.centre(die),
+                   {middle.x - (from.y - middle.y), middle.y + (from.x - middle.x)});
+    }
+}
+
+void Moves::exchangePlaces(const DieGroups::Group& a, const DieGroups::Group& b) {
+    for (std::size_t place = 0; place < a.size(); ++place) {
+        const std::array dies{a[place], b[place]};
+        const std::array centres{layout.centre(dies[0]), layout.centre(dies[1])};
+        const std::array orients{layout.orientation(dies[0]), layout.orientation(dies[1])};
+        layout.editOrders().swap(SequencePair::Upper, dies[0], dies[1]);
+        layout.editOrders().swap(SequencePair::Lower, dies[0], dies[1]);
+        for (const unsigned one : {0U, 1U}) {
+            layout.turn(dies[one], orients[1 - one]);
+            moveCentre(dies[one], layout.centre(dies[one]), centres[1 - one]);
+        }
+    }
+}
+
+// --- Wishes ----------------------------------------------------------------------------------
 
 // The die whose centre is next to where the nets want the die, give or take.
 unsigned Moves::nearWish(unsigned die, RandomStream& random) const {

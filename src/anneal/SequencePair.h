@@ -21,6 +21,11 @@ public:
     void shuffle(RandomStream& random);
     // Exchanges two dies in one order.
     void swap(Which which, unsigned a, unsigned b);
+    // Writes a die to a rank; whoever does so puts all the dies that this displaces elsewhere.
+    void put(Which which, unsigned die, unsigned rank) {
+        orders[which][rank] = die;
+        ranks[which][die] = rank;
+    }
     // Takes a die out of one order and puts it at `rank`.
     void moveTo(Which which, unsigned die, unsigned rank);
 

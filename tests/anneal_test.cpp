@@ -169,13 +169,13 @@ TEST(SlidLayout, MeasuresMovedNetsOnlyAndYetAll) {
         RandomStream random(1, round);
         Moves moves(layout, nets, region);
         layout.editOrders().shuffle(random);
-        layout.arrange(random, 100.0);
+        layout.arrange(random, kAnything);
         layout.keep();
         int legal = 0;
         for (int change = 0; change < 300; ++change) {
             const double before = layout.length();
             moves.change(random);
-            const bool isArranged = layout.arrange(random, change % 7 == 0 ? 0.0 : 1.0);
+            const bool isArranged = layout.arrange(random, {change % 7 == 0 ? 0.0 : 1.0, 1e300});
             if (isArranged && random.below(2) == 0) {
                 layout.keep();
             } else {

@@ -73,8 +73,9 @@ void Merging::addNets(const NetModel& nets) {
         add(nets.pairs()[pair].a, nets.pairs()[pair].b, turns / 2.0);
     }
     for (const NetModel::WideNet& net : nets.wideNets()) {
-        const double share = net.count * 2.0 / (static_cast<double>(net.members.size()) *
-                                                static_cast<double>(net.members.size() - 1));
+        const double share =
+            net.count * 2.0 /
+            (static_cast<double>(net.members.size()) * static_cast<double>(net.members.size() - 1));
         for (std::size_t a = 0; a < net.members.size(); ++a) {
             for (std::size_t b = 0; b < a; ++b) {
                 add(net.members[a].body, net.members[b].body, share);

@@ -1,5 +1,5 @@
-// Dies that belong together: groups that many nets join inside and few to the outside, nested in one
-// another, from pairs to half of all dies. A die alone cannot leave its group at a price that
+// Dies that belong together: groups that many nets join inside and few to the outside, nested in
+// one another, from pairs to half of all dies. A die alone cannot leave its group at a price that
 // annealing pays, so groups are moved as a whole. Systems of chiplets often hold the same group
 // more than once; such groups are of one kind, and can take over one another's places.
 // Filled once and never changed.

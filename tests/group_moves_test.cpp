@@ -1,6 +1,7 @@
 // Groups of dies: which are found, and that moving one leaves it as it is in itself.
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <set>
 
 #include "anneal/DieGroups.h"
@@ -9,8 +10,6 @@
 
 namespace korvel {
 namespace {
-
-constexpr double kAnything = std::numeric_limits<double>::infinity();
 
 // Systems of hosts in a ring, each with memories of its own.
 Design hostsWithMemories(unsigned hosts, unsigned memories) {
@@ -35,7 +34,7 @@ Design hostsWithMemories(unsigned hosts, unsigned memories) {
 }
 
 // By the relations of the orders, without regard to the region.
-void expectOrdersToHold(const SlidLayout& layout, const Design& design) {
+void ordersHold(const SlidLayout& layout, const Design& design) {
     const Relations relations = layout.sequences().relations();
     const Placement placement = layout.placement();
     for (unsigned a = 0; a < layout.dieNum(); ++a) {
@@ -65,10 +64,10 @@ TEST(DieGroups, AreHostsWithTheirMemories) {
     for (unsigned host = 0; host < 16; host += 4) {
         EXPECT_TRUE(found.contains({host, host + 1, host + 2, host + 3})) << "host " << host;
     }
-    const bool areAlike = std::any_of(
-        groups.alike().begin(), groups.alike().end(), [](const std::vector<DieGroups::Group>& kind) {
-            return kind.size() == 4 && kind.front().size() == 4;
-        });
+    const bool areAlike = std::any_of(groups.alike().begin(), groups.alike().end(),
+                                      [](const std::vector<DieGroups::Group>& kind) {
+                                          return kind.size() == 4 && kind.front().size() == 4;
+                                      });
     EXPECT_TRUE(areAlike);
     for (const auto& kind : groups.alike()) {
         for (const DieGroups::Group& group : kind) {
@@ -89,79 +88,100 @@ TEST(DieGroups, WithoutNetsOnlySingleDiesAreAlike) {
     EXPECT_EQ(groups.alike().front(), (std::vector<DieGroups::Group>{{0}, {2}}));
 }
 
-// A roomy region, two groups far apart.
+// Two groups far apart in a roomy region: a host each, and right of it memories, one above the
+// other.
 class MovedGroups : public testing::Test {
 protected:
     MovedGroups() : design(hostsWithMemories(2, 3)), nets(design), layout(nets, {400, 400}) {
-        RandomStream random(3, 1);
         SequencePair orders(8);
         Placement start(8);
-        for (unsigned die = 0; die < 8; ++die) {
-            // Of each group: the host, and memories right of it, one above the other.
-            const double left = die < 4 ? 100 : 300;
-            const unsigned memory = die % 4;
-            start[die] = {{left + (memory == 0 ? 0 : 7), left + 4.0 * memory - 3}, Orient::N};
-        }
-        // Memories from the top in one order, from the bottom in the other; hosts first.
-        for (const unsigned group : {0U, 4U}) {
-            for (unsigned die = 0; die < 4; ++die) {
-                orders.put(SequencePair::Upper, group + die, group + (die == 0 ? 0 : 4 - die));
-                orders.put(SequencePair::Lower, group + die, group + die);
+        for (const unsigned host : kHosts) {
+            const double corner = 100.0 + 50.0 * host;
+            start[host] = {{corner, corner}, Orient::N};
+            for (unsigned memory = 1; memory <= 3; ++memory) {
+                start[host + memory] = {{corner + 6.5, corner - 3.0 + 3.5 * memory}, Orient::N};
+                orders.put(SequencePair::Upper, host + memory, host + 4 - memory);
             }
         }
         layout.place(orders, start);
-        expectOrdersToHold(layout, design);
-        length = layout.length();
+        moves.emplace(layout);
     }
 
-    double lengthNow() const { return wirelength(design, layout.placement()); }
-    double lengthInside(const std::array<unsigned, 4>& group) const {
+    double lengthInside(GroupMoves::Dies group) const {
         Design inside = design;
-        std::erase_if(inside.nets, [&group](const Design::Net& net) {
-            return std::any_of(net.pins.begin(), net.pins.end(), [&group](const Design::Pin& pin) {
+        std::erase_if(inside.nets, [group](const Design::Net& net) {
+            return std::any_of(net.pins.begin(), net.pins.end(), [group](const Design::Pin& pin) {
                 return std::find(group.begin(), group.end(), pin.body) == group.end();
             });
         });
         return wirelength(inside, layout.placement());
     }
 
+    static constexpr std::array kHosts{0U, 4U};
+    static constexpr std::array kOne{0U, 1U, 2U, 3U};
+    static constexpr std::array kOther{4U, 5U, 6U, 7U};
+
     const Design design;
     const NetModel nets;
     SlidLayout layout;
-    double length = 0.0;
-    const std::array<unsigned, 4> one{0, 1, 2, 3};
-    const std::array<unsigned, 4> other{4, 5, 6, 7};
+    std::optional<GroupMoves> moves;
 };
 
 TEST_F(MovedGroups, TurnAsAWhole) {
-    GroupMoves moves(layout);
-    const double inside = lengthInside(one);
+    ordersHold(layout, design);
+    const double inside = lengthInside(kOne);
     const Placement before = layout.placement();
-    for (int quarter = 0; quarter < 3; ++quarter) {
-        moves.turn(one, 1);
-        expectOrdersToHold(layout, design);
-        EXPECT_NEAR(lengthInside(one), inside, 1e-9);
-        EXPECT_NE(layout.placement()[1].orient, before[1].orient);
+    for (int quarter = 1; quarter <= 4; ++quarter) {
+        moves->turn(kOne, 1);
+        ordersHold(layout, design);
+        EXPECT_NEAR(lengthInside(kOne), inside, 1e-9);
+        EXPECT_EQ(layout.orientation(1) == Orient::N, quarter == 4);
     }
-    moves.turn(one, 1);
-    for (const unsigned die : one) {
+    for (const unsigned die : kOne) {
         EXPECT_NEAR(layout.placement()[die].at.x, before[die].at.x, 1e-9);
         EXPECT_NEAR(layout.placement()[die].at.y, before[die].at.y, 1e-9);
     }
 }
 
-TEST_F(MovedGroups, ExchangePlaces) {
+TEST_F(MovedGroups, TurnedOnesTakeOverPlaces) {
+    moves->turn(kOne, 1);
+    const Placement before = layout.placement();
+    moves->takeOver(kOne, kOther);
+    ordersHold(layout, design);
+    for (unsigned die = 0; die < 8; ++die) {
+        const PlacedDie now = layout.placement()[die];
+        const PlacedDie was = before[(die + 4) % 8];
+        EXPECT_EQ(now.orient, was.orient);
+        EXPECT_NEAR(now.at.x, was.at.x, 1e-9);
+        EXPECT_NEAR(now.at.y, was.at.y, 1e-9);
+    }
+}
+
+TEST_F(MovedGroups, ExchangePlacesInTheirOwnOrder) {
+    moves->turn(kOne, 1);
+    const std::array inside{lengthInside(kOne), lengthInside(kOther)};
     const Spot before = layout.centre(0);
-    const double inside = lengthInside(other);
-    GroupMoves moves(layout);
-    moves.exchange(one, other);
-    expectOrdersToHold(layout, design);
-    EXPECT_NEAR(lengthInside(other), inside, 1e-9);
-    EXPECT_NEAR(layout.centre(4).x, before.x, 1e-9);
-    const std::array single{3U};
-    moves.exchange(single, other);  // of other sizes
-    layout.arrange(random, {kAnything, kAnything});
-    expectOrdersToHold(layout, design);
+    moves->exchange(kOne, kOther);
+    ordersHold(layout, design);
+    EXPECT_NEAR(lengthInside(kOne), inside[0], 1e-9);
+    EXPECT_NEAR(lengthInside(kOther), inside[1], 1e-9);
+    EXPECT_GT(layout.centre(0).x, before.x + 100.0);
+}
+
+// Whatever is asked for, the orders stay orders: each die has a rank of its own.
+TEST_F(MovedGroups, GoBesideAndForOthersOfOtherSizes) {
+    constexpr double kAnything = std::numeric_limits<double>::infinity();
+    RandomStream random(1, 1);
+    moves->putBeside(kOne, 6, {true, false});
+    moves->exchange(std::array{2U}, kOther);
+    moves->putBeside(std::array{5U, 2U}, 0, {false, false});
+    ASSERT_TRUE(layout.arrange(random, {kAnything, kAnything}));
+    ordersHold(layout, design);
+    for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
+        for (unsigned die = 0; die < 8; ++die) {
+            EXPECT_EQ(layout.sequences().order(which)[layout.sequences().rank(which, die)], die);
+        }
+    }
 }
 
 }  // namespace

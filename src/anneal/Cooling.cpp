@@ -81,8 +81,8 @@ void Cooling::learn() {
     while (end > 1 && !isLonger(end - 1, kSettled)) {
         --end;
     }
-    shape.way.begin = lastBefore(kDisorder);
-    shape.way.reheated = lastBefore(kReheated);
+    shape.way.begin = std::min(lastBefore(kDisorder), 1.0 - kLeastReheating);
+    shape.way.reheated = std::min(lastBefore(kReheated), 1.0 - kLeastReheating);
     shape.way.end =
         std::max(static_cast<double>(end) / kSteps, shape.way.reheated + kLeastReheating);
 }

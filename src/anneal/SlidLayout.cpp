@@ -123,7 +123,7 @@ bool SlidLayout::arrange(RandomStream& random, Most most) {
             return false;
         }
         slideMoved();
-        measureMoved();
+        measureSlid();
     }
     bySliding = pushed - length();
     return true;
@@ -334,10 +334,14 @@ void SlidLayout::slide(unsigned die, Axis which) {
         return;
     }
     const auto [low, high] = slack(die, which);
-    if (here.right < 0.0 && high > axis.at[die]) {
-        axis.at[die] = bestBetween(die, which, axis.at[die], high);
-    } else if (here.left > 0.0 && low < axis.at[die]) {
-        axis.at[die] = bestBetween(die, which, low, axis.at[die]);
+    const double from = axis.at[die];
+    if (here.right < 0.0 && high > from) {
+        axis.at[die] = bestBetween(die, which, from, high);
+    } else if (here.left > 0.0 && low < from) {
+        axis.at[die] = bestBetween(die, which, low, from);
+    }
+    if (axis.at[die] != from) {
+        axis.slid.push_back(die);
     }
 }
 
@@ -462,6 +466,16 @@ void SlidLayout::measureMoved() {
         for (const auto& [die, before] : turnedFrom) {
             measureNetsOf(die, axis);
         }
+    }
+}
+
+void SlidLayout::measureSlid() {
+    for (unsigned axis = 0; axis < 2; ++axis) {
+        ++stamp;
+        for (const unsigned die : axes[axis].slid) {
+            measureNetsOf(die, axis);
+        }
+        axes[axis].slid.clear();
     }
 }
 

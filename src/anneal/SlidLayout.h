@@ -79,6 +79,7 @@ private:
         std::vector<Bends> bends;              // by pair, for the orientations
         std::vector<NetModel::Reach> reaches;  // by member of the wide nets, for the orientations
         std::vector<double> pairCost, wideCost;
+        std::vector<unsigned> slid;  // dies, since they were measured
     };
 
     Along& along(Axis axis) { return axes[axis]; }
@@ -106,6 +107,7 @@ private:
     double wideLength(unsigned net, const Along& axis) const;
     void measureAll();
     void measureMoved();
+    void measureSlid();
     void measureNetsOf(unsigned die, unsigned axis);
 
     const NetModel& nets;

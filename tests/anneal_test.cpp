@@ -16,6 +16,7 @@ using test::isLegal;
 using test::RandomDesigns;
 
 constexpr double kSlack = 1e-9;
+constexpr double kAnything = std::numeric_limits<double>::infinity();
 constexpr auto kSoon = std::chrono::milliseconds(150);
 
 std::optional<Found> annealed(const Design& design, Region region, const AnnealOptions& options) {
@@ -169,13 +170,14 @@ TEST(SlidLayout, MeasuresMovedNetsOnlyAndYetAll) {
         RandomStream random(1, round);
         Moves moves(layout, nets, region);
         layout.editOrders().shuffle(random);
-        layout.arrange(random, 100.0);
+        layout.arrange(random, {kAnything, kAnything});
         layout.keep();
         int legal = 0;
         for (int change = 0; change < 300; ++change) {
             const double before = layout.length();
             moves.change(random);
-            const bool isArranged = layout.arrange(random, change % 7 == 0 ? 0.0 : 1.0);
+            const bool isArranged = layout.arrange(
+                random, {change % 7 == 0 ? 0.0 : 1.0, change % 5 == 0 ? before : kAnything});
             if (isArranged && random.below(2) == 0) {
                 layout.keep();
             } else {

@@ -9,52 +9,7 @@ namespace korvel {
 
 namespace {
 
-// Temperatures in parts of what a random change makes of a random layout.
-constexpr double kStartHeat = 0.3;
-constexpr int kTrials = 500;
-
-// The stages of a run: some random starts are cooled down in the first part of it, then the best
-// layout of them is heated up again, not as far, and cooled down, more than once.
-struct Stages {
-    unsigned starts;
-    unsigned reheats;
-    double startsPart;
-    double reheated;  // the share of the cooling that a reheated layout skips
-    double endHeat;
-};
-constexpr Stages kStages{2, 3, 0.4, 0.4, 1e-3};
-// Few dies have so few layouts that exact coordinates end what a cold run would: they stay warmer,
-// where they can still leave the layout at hand.
-constexpr Stages kStagesIfFewDies{2, 3, 0.4, 0.2, 1e-2};
-// With few moves for the number of dies it is best to cool one start down slowly.
-constexpr Stages kStagesIfSingle{1, 0, 1.0, 0.0, 1e-3};
-
-struct Stage {
-    unsigned number;
-    double cooled;  // from 0, hot, to 1
-};
-
-const Stages& stagesOf(AnnealRun::Plan plan) {
-    switch (plan) {
-        case AnnealRun::Plan::Single:
-            return kStagesIfSingle;
-        case AnnealRun::Plan::FewDies:
-            return kStagesIfFewDies;
-        case AnnealRun::Plan::Usual:
-            break;
-    }
-    return kStages;
-}
-
-Stage stageAt(const Stages& stages, double share) {
-    if (share < stages.startsPart) {
-        const double at = share / stages.startsPart * stages.starts;
-        return {static_cast<unsigned>(at), at - std::floor(at)};
-    }
-    const double at = (share - stages.startsPart) / (1.0 - stages.startsPart) * stages.reheats;
-    return {stages.starts + static_cast<unsigned>(at),
-            stages.reheated + (1.0 - stages.reheated) * (at - std::floor(at))};
-}
+constexpr int kTrials = 500;  // to see how much random changes weigh
 
 // Moves per die that exact coordinates for a layout are worth; they cost a third of that time at
 // most.
@@ -70,19 +25,21 @@ constexpr double kLeastPenalty = 0.05;
 constexpr double kMostPenalty = 100.0;
 
 constexpr double kHopeFades = 1e-3;  // by move
+// One in so many moves is not turned down by what was hoped for, so that hope can rise again.
+constexpr unsigned kHopeless = 16;
 
 }  // namespace
 
 AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-                     RandomStream stream, Plan plan, Notice notice)
+                     RandomStream stream, Cooling::Plan plan, Notice notice)
     : design(design),
-      plan(plan),
       solver(solver),
       random(stream),
       notice(std::move(notice)),
       region(region),
       layout(solver.nets(), region),
       moves(layout, solver.nets(), region),
+      cooling(plan),
       onOneDie(wirelength(design, layout.placement()) - layout.length()),
       shortest(std::numeric_limits<double>::infinity()),
       toldShortest(shortest),
@@ -93,39 +50,40 @@ AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, Regio
 // A random start, and how much random changes of it weigh.
 void AnnealRun::scramble() {
     const double everything = std::numeric_limits<double>::infinity();
+    moves.restart();
     layout.editOrders().shuffle(random);
     for (unsigned die = 0; die < layout.dieNum(); ++die) {
         layout.turn(die, static_cast<Orient>(random.below(kUnmirroredOrients)));
     }
-    layout.arrange(random, everything);
+    layout.arrange(random, {everything, everything});
     layout.keep();
     double changes = 0.0;
     for (int trial = 0; trial < kTrials; ++trial) {
         length = layout.length();
         moves.change(random);
-        layout.arrange(random, everything);
+        layout.arrange(random, {everything, everything});
         layout.keep();
         changes += std::abs(layout.length() - length);
     }
     length = layout.length();
     excess = layout.excess();
-    startHeat = kStartHeat * changes / kTrials;
+    typicalChange = changes / kTrials;
     penalty = scale();
-    hope = length;
+    hope = slidingHope = length;
 }
 
 void AnnealRun::advance(unsigned moves, double share) {
-    const Stages& stages = stagesOf(plan);
-    const Stage now = stageAt(stages, share);
+    const Cooling::Stage now = cooling.stageAt(share);
     for (; stage < now.number; ++stage) {
         begin(stage + 1);
     }
-    heat = startHeat * std::pow(stages.endHeat / kStartHeat, now.cooled);
+    cooling.note(now, length);
+    heat = typicalChange * cooling.heat(now);
     for (unsigned left = moves; left > 0; --left) {
         move();
         ++moveNum;
         if (moveNum % kAdaptEvery == 0) {
-            adaptPenalty(now.cooled);
+            adaptPenalty(now.part);
         }
         if (moveNum % (4 * perWorkOut()) == 0) {
             workOut();
@@ -135,7 +93,10 @@ void AnnealRun::advance(unsigned moves, double share) {
 
 void AnnealRun::begin(unsigned number) {
     finish();
-    if (number < stagesOf(plan).starts || shortest == std::numeric_limits<double>::infinity()) {
+    if (number == 1) {
+        cooling.learn();
+    }
+    if (cooling.isStart(number) || shortest == std::numeric_limits<double>::infinity()) {
         scramble();
         return;
     }
@@ -146,16 +107,22 @@ void AnnealRun::begin(unsigned number) {
 }
 
 // The threshold is drawn first: a change that overflows by more than the savings to be hoped for
-// is turned down before anything is placed or measured, which is most of them in a full region.
+// is turned down before anything is placed or measured, which is most of them in a full region;
+// one that is longer by more than sliding may save, before dies slide.
 void AnnealRun::move() {
     const double allowance = -heat * std::log(1.0 - random.fraction());
+    const bool isHopeless = random.below(kHopeless) == 0;
     moves.change(random);
-    if (!layout.arrange(random, excess + (allowance + hope) / penalty)) {
-        layout.undo();
-    } else {
+    if (layout.arrange(random,
+                       {excess + (allowance + hope) / penalty,
+                        isHopeless ? std::numeric_limits<double>::infinity()
+                                   : length + allowance + penalty * excess + slidingHope})) {
         judge(allowance);
+    } else {
+        layout.undo();
     }
     hope *= 1.0 - kHopeFades;
+    slidingHope *= 1.0 - kHopeFades;
 }
 
 void AnnealRun::judge(double allowance) {
@@ -164,10 +131,13 @@ void AnnealRun::judge(double allowance) {
     if (newExcess > excess) {
         hope = std::max(hope, length - newLength);
     }
-    if (newLength - length + penalty * (newExcess - excess) > allowance) {
+    const double difference = newLength - length + penalty * (newExcess - excess);
+    if (difference > allowance) {
         layout.undo();
         return;
     }
+    slidingHope = std::max(slidingHope, layout.savedBySliding());
+    moves.wasKept(difference);
     layout.keep();
     length = newLength;
     excess = newExcess;
@@ -207,8 +177,8 @@ void AnnealRun::noteBest() {
 }
 
 // Some of the time outside, all of the way: illegal layouts are short cuts between legal ones.
-void AnnealRun::adaptPenalty(double cooled) {
-    const double easing = cooled < 0.8 ? 0.98 : 0.9995;
+void AnnealRun::adaptPenalty(double part) {
+    const double easing = part < 0.8 ? 0.98 : 0.9995;
     penalty = std::clamp(penalty * (excess > 0.0 ? 1.02 : easing), kLeastPenalty * scale(),
                          kMostPenalty * scale());
 }

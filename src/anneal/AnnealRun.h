@@ -1,6 +1,6 @@
 // One restart of the annealer: layouts from random starts, cooled down, and the best of them worked
-// on. Its result depends on its
-// random stream and on the shares of the schedule that it is given, nothing else.
+// on. Its result depends on its random stream and on the shares of the schedule that it is given,
+// nothing else.
 // Owned and used by one thread.
 #pragma once
 
@@ -10,6 +10,7 @@
 #include <optional>
 #include <vector>
 
+#include "anneal/Cooling.h"
 #include "anneal/Moves.h"
 #include "anneal/SlidLayout.h"
 #include "exact/ExactCoordinates.h"
@@ -18,17 +19,13 @@ namespace korvel {
 
 class AnnealRun {
 public:
-    // How the starts and the reheating share the moves. Single: cools down one start, and does not
-    // heat up again. FewDies: stays warmer.
-    enum class Plan : unsigned char { Usual, FewDies, Single };
-
     // Told of every placement that is shorter than all before it in this run, with coordinates
     // that are best for its relations.
     using Notice = std::function<void(const Placement&, double length)>;
 
     // Design and solver, which is for that design and region, must outlive the run.
     AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-              RandomStream stream, Plan plan, Notice notice);
+              RandomStream stream, Cooling::Plan plan, Notice notice);
 
     // Goes on by that many moves. `share` is how much of the schedule is over, from 0 to 1.
     void advance(unsigned moves, double share);
@@ -40,7 +37,7 @@ private:
     void scramble();
     void move();
     void judge(double allowance);
-    void adaptPenalty(double cooled);
+    void adaptPenalty(double part);
     void noteBest();
     bool isNew();
     std::uint64_t perWorkOut() const;
@@ -50,20 +47,21 @@ private:
     double scale() const { return length + region.width + region.height; }
 
     const Design& design;
-    const Plan plan;
     const CoordinateSolver& solver;
     RandomStream random;
     Notice notice;
     const Region region;
     SlidLayout layout;
     Moves moves;
+    Cooling cooling;
 
-    double startHeat = 0.0;
+    double typicalChange = 0.0;  // that random changes make of random layouts
     double heat = 0.0;
-    double length = 0.0;   // of the layout as it is kept
-    double excess = 0.0;   // likewise
-    double penalty = 0.0;  // of one region's side too much, in wirelength
-    double hope = 0.0;     // how much wirelength a move that needs more room may save
+    double length = 0.0;       // of the layout as it is kept
+    double excess = 0.0;       // likewise
+    double penalty = 0.0;      // of one region's side too much, in wirelength
+    double hope = 0.0;         // how much wirelength a move that needs more room may save
+    double slidingHope = 0.0;  // how much sliding may save
     unsigned stage = 0;
     std::uint64_t moveNum = 0;
     std::uint64_t nextWorkOut = 0;

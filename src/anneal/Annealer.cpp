@@ -30,7 +30,7 @@ constexpr std::uint64_t kMovesIfFewDies = 10000;
 constexpr std::size_t kFewDies = 12;
 
 // With less than this part of its usual moves a run is a short one.
-constexpr double kShortPart = 0.3;
+constexpr double kShortPart = 0.05;
 
 // Of the time, or of the usual moves, for the first restart of a thread.
 constexpr double kFirstShare = 0.06;
@@ -175,9 +175,9 @@ std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, con
                                  const AnnealRun::Notice& notice) {
     progress.restarts.fetch_add(1, std::memory_order_relaxed);
     const bool isShort = expectedMoves < kShortPart * static_cast<double>(usualMoves());
-    const AnnealRun::Plan plan = isShort        ? AnnealRun::Plan::Single
-                                 : hasFewDies() ? AnnealRun::Plan::FewDies
-                                                : AnnealRun::Plan::Usual;
+    const Cooling::Plan plan = isShort        ? Cooling::Plan::Single
+                               : hasFewDies() ? Cooling::Plan::FewDies
+                                              : Cooling::Plan::Usual;
     AnnealRun run(design, solver, region, RandomStream(options.seed, number), plan, notice);
     std::uint64_t moves = 0;
     while (!isOver()) {

@@ -8,24 +8,54 @@ namespace korvel {
 
 namespace {
 
-// Shares of the moves; what is left exchanges two dies.
-constexpr double kTurns = 0.2;
-constexpr double kOneOrder = 0.1;
-constexpr double kBeside = 0.4;
-constexpr double kGuided = 0.5;
-// Of the dies that are put beside another one.
-constexpr double kTogether = 0.3;
+enum Kind : unsigned {
+    kTurn,
+    kInOneOrder,
+    kBesideAny,
+    kBesideWish,
+    kChainBesideAny,
+    kChainBesideWish,
+    kExchangeAny,
+    kExchangeAtWish,
+    kTurnGroup,
+    kGroupBeside,
+    kExchangeGroup,
+    kTakeOverGroup,
+    kKindNum
+};
+
 constexpr unsigned kLongestChain = 4;
 // Of the exchanges of two dies.
 constexpr double kMatching = 0.3;
+// Of the groups that are exchanged, those for another group instead of a die.
+constexpr double kGroupForGroup = 0.3;
 
 // How far from its wish a guided die goes at most, in parts of the region's sides.
 constexpr double kBlur = 0.15;
 
+template <typename T>
+const T& oneOf(const std::vector<T>& all, RandomStream& random) {
+    return all[random.below(static_cast<unsigned>(all.size()))];
+}
+
+std::array<bool, 2> anySide(RandomStream& random) {
+    const bool isBeforeInUpper = random.below(2) == 0;
+    return {isBeforeInUpper, random.below(2) == 0};
+}
+
+bool contains(std::span<const unsigned> dies, unsigned die) {
+    return std::find(dies.begin(), dies.end(), die) != dies.end();
+}
+
 }  // namespace
 
 Moves::Moves(SlidLayout& layout, const NetModel& nets, Region region)
-    : layout(layout), region(region), partners(layout.dieNum()) {
+    : layout(layout),
+      region(region),
+      partners(layout.dieNum()),
+      groups(nets),
+      groupMoves(layout),
+      shares(usualShares()) {
     for (const auto& [a, b] : nets.pairs()) {
         if (b != nets.ground()) {
             partners[a].push_back(b);
@@ -34,33 +64,56 @@ Moves::Moves(SlidLayout& layout, const NetModel& nets, Region region)
     }
 }
 
+std::vector<double> Moves::usualShares() const {
+    std::vector<double> usual(kKindNum, 0.0);
+    usual[kTurn] = 0.17;
+    if (layout.dieNum() > 1) {
+        usual[kInOneOrder] = 0.09;
+        usual[kBesideAny] = usual[kBesideWish] = 0.12;
+        usual[kChainBesideAny] = usual[kChainBesideWish] = 0.05;
+        usual[kExchangeAny] = usual[kExchangeAtWish] = 0.13;
+    }
+    if (!groups.groups().empty()) {
+        usual[kTurnGroup] = usual[kGroupBeside] = usual[kExchangeGroup] = 0.03;
+    }
+    if (!groups.alike().empty()) {
+        usual[kTakeOverGroup] = 0.05;
+    }
+    return usual;
+}
+
 void Moves::change(RandomStream& random) {
     const unsigned die = random.below(layout.dieNum());
-    const double kind = random.fraction();
-    if (kind < kTurns || layout.dieNum() == 1) {
-        turnSomehow(die, random);
-        layout.release(die);
-        return;
-    }
-    unsigned other = random.below(layout.dieNum() - 1);
-    other += other >= die ? 1 : 0;
-    if (kind < kTurns + kOneOrder) {
-        exchangeInOneOrder(die, other, random);
-        return;
-    }
-    if (random.fraction() < kGuided) {
-        other = nearWish(die, random);
-    }
-    if (kind < kTurns + kOneOrder + kBeside) {
-        if (random.fraction() < kTogether && !partners[die].empty()) {
-            putGroupBeside(die, other, random);
-        } else {
-            putBeside(die, other, random);
-        }
-    } else {
-        exchangeAndTurn(die, other, random);
+    switch (shares.draw(random)) {
+        case kTurn:
+            turnSomehow(die, random);
+            return layout.release(die);
+        case kInOneOrder:
+            return exchangeInOneOrder(die, random);
+        case kBesideAny:
+            return putBeside(die, anyOther(die, random), random);
+        case kBesideWish:
+            return putBeside(die, nearWish(die, random), random);
+        case kChainBesideAny:
+            return putChainBeside(die, anyOther(die, random), random);
+        case kChainBesideWish:
+            return putChainBeside(die, nearWish(die, random), random);
+        case kExchangeAny:
+            return exchangeAndTurn(die, anyOther(die, random), random);
+        case kExchangeAtWish:
+            return exchangeAndTurn(die, nearWish(die, random), random);
+        case kTurnGroup:
+            return turnGroup(random);
+        case kGroupBeside:
+            return putGroupBeside(random);
+        case kExchangeGroup:
+            return exchangeGroup(random);
+        default:
+            return takeOverGroup(random);
     }
 }
+
+// --- Single dies -----------------------------------------------------------------------------
 
 void Moves::turnSomehow(unsigned die, RandomStream& random) {
     const unsigned now = orientIndex(layout.orientation(die));
@@ -73,11 +126,62 @@ void Moves::turnByAQuarter(unsigned die, RandomStream& random) {
                                          kUnmirroredOrients));
 }
 
-void Moves::exchange(unsigned a, unsigned b) {
-    layout.editOrders().swap(SequencePair::Upper, a, b);
-    layout.editOrders().swap(SequencePair::Lower, a, b);
-    layout.release(a);
-    layout.release(b);
+// Half of the time with the next one in that order, which changes one relation only.
+void Moves::exchangeInOneOrder(unsigned die, RandomStream& random) {
+    const auto which = static_cast<SequencePair::Which>(random.below(2));
+    SequencePair& orders = layout.editOrders();
+    unsigned other = anyOther(die, random);
+    if (random.below(2) == 0) {
+        const unsigned rank = orders.rank(which, die);
+        other = orders.order(which)[rank + 1 < layout.dieNum() ? rank + 1 : rank - 1];
+    }
+    orders.swap(which, die, other);
+    layout.release(die);
+    layout.release(other);
+}
+
+void Moves::putBeside(unsigned die, unsigned other, RandomStream& random) {
+    if (random.below(4) == 0) {
+        turnSomehow(die, random);
+    }
+    insertBeside(die, other, anySide(random));
+    layout.release(die);
+}
+
+void Moves::insertBeside(unsigned die, unsigned other, std::array<bool, 2> isBefore) {
+    for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
+        layout.editOrders().moveBeside(which, die, other, isBefore[which]);
+    }
+}
+
+// Dies that many nets join hold one another back: none can leave alone. So a chain of them goes
+// together, each to the side of the one before that it was on, at the same distance.
+void Moves::putChainBeside(unsigned die, unsigned other, RandomStream& random) {
+    if (partners[die].empty()) {
+        return putBeside(die, other, random);
+    }
+    const Spot from = layout.centre(die);
+    const Spot to = layout.centre(other);
+    const Spot step{to.x - from.x, to.y - from.y};
+    insertBeside(die, other, anySide(random));
+    layout.carry(die, step);
+    std::array<unsigned, kLongestChain> chain{die};
+    for (unsigned last = 0; last + 1 < kLongestChain && (last == 0 || random.below(2) == 0);
+         ++last) {
+        const unsigned partner = oneOf(partners[chain[last]], random);
+        if (partner == other || std::find(chain.begin(), chain.begin() + last + 1, partner) !=
+                                    chain.begin() + last + 1) {
+            return;
+        }
+        const SequencePair& before = layout.keptSequences();
+        std::array<bool, 2> isBefore{};
+        for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
+            isBefore[which] = before.rank(which, partner) < before.rank(which, chain[last]);
+        }
+        insertBeside(partner, chain[last], isBefore);
+        layout.carry(partner, step);
+        chain[last + 1] = partner;
+    }
 }
 
 // Either long sides follow those of the other's place, where the die is most likely to fit, or the
@@ -95,64 +199,57 @@ void Moves::exchangeAndTurn(unsigned a, unsigned b, RandomStream& random) {
     exchange(a, b);
 }
 
-// Half of the time with the next one in that order, which changes one relation only.
-void Moves::exchangeInOneOrder(unsigned die, unsigned other, RandomStream& random) {
-    const auto which = static_cast<SequencePair::Which>(random.below(2));
-    SequencePair& orders = layout.editOrders();
-    if (random.below(2) == 0) {
-        const unsigned rank = orders.rank(which, die);
-        other = orders.order(which)[rank + 1 < layout.dieNum() ? rank + 1 : rank - 1];
-    }
-    orders.swap(which, die, other);
-    layout.release(die);
-    layout.release(other);
+void Moves::exchange(unsigned a, unsigned b) {
+    layout.editOrders().swap(SequencePair::Upper, a, b);
+    layout.editOrders().swap(SequencePair::Lower, a, b);
+    layout.release(a);
+    layout.release(b);
 }
 
-void Moves::putBeside(unsigned die, unsigned other, RandomStream& random) {
-    if (random.below(4) == 0) {
-        turnSomehow(die, random);
-    }
-    insertBeside(die, other, {random.below(2) == 0, random.below(2) == 0});
-    layout.release(die);
+// --- Groups ----------------------------------------------------------------------------------
+
+void Moves::turnGroup(RandomStream& random) {
+    groupMoves.turn(oneOf(groups.groups(), random), 1 + random.below(3));
 }
 
-void Moves::insertBeside(unsigned die, unsigned other, std::array<bool, 2> isBefore) {
-    SequencePair& orders = layout.editOrders();
-    for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
-        const unsigned gap = orders.rank(which, die) < orders.rank(which, other) ? 1 : 0;
-        orders.moveTo(which, die, orders.rank(which, other) - gap + (isBefore[which] ? 0 : 1));
+// Near where one of its dies would like to be, so in a group that is torn apart it may be in place
+// already; half of the time anywhere.
+void Moves::putGroupBeside(RandomStream& random) {
+    const DieGroups::Group& group = oneOf(groups.groups(), random);
+    const unsigned die = oneOf(group, random);
+    const unsigned other = random.below(2) == 0 ? nearWish(die, random) : anyOther(die, random);
+    if (!contains(group, other)) {
+        groupMoves.putBeside(group, other, anySide(random));
     }
 }
 
-// Dies that many nets join hold one another back: none can leave alone. So a chain of them goes
-// together, each to the side of the one before that it was on, at the same distance.
-void Moves::putGroupBeside(unsigned die, unsigned other, RandomStream& random) {
-    const Spot from = layout.centre(die);
-    const Spot to = layout.centre(other);
-    const Spot step{to.x - from.x, to.y - from.y};
-    insertBeside(die, other, {random.below(2) == 0, random.below(2) == 0});
-    layout.carry(die, step);
-    std::array<unsigned, kLongestChain> chain{die};
-    for (unsigned last = 0; last + 1 < kLongestChain && (last == 0 || random.below(2) == 0);
-         ++last) {
-        const auto& next = partners[chain[last]];
-        if (next.empty()) {
-            return;
-        }
-        const unsigned partner = next[random.below(static_cast<unsigned>(next.size()))];
-        if (partner == other || std::find(chain.begin(), chain.begin() + last + 1, partner) !=
-                                    chain.begin() + last + 1) {
-            return;
-        }
-        const SequencePair& before = layout.keptSequences();
-        std::array<bool, 2> isBefore{};
-        for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
-            isBefore[which] = before.rank(which, partner) < before.rank(which, chain[last]);
-        }
-        insertBeside(partner, chain[last], isBefore);
-        layout.carry(partner, step);
-        chain[last + 1] = partner;
+// For a die that is in the way, or another group.
+void Moves::exchangeGroup(RandomStream& random) {
+    const DieGroups::Group& group = oneOf(groups.groups(), random);
+    const std::array single{nearWish(oneOf(group, random), random)};
+    const GroupMoves::Dies others = random.fraction() < kGroupForGroup
+                                        ? GroupMoves::Dies(oneOf(groups.groups(), random))
+                                        : GroupMoves::Dies(single);
+    if (std::none_of(others.begin(), others.end(),
+                     [&group](unsigned other) { return contains(group, other); })) {
+        groupMoves.exchange(group, others);
     }
+}
+
+void Moves::takeOverGroup(RandomStream& random) {
+    const auto& alike = oneOf(groups.alike(), random);
+    const DieGroups::Group& group = oneOf(alike, random);
+    const DieGroups::Group& other = oneOf(alike, random);
+    if (&group != &other) {
+        groupMoves.takeOver(group, other);
+    }
+}
+
+// --- Where to --------------------------------------------------------------------------------
+
+unsigned Moves::anyOther(unsigned die, RandomStream& random) const {
+    const unsigned other = random.below(layout.dieNum() - 1);
+    return other < die ? other : other + 1;
 }
 
 // The die whose centre is next to where the nets want the die, give or take.

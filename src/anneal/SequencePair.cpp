@@ -44,6 +44,11 @@ void SequencePair::moveTo(Which which, unsigned die, unsigned rank) {
     rankOf[die] = at;
 }
 
+void SequencePair::moveBeside(Which which, unsigned die, unsigned other, bool isBefore) {
+    const unsigned gap = ranks[which][die] < ranks[which][other] ? 1 : 0;
+    moveTo(which, die, ranks[which][other] - gap + (isBefore ? 0 : 1));
+}
+
 Relations SequencePair::relations() const {
     const auto dieNum = static_cast<unsigned>(orders[Upper].size());
     Relations relations(dieNum);

@@ -23,6 +23,13 @@ public:
     void swap(Which which, unsigned a, unsigned b);
     // Takes a die out of one order and puts it at `rank`.
     void moveTo(Which which, unsigned die, unsigned rank);
+    // The same, to just before another die or just after it.
+    void moveBeside(Which which, unsigned die, unsigned other, bool isBefore);
+    // Writes a die to a rank. Whoever does so puts the dies that this displaces elsewhere.
+    void put(Which which, unsigned die, unsigned rank) {
+        orders[which][rank] = die;
+        ranks[which][die] = rank;
+    }
 
     const std::vector<unsigned>& order(Which which) const { return orders[which]; }
     unsigned rank(Which which, unsigned die) const { return ranks[which][die]; }

@@ -11,7 +11,6 @@ namespace {
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 
-
 }  // namespace
 
 SlidLayout::SlidLayout(const NetModel& nets, Region region)
@@ -103,11 +102,11 @@ void SlidLayout::carry(unsigned die, Spot step) {
     }
 }
 
-bool SlidLayout::arrange(RandomStream& random, double mostExcess) {
+bool SlidLayout::arrange(RandomStream& random, Most most) {
     const std::array fromLow{(random.bits() >> 63) != 0, (random.bits() >> 63) != 0};
     findLimits<kX>(fromLow[0]);
     findLimits<kY>(fromLow[1]);
-    if (excess() > mostExcess) {
+    if (excess() > most.excess) {
         return false;
     }
     for (const unsigned die : released) {
@@ -117,10 +116,16 @@ bool SlidLayout::arrange(RandomStream& random, double mostExcess) {
     }
     makeRoom<kX>(fromLow[0]);
     makeRoom<kY>(fromLow[1]);
-    if (excess() <= 0.0) {
-        slideMoved();
-    }
     measureMoved();
+    const double pushed = length();
+    if (excess() <= 0.0) {
+        if (pushed > most.pushed) {
+            return false;
+        }
+        slideMoved();
+        measureSlid();
+    }
+    bySliding = pushed - length();
     return true;
 }
 
@@ -146,7 +151,8 @@ void SlidLayout::undo() {
     for (std::size_t turn = turnedFrom.size(); turn-- > 0;) {
         setOrientation(turnedFrom[turn].first, turnedFrom[turn].second);
     }
-    for (const Measured& measured : journal) {
+    for (std::size_t entry = journal.size(); entry-- > 0;) {
+        const Measured& measured = journal[entry];
         (measured.isWide ? axes[measured.axis].wideCost
                          : axes[measured.axis].pairCost)[measured.net] = measured.before;
     }
@@ -254,6 +260,33 @@ double SlidLayout::excess() const {
     return sum;
 }
 
+// --- Costs -----------------------------------------------------------------------------------
+
+// Pins are mostly in rows of equal steps, so the bend before the distance is near where it would be
+// if bends were that as well.
+inline SlidLayout::Local SlidLayout::localAt(Bends bends, double distance) {
+    const NetModel::Bend& lowest = bends.front();
+    if (distance < lowest.at) {
+        const double slope = lowest.slope - lowest.turn;
+        return {lowest.value + slope * (distance - lowest.at), slope, slope};
+    }
+    const std::size_t highest = bends.size() - 1;
+    std::size_t before = highest;
+    if (distance < bends[highest].at) {
+        const double part = (distance - lowest.at) / (bends[highest].at - lowest.at);
+        before = static_cast<std::size_t>(part * static_cast<double>(highest));
+        while (bends[before].at > distance) {
+            --before;
+        }
+        while (bends[before + 1].at <= distance) {
+            ++before;
+        }
+    }
+    const NetModel::Bend& last = bends[before];
+    return {last.value + last.slope * (distance - last.at),
+            last.at == distance ? last.slope - last.turn : last.slope, last.slope};
+}
+
 // --- Sliding ---------------------------------------------------------------------------------
 
 void SlidLayout::slideMoved() {
@@ -301,10 +334,14 @@ void SlidLayout::slide(unsigned die, Axis which) {
         return;
     }
     const auto [low, high] = slack(die, which);
-    if (here.right < 0.0 && high > axis.at[die]) {
-        axis.at[die] = bestBetween(die, which, axis.at[die], high);
-    } else if (here.left > 0.0 && low < axis.at[die]) {
-        axis.at[die] = bestBetween(die, which, low, axis.at[die]);
+    const double from = axis.at[die];
+    if (here.right < 0.0 && high > from) {
+        axis.at[die] = bestBetween(die, which, from, high);
+    } else if (here.left > 0.0 && low < from) {
+        axis.at[die] = bestBetween(die, which, low, from);
+    }
+    if (axis.at[die] != from) {
+        axis.slid.push_back(die);
     }
 }
 
@@ -347,26 +384,6 @@ double SlidLayout::bestBetween(unsigned die, Axis which, double low, double high
         }
     }
     return atLow.value < atHigh.value ? low : high;
-}
-
-SlidLayout::Local SlidLayout::localAt(Bends bends, double distance) {
-    std::size_t first = 0;
-    for (std::size_t left = bends.size(); left > 0;) {
-        const std::size_t half = left / 2;
-        if (bends[first + half].at <= distance) {
-            first += half + 1;
-            left -= half + 1;
-        } else {
-            left = half;
-        }
-    }
-    if (first == 0) {
-        const double slope = bends[0].slope - bends[0].turn;
-        return {bends[0].value + slope * (distance - bends[0].at), slope, slope};
-    }
-    const NetModel::Bend& last = bends[first - 1];
-    return {last.value + last.slope * (distance - last.at),
-            last.at == distance ? last.slope - last.turn : last.slope, last.slope};
 }
 
 SlidLayout::Local SlidLayout::localAt(unsigned die, Axis which, double at) const {
@@ -449,6 +466,16 @@ void SlidLayout::measureMoved() {
         for (const auto& [die, before] : turnedFrom) {
             measureNetsOf(die, axis);
         }
+    }
+}
+
+void SlidLayout::measureSlid() {
+    for (unsigned axis = 0; axis < 2; ++axis) {
+        ++stamp;
+        for (const unsigned die : axes[axis].slid) {
+            measureNetsOf(die, axis);
+        }
+        axes[axis].slid.clear();
     }
 }
 

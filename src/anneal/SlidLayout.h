@@ -28,8 +28,13 @@ public:
     void release(unsigned die);
     // Moves it by that much, inside the region; the others give way.
     void carry(unsigned die, Spot step);
-    // False, with nothing placed, if the dies need more than the region by more than `mostExcess`.
-    bool arrange(RandomStream& random, double mostExcess);
+    struct Most {
+        double excess;
+        double pushed;  // length of a legal layout before dies slide
+    };
+    // False if there is more than that; the change is to be undone then.
+    bool arrange(RandomStream& random, Most most);
+    double savedBySliding() const { return bySliding; }
     void keep();
     void undo();
 
@@ -74,6 +79,7 @@ private:
         std::vector<Bends> bends;              // by pair, for the orientations
         std::vector<NetModel::Reach> reaches;  // by member of the wide nets, for the orientations
         std::vector<double> pairCost, wideCost;
+        std::vector<unsigned> slid;  // dies, since they were measured
     };
 
     Along& along(Axis axis) { return axes[axis]; }
@@ -101,6 +107,7 @@ private:
     double wideLength(unsigned net, const Along& axis) const;
     void measureAll();
     void measureMoved();
+    void measureSlid();
     void measureNetsOf(unsigned die, unsigned axis);
 
     const NetModel& nets;
@@ -125,6 +132,7 @@ private:
     std::vector<Measured> journal;
     std::vector<unsigned> pairSeen, wideSeen;  // stamps
     unsigned stamp = 0;
+    double bySliding = 0.0;
     std::vector<double> chain;  // by rank in the lower order
     static constexpr int kMostTangents = 16;
     // Pushed dies that slide after a change, the first ones; more of them cost more than they gain.

@@ -12,6 +12,10 @@ void setBit(std::uint64_t* words, unsigned bit) {
     words[bit / VertexSet::kWordBits] |= std::uint64_t{1} << (bit % VertexSet::kWordBits);
 }
 
+bool hasBit(const std::uint64_t* words, unsigned bit) {
+    return (words[bit / VertexSet::kWordBits] >> (bit % VertexSet::kWordBits) & 1U) != 0;
+}
+
 }  // namespace
 
 void ConsraintGraphList::addVert(unsigned int n) {
@@ -19,14 +23,14 @@ void ConsraintGraphList::addVert(unsigned int n) {
     if (words > rowWords) {
         widenRows(words);
     }
-    rows.resize(static_cast<std::size_t>(n) * kRowKinds * rowWords, 0);
+    rows.resize(rowNumber(n) * rowWords, 0);
     spans.resize(n, {0.0F, 0.0F});
     numVert = n;
     measured = std::min(measured, n);
 }
 
 void ConsraintGraphList::widenRows(unsigned words) {
-    std::vector<std::uint64_t> wide(static_cast<std::size_t>(numVert) * kRowKinds * words, 0);
+    std::vector<std::uint64_t> wide(rowNumber(numVert) * words, 0);
     for (std::size_t i = 0; i * rowWords < rows.size(); ++i) {
         std::copy_n(rows.data() + i * rowWords, rowWords, wide.data() + i * words);
     }
@@ -42,20 +46,25 @@ void ConsraintGraphList::addEdge(unsigned int from, unsigned int to) {
     if (!cyclic) {
         noteReached(from, to);
     }
-    unsettled.push_back(from);
+    setBit(unsettled(), from);
     changed = true;
 }
 
 // Whatever reaches `from` now also reaches `to` and all behind it.
 void ConsraintGraphList::noteReached(unsigned from, unsigned to) {
     const std::uint64_t* behind = row(to, kReached);
-    for (unsigned v = 0; v < numVert; ++v) {
-        if (v == from || reached(v).contains(from)) {
-            std::uint64_t* mine = row(v, kReached);
-            for (unsigned w = 0; w < rowWords; ++w) {
-                mine[w] |= behind[w];
-            }
-            setBit(mine, to);
+    const auto note = [&](std::uint64_t* mine) {
+        for (unsigned w = 0; w < rowWords; ++w) {
+            mine[w] |= behind[w];
+        }
+        setBit(mine, to);
+    };
+    note(row(from, kReached));
+    const std::size_t step = std::size_t{kRowKinds} * rowWords;
+    std::uint64_t* mine = row(0, kReached);
+    for (unsigned v = 0; v < numVert; ++v, mine += step) {
+        if (hasBit(mine, from)) {
+            note(mine);
         }
     }
 }
@@ -82,10 +91,10 @@ void ConsraintGraphList::findCoord() {
         return;
     }
     sorted = false;
-    for (const unsigned from : unsettled) {
+    for (const unsigned from : VertexSet(unsettled(), rowWords)) {
         settle(from);
     }
-    unsettled.clear();
+    std::fill_n(unsettled(), rowWords, 0);
     for (; measured < numVert; ++measured) {
         noteEnd(measured);
     }

@@ -124,6 +124,7 @@ void LengthAscent::offerEnds(unsigned from, unsigned to, Arc& best) const {
 bool LengthAscent::findCycle() {
     std::fill(potentials.begin(), potentials.end(), allLanes(0.0F));
     std::fill(successors.begin(), successors.end(), allLanes(kNone));
+    relaxed.assign(task.slotNum, -kInfinity);
     for (unsigned round = 0; round < task.slotNum; ++round) {
         unsigned lastRelaxed = task.slotNum;
         for (unsigned to = 0; to < task.slotNum; ++to) {
@@ -140,8 +141,13 @@ bool LengthAscent::findCycle() {
 }
 
 bool LengthAscent::relaxTowards(unsigned to) {
+    const float onward = potentials[to / kLanes][to % kLanes];
+    if (onward == relaxed[to]) {
+        return false;  // nothing has changed since
+    }
+    relaxed[to] = onward;
     const Quad* row = gains.rowTo(to);
-    const Quad base = allLanes(potentials[to / kLanes][to % kLanes]);
+    const Quad base = allLanes(onward);
     QuadMask anyLonger = allLanes(0);
     for (unsigned q = 0; q < gains.getQuadNum(); ++q) {
         const Quad way = base + row[q];

@@ -101,6 +101,7 @@ private:
     // Longest ways found so far from each slot, and where they go next.
     std::vector<Quad> potentials;
     std::vector<QuadMask> successors;
+    std::vector<float> relaxed;  // by slot: its way when those leading to it were looked at last
     std::vector<Step> cycle;
 };
 

@@ -147,16 +147,17 @@ bool LengthAscent::relaxTowards(unsigned to) {
     }
     relaxed[to] = onward;
     const Quad* row = gains.rowTo(to);
-    const Quad base = allLanes(onward);
-    QuadMask anyLonger = allLanes(0);
+    bool anyLonger = false;
     for (unsigned q = 0; q < gains.getQuadNum(); ++q) {
-        const Quad way = base + row[q];
+        const Quad way = allLanes(onward) + row[q];
         const QuadMask longer = way > potentials[q];
-        potentials[q] = larger(way, potentials[q]);
-        successors[q] = longer ? allLanes(static_cast<std::int32_t>(to)) : successors[q];
-        anyLonger |= longer;
+        if (anyLane(longer)) {
+            anyLonger = true;
+            potentials[q] = larger(way, potentials[q]);
+            successors[q] = longer ? allLanes(static_cast<std::int32_t>(to)) : successors[q];
+        }
     }
-    return anyLane(anyLonger);
+    return anyLonger;
 }
 
 bool LengthAscent::traceCycle(unsigned slot) {

@@ -12,10 +12,6 @@ void setBit(std::uint64_t* words, unsigned bit) {
     words[bit / VertexSet::kWordBits] |= std::uint64_t{1} << (bit % VertexSet::kWordBits);
 }
 
-bool hasBit(const std::uint64_t* words, unsigned bit) {
-    return (words[bit / VertexSet::kWordBits] >> (bit % VertexSet::kWordBits) & 1U) != 0;
-}
-
 }  // namespace
 
 void ConsraintGraphList::addVert(unsigned int n) {
@@ -25,6 +21,9 @@ void ConsraintGraphList::addVert(unsigned int n) {
     }
     rows.resize(rowNumber(n) * rowWords, 0);
     spans.resize(n, {0.0F, 0.0F});
+    for (unsigned v = numVert; v < n; ++v) {
+        setBit(row(v, kReached), v);
+    }
     numVert = n;
     measured = std::min(measured, n);
 }
@@ -40,7 +39,7 @@ void ConsraintGraphList::widenRows(unsigned words) {
 
 void ConsraintGraphList::addEdge(unsigned int from, unsigned int to) {
     KORVEL_INVARIANT((from < numVert) && (to < numVert), "(from < numVert)&&(to < numVert)");
-    cyclic = cyclic || from == to || reached(to).contains(from);
+    cyclic = cyclic || reached(to).contains(from);
     setBit(row(from, kOut), to);
     setBit(row(to, kIn), from);
     if (!cyclic) {
@@ -53,18 +52,13 @@ void ConsraintGraphList::addEdge(unsigned int from, unsigned int to) {
 // Whatever reaches `from` now also reaches `to` and all behind it.
 void ConsraintGraphList::noteReached(unsigned from, unsigned to) {
     const std::uint64_t* behind = row(to, kReached);
-    const auto note = [&](std::uint64_t* mine) {
-        for (unsigned w = 0; w < rowWords; ++w) {
-            mine[w] |= behind[w];
-        }
-        setBit(mine, to);
-    };
-    note(row(from, kReached));
     const std::size_t step = std::size_t{kRowKinds} * rowWords;
     std::uint64_t* mine = row(0, kReached);
     for (unsigned v = 0; v < numVert; ++v, mine += step) {
-        if (hasBit(mine, from)) {
-            note(mine);
+        if (VertexSet(mine, rowWords).contains(from)) {
+            for (unsigned w = 0; w < rowWords; ++w) {
+                mine[w] |= behind[w];
+            }
         }
     }
 }

@@ -13,7 +13,7 @@
 
 namespace korvel {
 
-// Relations are bits: per vertex its successors, its predecessors and all that it reaches. An edge
+// Relations are bits: per vertex its successors, its predecessors and all that it reaches, itself as well. An edge
 // closes a cycle exactly when its head reaches its tail, which is one test, and moves only vertices
 // after its head, so coordinates are brought up to date from the new edges alone. They are the same
 // to the bit as those of a fresh longest-path computation, since float addition and maximum are

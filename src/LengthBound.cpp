@@ -102,15 +102,8 @@ double LengthBound::leastLength(const BBNode& node, Workspace& space, double eno
 bool LengthBound::tryCuts(Trial& x, Trial& y, double target) {
     const unsigned mostCuts = std::max(x.shelf.size(), y.shelf.size());
     for (unsigned rank = 0; rank < mostCuts; ++rank) {
-        for (Trial* trial : {&x, &y}) {
-            if (rank < trial->shelf.size()) {
-                const double value = trial->shelf.value(rank, trial->gaps);
-                if (value > trial->value) {
-                    trial->value = value;
-                    trial->rank = rank;
-                }
-            }
-        }
+        x.take(rank);
+        y.take(rank);
         if (x.value + y.value >= target) {
             x.shelf.promote(x.rank);
             y.shelf.promote(y.rank);

@@ -48,6 +48,17 @@ public:
             const SlotMatrix& gaps;
             double value = 0.0;
             unsigned rank = 0;
+
+            void take(unsigned tried) {
+                if (tried >= shelf.size()) {
+                    return;
+                }
+                const double triedValue = shelf.value(tried, gaps);
+                if (triedValue > value) {
+                    value = triedValue;
+                    rank = tried;
+                }
+            }
         };
 
         bool follow(const BBNode& node);

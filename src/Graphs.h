@@ -13,11 +13,11 @@
 
 namespace korvel {
 
-// Relations are bits: per vertex its successors, its predecessors and all that it reaches, itself as well. An edge
-// closes a cycle exactly when its head reaches its tail, which is one test, and moves only vertices
-// after its head, so coordinates are brought up to date from the new edges alone. They are the same
-// to the bit as those of a fresh longest-path computation, since float addition and maximum are
-// monotone: both give the least coordinates that satisfy all edges.
+// Relations are bits: per vertex its successors, its predecessors and all that it reaches, itself
+// as well. An edge closes a cycle exactly when its head reaches its tail, which is one test, and
+// moves only vertices after its head, so coordinates are brought up to date from the new edges
+// alone. They are the same to the bit as those of a fresh longest-path computation, since float
+// addition and maximum are monotone: both give the least coordinates that satisfy all edges.
 //
 // Copying a graph into one that was as large before allocates nothing. One thread at a time.
 class ConsraintGraphList {

@@ -289,7 +289,9 @@ bool Placer::estimateNode(BBNode& node, float bestWL, SearchWorker& worker) cons
     }
 
     // Strictly better bounds only: a tie cannot improve the best placement.
-    const auto isHopeless = [&](float wirelength) { return !(bestWL > node.remaining + wirelength); };
+    const auto isHopeless = [&](float wirelength) {
+        return !(bestWL > node.remaining + wirelength);
+    };
 
     // 3. Only block-complete nodes pay for alignment and wirelength, and of these not the ones
     // that no alignment can save.

@@ -28,12 +28,11 @@ public:
     ConsraintGraphList horizontalGraph;  // a -> b: a lies left of b; weights are widths
     ConsraintGraphList verticalGraph;    // a -> b: a lies below b; weights are heights
     std::vector<Orient> blocksOrients;
-    // Lower bounds on the wirelength still to come, by definedNodes.
-    std::vector<float> remDistances;
     unsigned numBlocks = 0;
     unsigned blockLevel = 0;    // branching decisions taken from the root
     unsigned definedNodes = 0;  // relations fixed between the newest block and the earlier ones
     float wirelength = 0.0F;
+    float remaining = 0.0F;  // lower bound on the wirelength still to come
     float width = 0.0F;
     float height = 0.0F;
     // Nodes of the same family differ in the relations of the newest block only.

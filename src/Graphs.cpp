@@ -19,14 +19,17 @@ void ConsraintGraphList::addVert(unsigned int n) {
     if (words > rowWords) {
         widenRows(words);
     }
-    rows.resize(static_cast<std::size_t>(n) * kRowKinds * rowWords, 0);
+    rows.resize(rowNumber(n) * rowWords, 0);
     spans.resize(n, {0.0F, 0.0F});
+    for (unsigned v = numVert; v < n; ++v) {
+        setBit(row(v, kReached), v);
+    }
     numVert = n;
     measured = std::min(measured, n);
 }
 
 void ConsraintGraphList::widenRows(unsigned words) {
-    std::vector<std::uint64_t> wide(static_cast<std::size_t>(numVert) * kRowKinds * words, 0);
+    std::vector<std::uint64_t> wide(rowNumber(numVert) * words, 0);
     for (std::size_t i = 0; i * rowWords < rows.size(); ++i) {
         std::copy_n(rows.data() + i * rowWords, rowWords, wide.data() + i * words);
     }
@@ -36,26 +39,26 @@ void ConsraintGraphList::widenRows(unsigned words) {
 
 void ConsraintGraphList::addEdge(unsigned int from, unsigned int to) {
     KORVEL_INVARIANT((from < numVert) && (to < numVert), "(from < numVert)&&(to < numVert)");
-    cyclic = cyclic || from == to || reached(to).contains(from);
+    cyclic = cyclic || reached(to).contains(from);
     setBit(row(from, kOut), to);
     setBit(row(to, kIn), from);
     if (!cyclic) {
         noteReached(from, to);
     }
-    unsettled.push_back(from);
+    setBit(unsettled(), from);
     changed = true;
 }
 
 // Whatever reaches `from` now also reaches `to` and all behind it.
 void ConsraintGraphList::noteReached(unsigned from, unsigned to) {
     const std::uint64_t* behind = row(to, kReached);
-    for (unsigned v = 0; v < numVert; ++v) {
-        if (v == from || reached(v).contains(from)) {
-            std::uint64_t* mine = row(v, kReached);
+    const std::size_t step = std::size_t{kRowKinds} * rowWords;
+    std::uint64_t* mine = row(0, kReached);
+    for (unsigned v = 0; v < numVert; ++v, mine += step) {
+        if (VertexSet(mine, rowWords).contains(from)) {
             for (unsigned w = 0; w < rowWords; ++w) {
                 mine[w] |= behind[w];
             }
-            setBit(mine, to);
         }
     }
 }
@@ -82,10 +85,10 @@ void ConsraintGraphList::findCoord() {
         return;
     }
     sorted = false;
-    for (const unsigned from : unsettled) {
+    for (const unsigned from : VertexSet(unsettled(), rowWords)) {
         settle(from);
     }
-    unsettled.clear();
+    std::fill_n(unsettled(), rowWords, 0);
     for (; measured < numVert; ++measured) {
         noteEnd(measured);
     }

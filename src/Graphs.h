@@ -13,11 +13,11 @@
 
 namespace korvel {
 
-// Relations are bits: per vertex its successors, its predecessors and all that it reaches. An edge
-// closes a cycle exactly when its head reaches its tail, which is one test, and moves only vertices
-// after its head, so coordinates are brought up to date from the new edges alone. They are the same
-// to the bit as those of a fresh longest-path computation, since float addition and maximum are
-// monotone: both give the least coordinates that satisfy all edges.
+// Relations are bits: per vertex its successors, its predecessors and all that it reaches, itself
+// as well. An edge closes a cycle exactly when its head reaches its tail, which is one test, and
+// moves only vertices after its head, so coordinates are brought up to date from the new edges
+// alone. They are the same to the bit as those of a fresh longest-path computation, since float
+// addition and maximum are monotone: both give the least coordinates that satisfy all edges.
 //
 // Copying a graph into one that was as large before allocates nothing. One thread at a time.
 class ConsraintGraphList {
@@ -55,11 +55,17 @@ public:
 private:
     enum RowKind : unsigned { kOut, kIn, kReached, kRowKinds };
 
+    // The first row is of no vertex: it has the tails of the edges that findCoord has not yet
+    // followed.
+    static std::size_t rowNumber(unsigned vertices) {
+        return 1 + std::size_t{vertices} * kRowKinds;
+    }
+    std::uint64_t* unsettled() { return rows.data(); }
     std::uint64_t* row(unsigned vertex, RowKind kind) {
-        return rows.data() + static_cast<std::size_t>(vertex * kRowKinds + kind) * rowWords;
+        return rows.data() + (rowNumber(vertex) + kind) * rowWords;
     }
     const std::uint64_t* row(unsigned vertex, RowKind kind) const {
-        return rows.data() + static_cast<std::size_t>(vertex * kRowKinds + kind) * rowWords;
+        return rows.data() + (rowNumber(vertex) + kind) * rowWords;
     }
     VertexSet reached(unsigned vertex) const { return {row(vertex, kReached), rowWords}; }
     void widenRows(unsigned words);
@@ -81,7 +87,6 @@ private:
     float length = 0.0F;
     std::vector<std::uint64_t> rows;
     std::vector<Span> spans;
-    std::vector<unsigned> unsettled;  // tails of the edges that findCoord has not yet followed
 };
 
 class UndirectedGraph {

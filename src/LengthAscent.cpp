@@ -106,16 +106,20 @@ void LengthAscent::offerGroup(unsigned from, unsigned to, Arc& best) const {
 // A low end moves along the arc, a high end against it.
 void LengthAscent::offerEnds(unsigned from, unsigned to, Arc& best) const {
     const unsigned words = nets.getWordNum();
-    for (unsigned w = 0; w < words; ++w) {
-        std::uint64_t lows = lowEnds[from * words + w] & nets.netsOn(to)[w];
-        for (; lows != 0; lows &= lows - 1) {
-            const unsigned net = w * VertexSet::kWordBits + std::countr_zero(lows);
-            best.offer(lowest[from][net] - lowest[to][net], {Way::LowEnd, net});
-        }
-        std::uint64_t highs = highEnds[to * words + w] & nets.netsOn(from)[w];
-        for (; highs != 0; highs &= highs - 1) {
-            const unsigned net = w * VertexSet::kWordBits + std::countr_zero(highs);
-            best.offer(highest[from][net] - highest[to][net], {Way::HighEnd, net});
+    offerMoves(&lowEnds[from * words], nets.netsOn(to), lowest[from], lowest[to], Way::LowEnd,
+               best);
+    offerMoves(&highEnds[to * words], nets.netsOn(from), highest[from], highest[to], Way::HighEnd,
+               best);
+}
+
+// Those of `ends` that the nets in `reached` can move.
+void LengthAscent::offerMoves(const std::uint64_t* ends, const std::uint64_t* reached,
+                              const float* placesFrom, const float* placesTo, Way way,
+                              Arc& best) const {
+    for (unsigned w = 0; w < nets.getWordNum(); ++w) {
+        for (std::uint64_t rest = ends[w] & reached[w]; rest != 0; rest &= rest - 1) {
+            const unsigned net = w * VertexSet::kWordBits + std::countr_zero(rest);
+            best.offer(placesFrom[net] - placesTo[net], {way, net});
         }
     }
 }
@@ -124,11 +128,9 @@ void LengthAscent::offerEnds(unsigned from, unsigned to, Arc& best) const {
 bool LengthAscent::findCycle() {
     std::fill(potentials.begin(), potentials.end(), allLanes(0.0F));
     std::fill(successors.begin(), successors.end(), allLanes(kNone));
+    relaxed.assign(task.slotNum, -kInfinity);
     for (unsigned round = 0; round < task.slotNum; ++round) {
-        unsigned lastRelaxed = task.slotNum;
-        for (unsigned to = 0; to < task.slotNum; ++to) {
-            lastRelaxed = relaxTowards(to) ? to : lastRelaxed;
-        }
+        const unsigned lastRelaxed = relaxAll();
         if (lastRelaxed == task.slotNum) {
             return false;
         }
@@ -139,18 +141,29 @@ bool LengthAscent::findCycle() {
     return false;
 }
 
-bool LengthAscent::relaxTowards(unsigned to) {
-    const Quad* row = gains.rowTo(to);
-    const Quad base = allLanes(potentials[to / kLanes][to % kLanes]);
-    QuadMask anyLonger = allLanes(0);
-    for (unsigned q = 0; q < gains.getQuadNum(); ++q) {
-        const Quad way = base + row[q];
-        const QuadMask longer = way > potentials[q];
-        potentials[q] = larger(way, potentials[q]);
-        successors[q] = longer ? allLanes(static_cast<std::int32_t>(to)) : successors[q];
-        anyLonger |= longer;
+// The last slot that others have got longer ways by; the number of slots if there is none. Slots
+// whose own way is no longer than when they were looked at last are passed over.
+unsigned LengthAscent::relaxAll() {
+    const unsigned quadNum = gains.getQuadNum();
+    unsigned lastRelaxed = task.slotNum;
+    for (unsigned to = 0; to < task.slotNum; ++to) {
+        const float onward = potentials[to / kLanes][to % kLanes];
+        if (onward == relaxed[to]) {
+            continue;
+        }
+        relaxed[to] = onward;
+        const Quad* row = gains.rowTo(to);
+        for (unsigned q = 0; q < quadNum; ++q) {
+            const Quad way = allLanes(onward) + row[q];
+            const QuadMask longer = way > potentials[q];
+            if (anyLane(longer)) {
+                lastRelaxed = to;
+                potentials[q] = larger(way, potentials[q]);
+                successors[q] = longer ? allLanes(static_cast<std::int32_t>(to)) : successors[q];
+            }
+        }
     }
-    return anyLane(anyLonger);
+    return lastRelaxed;
 }
 
 bool LengthAscent::traceCycle(unsigned slot) {

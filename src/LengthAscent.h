@@ -72,9 +72,11 @@ private:
     Arc bestArc(unsigned from, unsigned to) const;
     void offerGroup(unsigned from, unsigned to, Arc& best) const;
     void offerEnds(unsigned from, unsigned to, Arc& best) const;
+    void offerMoves(const std::uint64_t* ends, const std::uint64_t* reached,
+                    const float* placesFrom, const float* placesTo, Way way, Arc& best) const;
 
     bool findCycle();
-    bool relaxTowards(unsigned to);
+    unsigned relaxAll();
     bool traceCycle(unsigned slot);
     double followCycle();
     unsigned roomAlong(const Step& step, double tolerance) const;
@@ -101,6 +103,7 @@ private:
     // Longest ways found so far from each slot, and where they go next.
     std::vector<Quad> potentials;
     std::vector<QuadMask> successors;
+    std::vector<float> relaxed;  // by slot: its way when those leading to it were looked at last
     std::vector<Step> cycle;
 };
 

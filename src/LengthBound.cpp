@@ -58,7 +58,8 @@ LengthBound::LengthBound(const Netlist& netlist, unsigned numBlocks, Area area)
 
 LengthBound::Workspace::Workspace(const LengthBound& bound)
     : axes{{{kX, bound.numBlocks, bound.area}, {}}, {{kY, bound.numBlocks, bound.area}, {}}},
-      ascent(bound.nets, bound.slack, bound.rounding) {
+      ascent(bound.nets, bound.slack, bound.rounding),
+      odds(bound.numBlocks + 1) {
     for (const Axis axis : {kX, kY}) {
         for (unsigned placed = 0; placed <= bound.numBlocks; ++placed) {
             axes[axis].shelves.emplace_back(bound.nets, axis, placed, bound.slack);
@@ -87,9 +88,10 @@ double LengthBound::leastLength(const BBNode& node, Workspace& space, double eno
     Trial x = space.startTrial(kX, node);
     Trial y = space.startTrial(kY, node);
     if (!tryCuts(x, y, target)) {
-        raise(x, target - y.value, space);
-        if (x.value + y.value < target) {
-            raise(y, target - x.value, space);
+        RaiseOdds& odds = space.odds[node.numBlocks];
+        const double reached = (base + x.value + y.value) / (base + target);
+        if (odds.areGood(reached)) {
+            odds.note(reached, raiseBoth(x, y, target, space));
         }
     }
     return (base + x.value + y.value) * sumKept;
@@ -100,15 +102,8 @@ double LengthBound::leastLength(const BBNode& node, Workspace& space, double eno
 bool LengthBound::tryCuts(Trial& x, Trial& y, double target) {
     const unsigned mostCuts = std::max(x.shelf.size(), y.shelf.size());
     for (unsigned rank = 0; rank < mostCuts; ++rank) {
-        for (Trial* trial : {&x, &y}) {
-            if (rank < trial->shelf.size()) {
-                const double value = trial->shelf.value(rank, trial->gaps);
-                if (value > trial->value) {
-                    trial->value = value;
-                    trial->rank = rank;
-                }
-            }
-        }
+        x.take(rank);
+        y.take(rank);
         if (x.value + y.value >= target) {
             x.shelf.promote(x.rank);
             y.shelf.promote(y.rank);
@@ -116,6 +111,15 @@ bool LengthBound::tryCuts(Trial& x, Trial& y, double target) {
         }
     }
     return false;
+}
+
+// True when that reaches the target.
+bool LengthBound::raiseBoth(Trial& x, Trial& y, double target, Workspace& space) {
+    raise(x, target - y.value, space);
+    if (x.value + y.value < target) {
+        raise(y, target - x.value, space);
+    }
+    return x.value + y.value >= target;
 }
 
 // Improves on the best cut for this node and keeps the result.

@@ -21,6 +21,7 @@
 #include "LengthAscent.h"
 #include "LengthGaps.h"
 #include "LengthNets.h"
+#include "RaiseOdds.h"
 
 namespace korvel {
 
@@ -47,6 +48,17 @@ public:
             const SlotMatrix& gaps;
             double value = 0.0;
             unsigned rank = 0;
+
+            void take(unsigned tried) {
+                if (tried >= shelf.size()) {
+                    return;
+                }
+                const double triedValue = shelf.value(tried, gaps);
+                if (triedValue > value) {
+                    value = triedValue;
+                    rank = tried;
+                }
+            }
         };
 
         bool follow(const BBNode& node);
@@ -54,6 +66,7 @@ public:
 
         AxisSpace axes[kAxes];
         LengthAscent ascent;
+        std::vector<RaiseOdds> odds;  // by number of placed blocks
         LengthCut raised;
     };
     Workspace makeWorkspace() const { return Workspace(*this); }
@@ -66,6 +79,7 @@ private:
     using Trial = Workspace::Trial;
 
     static bool tryCuts(Trial& x, Trial& y, double target);
+    static bool raiseBoth(Trial& x, Trial& y, double target, Workspace& space);
     static void raise(Trial& trial, double target, Workspace& space);
 
     LengthNets nets;

@@ -161,7 +161,8 @@ private:
     std::optional<Orient> steeredOrient(const BBNode& node, unsigned block) const;
     std::optional<Topology> steeredTopology(const BBNode& node, unsigned a, unsigned b) const;
     bool isSteered(const BBNode& node) const;
-    void fillRemDistances(BBNode& node, Orient orient) const;
+    float remainingDistance(const BBNode& node, unsigned next, Orient orient,
+                            unsigned defined) const;
     void branchOrientations(NodeStack& stack, float bestWL) const;
     void branchTopologies(NodeStack& stack, float bestWL, SearchCounters& counters) const;
 

@@ -106,20 +106,19 @@ std::optional<Topology> Placer::steeredTopology(const BBNode& node, unsigned a, 
     return std::nullopt;
 }
 
-// The bounds on what is still to come when the next block takes `orient`: before each of its
-// relations, the least that they and all later blocks still add.
-void Placer::fillRemDistances(BBNode& node, Orient orient) const {
-    const unsigned next = node.numBlocks;
-    node.remDistances.resize(next + 1);
-    node.remDistances[next] = tables.minLevelRemainingDist[next + node.blockLevel];
-    for (unsigned j = next; j-- > 0;) {
-        node.remDistances[j] = tables.minOrientPairDist(next, j, orient, node.blocksOrients[j]) +
-                               node.remDistances[j + 1];
+// The least that the relations of block `next` from `defined` on, and all later blocks, still add
+// when it takes `orient`.
+float Placer::remainingDistance(const BBNode& node, unsigned next, Orient orient,
+                                unsigned defined) const {
+    float sum = tables.minLevelRemainingDist[BoundTables::rowStart(next + 1)];
+    for (unsigned j = next; j-- > defined;) {
+        sum += tables.minOrientPairDist(next, j, orient, node.blocksOrients[j]);
     }
+    return sum;
 }
 
 void Placer::branchOrientations(NodeStack& stack, float bestWL) const {
-    BBNode& node = stack.top();
+    const BBNode& node = stack.top();
     const unsigned next = node.numBlocks;
     const std::optional<Orient> steered = steeredOrient(node, next);
     Children<Orient> children;
@@ -129,20 +128,14 @@ void Placer::branchOrientations(NodeStack& stack, float bestWL) const {
             continue;
         }
         const float termDist = tables.minTermDist[kUnmirroredOrients * next + o];
-        if (next != 0) {
-            fillRemDistances(node, orient);
-            if (bestWL < termDist + node.remDistances[0]) {
-                continue;
-            }
+        if (next != 0 && bestWL < termDist + remainingDistance(node, next, orient, 0)) {
+            continue;
         }
         const float wirelength = numTerms != 0 ? node.wirelength + termDist : node.wirelength;
         children.add(orient, wirelength, wirelength);
     }
     const float share = node.share / static_cast<float>(children.num);
     children.replaceTop(stack, [&](BBNode& child, Orient orient) {
-        if (next != 0) {
-            fillRemDistances(child, orient);
-        }
         child.addBlock(orient, netlist);
         ++child.blockLevel;
         child.definedNodes = 0;
@@ -154,9 +147,7 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchCounters& co
     const BBNode& node = stack.top();
     const unsigned a = node.numBlocks - 1;
     const unsigned b = node.definedNodes;
-    KORVEL_INVARIANT(node.remDistances.size() > b + 1,
-                     "curNode->remDistances.size()-1>=curBlockDef+1");
-    const float remaining = node.remDistances[b + 1];
+    const float remaining = remainingDistance(node, a, node.blocksOrients[a], b + 1);
     const std::optional<Topology> steered = steeredTopology(node, a, b);
     Children<Topology> children;
     for (unsigned t = 0; t < static_cast<unsigned>(Topology::LAST); ++t) {
@@ -183,6 +174,7 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchCounters& co
         child.relate(a, b, topology);
         ++child.definedNodes;
         ++child.blockLevel;
+        child.remaining = remaining;
         child.share = share;
     });
 }

@@ -288,18 +288,17 @@ bool Placer::estimateNode(BBNode& node, float bestWL, SearchWorker& worker) cons
         }
     }
 
-    KORVEL_INVARIANT(node.remDistances.size() > node.definedNodes,
-                     "curNode->remDistances.size()-1>=curNode->definedNodes");
-    const float remaining = node.remDistances[node.definedNodes];
     // Strictly better bounds only: a tie cannot improve the best placement.
-    const auto isHopeless = [&](float wirelength) { return !(bestWL > remaining + wirelength); };
+    const auto isHopeless = [&](float wirelength) {
+        return !(bestWL > node.remaining + wirelength);
+    };
 
     // 3. Only block-complete nodes pay for alignment and wirelength, and of these not the ones
     // that no alignment can save.
     if (complete) {
         if (bestWL < std::numeric_limits<float>::max() && params.getAreaConst()) {
             const LengthBound& bound = worker.tables.lengthBound;
-            const double enough = 1.0001 * (double{bestWL} - remaining);
+            const double enough = 1.0001 * (double{bestWL} - node.remaining);
             if (isHopeless(roundDown(bound.leastLength(node, worker.boundSpace, enough)))) {
                 return false;
             }

@@ -11,12 +11,14 @@ class VertexSet {
 public:
     static constexpr unsigned kWordBits = 64;
 
+    // One word at least.
     VertexSet(const std::uint64_t* words, unsigned wordNum) : words(words), wordNum(wordNum) {}
 
+    struct End {};
     class Iterator {
     public:
-        Iterator(const std::uint64_t* words, unsigned word, unsigned wordNum)
-            : words(words), word(word), wordNum(wordNum), rest(word < wordNum ? words[word] : 0) {
+        Iterator(const std::uint64_t* words, unsigned wordNum)
+            : words(words), wordNum(wordNum), rest(words[0]) {
             skipEmptyWords();
         }
         unsigned operator*() const {
@@ -27,26 +29,23 @@ public:
             skipEmptyWords();
             return *this;
         }
-        bool operator!=(const Iterator& other) const {
-            return word != other.word || rest != other.rest;
-        }
+        bool operator!=(End) const { return rest != 0; }
 
     private:
         void skipEmptyWords() {
-            while (rest == 0 && word < wordNum) {
-                ++word;
-                rest = word < wordNum ? words[word] : 0;
+            while (rest == 0 && ++word < wordNum) {
+                rest = words[word];
             }
         }
 
         const std::uint64_t* words;
-        unsigned word;
+        unsigned word = 0;
         unsigned wordNum;
         std::uint64_t rest;
     };
 
-    Iterator begin() const { return {words, 0, wordNum}; }
-    Iterator end() const { return {words, wordNum, wordNum}; }
+    Iterator begin() const { return {words, wordNum}; }
+    End end() const { return {}; }
 
     bool contains(unsigned vertex) const {
         return (words[vertex / kWordBits] >> (vertex % kWordBits) & 1U) != 0;

@@ -59,7 +59,7 @@ TEST(Node, StacksReturnTheLastNodeFirstAndKeepNodesApart) {
     const auto nodeOf = [](unsigned level) {
         BBNode node;
         node.blockLevel = level;
-        node.remDistances.assign(level, static_cast<float>(level));
+        node.blocksOrients.assign(level, Orient::E);
         return node;
     };
     NodeStack stack, other;
@@ -79,7 +79,7 @@ TEST(Node, StacksReturnTheLastNodeFirstAndKeepNodesApart) {
         EXPECT_EQ(taken.blockLevel, level);
     }
     EXPECT_TRUE(other.empty());
-    EXPECT_EQ(taken.remDistances, std::vector<float>{1});
+    EXPECT_EQ(taken.blocksOrients, std::vector{Orient::E});
 }
 
 }  // namespace

@@ -29,8 +29,9 @@ constexpr std::uint64_t kMovesPerDieAndDie = 4000;
 constexpr std::uint64_t kMovesIfFewDies = 10000;
 constexpr std::size_t kFewDies = 12;
 
-// With less than this part of its usual moves a run is a short one.
-constexpr double kShortPart = 0.05;
+// With less than these parts of its usual moves a run is a short one, or is for one start only.
+constexpr double kShortPart = 0.15;
+constexpr double kSinglePart = 0.05;
 
 // Of the time, or of the usual moves, for the first restart of a thread.
 constexpr double kFirstShare = 0.06;
@@ -72,6 +73,12 @@ private:
 
     bool isOver() const {
         return stop.stop_requested() || (options.deadline && Clock::now() >= *options.deadline);
+    }
+    Cooling::Plan planFor(double partOfUsual) const {
+        return partOfUsual < kSinglePart  ? Cooling::Plan::Single
+               : hasFewDies()             ? Cooling::Plan::FewDies
+               : partOfUsual < kShortPart ? Cooling::Plan::Short
+                                          : Cooling::Plan::Usual;
     }
     bool hasFewDies() const { return design.dies.size() <= kFewDies; }
     std::uint64_t usualMoves() const {
@@ -174,10 +181,7 @@ void Annealing::workUntilStopped(unsigned thread) {
 std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, const Pace& pace,
                                  const AnnealRun::Notice& notice) {
     progress.restarts.fetch_add(1, std::memory_order_relaxed);
-    const bool isShort = expectedMoves < kShortPart * static_cast<double>(usualMoves());
-    const Cooling::Plan plan = isShort        ? Cooling::Plan::Single
-                               : hasFewDies() ? Cooling::Plan::FewDies
-                                              : Cooling::Plan::Usual;
+    const Cooling::Plan plan = planFor(expectedMoves / static_cast<double>(usualMoves()));
     AnnealRun run(design, solver, region, RandomStream(options.seed, number), plan, notice);
     std::uint64_t moves = 0;
     while (!isOver()) {

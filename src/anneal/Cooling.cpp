@@ -12,7 +12,7 @@ constexpr double kStartHeat = 0.3;
 // In lengths that the first start ends with. Longer layouts are disorder, which cools down quickly;
 // where they are nearly as short as in the end, nothing happens any more.
 constexpr double kDisorder = 2.0;
-constexpr double kReheated = 1.2;
+constexpr double kReheated = 1.3;
 constexpr double kSettled = 1.01;
 constexpr double kLeastReheating = 0.2;
 
@@ -24,10 +24,12 @@ Cooling::Shape Cooling::shapeOf(Plan plan) {
             return {1, 0, 0.0, 1.0, 1e-3, {0.0, 0.0, 1.0}};
         case Plan::FewDies:
             return {2, 3, 0.0, 0.4, 1e-2, {0.0, 0.2, 1.0}};
+        case Plan::Short:
+            return {5, 3, 0.08, 0.55, 1e-3, {0.0, 0.4, 1.0}};
         case Plan::Usual:
             break;
     }
-    return {5, 3, 0.08, 0.55, 1e-3, {0.0, 0.4, 1.0}};
+    return {9, 6, 0.05, 0.5, 1e-3, {0.0, 0.4, 1.0}};
 }
 
 Cooling::Cooling(Plan plan) : shape(shapeOf(plan)) {}

@@ -14,10 +14,17 @@ namespace {
 constexpr float kNoMove = floatBelow(0.001);
 constexpr unsigned kAlignmentRounds = 3;
 
-// Workers of all searches make families.
+// Families are told apart among the workers of all searches, since nodes go from one to another. A
+// thread takes many numbers at a time, so that threads hardly ever meet over them.
+constexpr std::uint64_t kFamiliesAtATime = std::uint64_t{1} << 24;
+std::atomic<std::uint64_t> familiesTaken{0};
+
 std::uint64_t newFamily() {
-    static std::atomic<std::uint64_t> last{0};
-    return last.fetch_add(1, std::memory_order_relaxed) + 1;
+    thread_local std::uint64_t last = 0;
+    if (last % kFamiliesAtATime == 0) {
+        last = familiesTaken.fetch_add(kFamiliesAtATime, std::memory_order_relaxed);
+    }
+    return ++last;
 }
 
 bool isMove(float distance) {

@@ -40,8 +40,8 @@ TEST_P(EveryPlan, CoolsDownStageByStage) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Plans, EveryPlan,
-                         testing::Values(Cooling::Plan::Usual, Cooling::Plan::Short,
-                                         Cooling::Plan::FewDies, Cooling::Plan::Single));
+                         testing::Values(Cooling::Plan::Usual, Cooling::Plan::FewDies,
+                                         Cooling::Plan::Single));
 
 // A design that settles between two heats is cooled down between these, and one that settles all
 // the way, all the way.

@@ -29,9 +29,8 @@ constexpr std::uint64_t kMovesPerDieAndDie = 4000;
 constexpr std::uint64_t kMovesIfFewDies = 10000;
 constexpr std::size_t kFewDies = 12;
 
-// With less than these parts of its usual moves a run is a short one, or is for one start only.
-constexpr double kShortPart = 0.15;
-constexpr double kSinglePart = 0.05;
+// With less than this part of its usual moves a run is for one start only.
+constexpr double kSinglePart = 0.4;
 
 // Of the time, or of the usual moves, for the first restart of a thread.
 constexpr double kFirstShare = 0.06;
@@ -75,10 +74,9 @@ private:
         return stop.stop_requested() || (options.deadline && Clock::now() >= *options.deadline);
     }
     Cooling::Plan planFor(double partOfUsual) const {
-        return partOfUsual < kSinglePart  ? Cooling::Plan::Single
-               : hasFewDies()             ? Cooling::Plan::FewDies
-               : partOfUsual < kShortPart ? Cooling::Plan::Short
-                                          : Cooling::Plan::Usual;
+        return partOfUsual < kSinglePart ? Cooling::Plan::Single
+               : hasFewDies()            ? Cooling::Plan::FewDies
+                                         : Cooling::Plan::Usual;
     }
     bool hasFewDies() const { return design.dies.size() <= kFewDies; }
     std::uint64_t usualMoves() const {

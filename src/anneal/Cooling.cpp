@@ -24,8 +24,6 @@ Cooling::Shape Cooling::shapeOf(Plan plan) {
             return {1, 0, 0.0, 1.0, 1e-3, {0.0, 0.0, 1.0}};
         case Plan::FewDies:
             return {2, 3, 0.0, 0.4, 1e-2, {0.0, 0.2, 1.0}};
-        case Plan::Short:
-            return {5, 3, 0.08, 0.55, 1e-3, {0.0, 0.4, 1.0}};
         case Plan::Usual:
             break;
     }

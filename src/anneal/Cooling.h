@@ -11,10 +11,10 @@ namespace korvel {
 
 class Cooling {
 public:
-    // Usual, for long runs; Short: fewer starts; Single: cools down one start, and does not heat up
-    // again. FewDies: starts alike; they stay warmer, because exact coordinates do for few dies
-    // what the coldest moves would, and there they can still leave the layout at hand.
-    enum class Plan : unsigned char { Usual, Short, Single, FewDies };
+    // Single: cools down one start, and does not heat up again. FewDies: starts alike; they stay
+    // warmer, because exact coordinates do for few dies what the coldest moves would, and there
+    // they can still leave the layout at hand.
+    enum class Plan : unsigned char { Usual, Single, FewDies };
 
     explicit Cooling(Plan plan);
 

@@ -157,7 +157,7 @@ void leastLength(benchmark::State& state, const Sample& (*sample)()) {
     const Sample& search = sample();
     SearchWorker worker = search.makeWorker();
     onCopies(state, search.placeable, [&](BBNode& node) {
-        const double enough = search.bestWL - node.remDistances[node.definedNodes];
+        const double enough = search.bestWL - node.remaining;
         benchmark::DoNotOptimize(
             search.tables.lengthBound.leastLength(node, worker.boundSpace, enough));
     });

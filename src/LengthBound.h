@@ -42,7 +42,7 @@ public:
             LengthGaps gaps;
             std::vector<CutShelf> shelves;  // by number of placed blocks
         };
-        // The shelves of the node at hand, and the best cut on each.
+        // Of the node at hand along one axis: its shelf, and the best cut that was tried.
         struct Trial {
             CutShelf& shelf;
             const SlotMatrix& gaps;

@@ -114,8 +114,8 @@ float SortedVotes::stepAt(unsigned rank) {
 void SortedVotes::narrowDown(unsigned rank) {
     constexpr unsigned kFew = 4;
     constexpr unsigned kMostRounds = 64;
-    unsigned before = 0;    // weight of what lies before the parts' low ends
-    unsigned upTo = total;  // and before their high ends
+    unsigned before = 0;    // weight below every `low`
+    unsigned upTo = total;  // weight below every `high`
     for (Part& part : parts) {
         part.low = part.begin;
         part.high = part.end;

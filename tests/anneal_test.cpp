@@ -168,7 +168,8 @@ TEST(SlidLayout, MeasuresMovedNetsOnlyAndYetAll) {
         SlidLayout layout(nets, region);
         const double onOneDie = wirelength(design, layout.placement()) - layout.length();
         RandomStream random(1, round);
-        Moves moves(layout, nets, region);
+        const DieGroups groups(nets);
+        Moves moves(layout, nets, groups, region);
         layout.editOrders().shuffle(random);
         layout.arrange(random, {kAnything, kAnything});
         layout.keep();

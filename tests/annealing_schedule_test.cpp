@@ -71,6 +71,18 @@ TEST(Cooling, LearnsWhereLayoutsSettle) {
     }
 }
 
+// As when a busy machine stalls the run while it is cold.
+TEST(Cooling, LearnsNothingFromAStartWithoutEnd) {
+    Cooling cooling(Cooling::Plan::Usual);
+    const Cooling untaught = cooling;
+    cooling.note({0, 0.2}, 500.0);
+    cooling.note({0, 0.6}, 100.0);
+    cooling.learn();
+    for (const Cooling::Stage stage : {Cooling::Stage{1, 0.0}, {1, 0.99}, {9, 0.0}, {9, 0.99}}) {
+        EXPECT_EQ(cooling.heat(stage), untaught.heat(stage));
+    }
+}
+
 TEST(MoveShares, FollowWhatMovesChange) {
     MoveShares shares({3.0, 1.0, 0.0, 1.0});
     RandomStream random(5, 2);

@@ -177,7 +177,7 @@ TEST_F(MovedGroups, GoBesideAndForOthersOfOtherSizes) {
     moves->putBeside(std::array{5U, 2U}, 0, {false, false});
     ASSERT_TRUE(layout.arrange(random, {kAnything, kAnything}));
     ordersHold(layout, design);
-    for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
+    for (const auto which : SequencePair::kBoth) {
         for (unsigned die = 0; die < 8; ++die) {
             EXPECT_EQ(layout.sequences().order(which)[layout.sequences().rank(which, die)], die);
         }

@@ -25,20 +25,20 @@ constexpr double kLeastPenalty = 0.05;
 constexpr double kMostPenalty = 100.0;
 
 constexpr double kHopeFades = 1e-3;  // by move
-// One in so many moves is not turned down by what was hoped for, so that hope can rise again.
-constexpr unsigned kHopeless = 16;
+// One in so many moves slides whatever was hoped for, so that hope can rise again.
+constexpr unsigned kSlidesAnyway = 16;
 
 }  // namespace
 
-AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-                     RandomStream stream, Cooling::Plan plan, Notice notice)
+AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, const DieGroups& groups,
+                     Region region, RandomStream stream, Cooling::Plan plan, Notice notice)
     : design(design),
       solver(solver),
       random(stream),
       notice(std::move(notice)),
       region(region),
       layout(solver.nets(), region),
-      moves(layout, solver.nets(), region),
+      moves(layout, solver.nets(), groups, region),
       cooling(plan),
       onOneDie(wirelength(design, layout.placement()) - layout.length()),
       shortest(std::numeric_limits<double>::infinity()),
@@ -111,12 +111,12 @@ void AnnealRun::begin(unsigned number) {
 // one that is longer by more than sliding may save, before dies slide.
 void AnnealRun::move() {
     const double allowance = -heat * std::log(1.0 - random.fraction());
-    const bool isHopeless = random.below(kHopeless) == 0;
+    const bool slidesAnyway = random.below(kSlidesAnyway) == 0;
     moves.change(random);
     if (layout.arrange(random,
                        {excess + (allowance + hope) / penalty,
-                        isHopeless ? std::numeric_limits<double>::infinity()
-                                   : length + allowance + penalty * excess + slidingHope})) {
+                        slidesAnyway ? std::numeric_limits<double>::infinity()
+                                     : length + allowance + penalty * excess + slidingHope})) {
         judge(allowance);
     } else {
         layout.undo();

@@ -23,9 +23,9 @@ public:
     // that are best for its relations.
     using Notice = std::function<void(const Placement&, double length)>;
 
-    // Design and solver, which is for that design and region, must outlive the run.
-    AnnealRun(const Design& design, const CoordinateSolver& solver, Region region,
-              RandomStream stream, Cooling::Plan plan, Notice notice);
+    // Design, solver and groups, which are for that design and region, must outlive the run.
+    AnnealRun(const Design& design, const CoordinateSolver& solver, const DieGroups& groups,
+              Region region, RandomStream stream, Cooling::Plan plan, Notice notice);
 
     // Goes on by that many moves. `share` is how much of the schedule is over, from 0 to 1.
     void advance(unsigned moves, double share);

@@ -49,6 +49,7 @@ public:
           stop(std::move(stop)),
           progress(progress),
           solver(design, region),
+          groups(solver.nets()),
           threads(std::max(1U, options.threads)) {}
 
     void run();
@@ -91,6 +92,7 @@ private:
     const std::stop_token stop;
     AnnealProgress& progress;
     const CoordinateSolver solver;
+    const DieGroups groups;
     const unsigned threads;
 
     std::mutex mutex;
@@ -180,7 +182,7 @@ std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, con
                                  const AnnealRun::Notice& notice) {
     progress.restarts.fetch_add(1, std::memory_order_relaxed);
     const Cooling::Plan plan = planFor(expectedMoves / static_cast<double>(usualMoves()));
-    AnnealRun run(design, solver, region, RandomStream(options.seed, number), plan, notice);
+    AnnealRun run(design, solver, groups, region, RandomStream(options.seed, number), plan, notice);
     std::uint64_t moves = 0;
     while (!isOver()) {
         const double share = pace(moves);

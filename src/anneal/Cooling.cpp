@@ -62,7 +62,8 @@ void Cooling::note(Stage stage, double length) {
 }
 
 void Cooling::learn() {
-    if (!isToTeach(0)) {
+    // A run that is paced by the clock may have skipped the last step.
+    if (!isToTeach(0) || notes.back() == 0.0) {
         return;
     }
     const double settled = lengths.back() / notes.back();

@@ -7,8 +7,6 @@ namespace korvel {
 
 namespace {
 
-constexpr std::array kBoth{SequencePair::Upper, SequencePair::Lower};
-
 Orient turnedLeft(Orient orient) {
     return static_cast<Orient>((orientIndex(orient) + 3) % kUnmirroredOrients);
 }
@@ -16,7 +14,7 @@ Orient turnedLeft(Orient orient) {
 }  // namespace
 
 void GroupMoves::putBeside(Dies group, unsigned other, std::array<bool, 2> isBefore) {
-    for (const auto which : kBoth) {
+    for (const auto which : SequencePair::kBoth) {
         std::vector<unsigned>& sorted = inOrder[which];
         sortInto(sorted, group, which);
         if (!isBefore[which]) {
@@ -39,7 +37,7 @@ void GroupMoves::turn(Dies group, unsigned quarters) {
 // the other, and that one the reverse of the first, at the ranks that the group has.
 void GroupMoves::turnByAQuarter(Dies group) {
     SequencePair& orders = layout.editOrders();
-    for (const auto which : kBoth) {
+    for (const auto which : SequencePair::kBoth) {
         sortInto(inOrder[which], group, which);
         ranks[which].clear();
         for (const unsigned die : inOrder[which]) {
@@ -63,7 +61,7 @@ void GroupMoves::turnByAQuarter(Dies group) {
 void GroupMoves::exchange(Dies a, Dies b) {
     const Spot centreOfA = centre(a);
     const Spot centreOfB = centre(b);
-    for (const auto which : kBoth) {
+    for (const auto which : SequencePair::kBoth) {
         exchangeInOrder(which, a, b);
     }
     carry(a, centreOfA, centreOfB);
@@ -101,7 +99,7 @@ void GroupMoves::takeOver(Dies a, Dies b) {
         const std::array dies{a[place], b[place]};
         const std::array centres{layout.centre(dies[0]), layout.centre(dies[1])};
         const std::array orients{layout.orientation(dies[0]), layout.orientation(dies[1])};
-        for (const auto which : kBoth) {
+        for (const auto which : SequencePair::kBoth) {
             layout.editOrders().swap(which, dies[0], dies[1]);
         }
         for (const unsigned one : {0U, 1U}) {

@@ -49,11 +49,11 @@ bool contains(std::span<const unsigned> dies, unsigned die) {
 
 }  // namespace
 
-Moves::Moves(SlidLayout& layout, const NetModel& nets, Region region)
+Moves::Moves(SlidLayout& layout, const NetModel& nets, const DieGroups& groups, Region region)
     : layout(layout),
       region(region),
       partners(layout.dieNum()),
-      groups(nets),
+      groups(groups),
       groupMoves(layout),
       shares(usualShares()) {
     for (const auto& [a, b] : nets.pairs()) {
@@ -149,7 +149,7 @@ void Moves::putBeside(unsigned die, unsigned other, RandomStream& random) {
 }
 
 void Moves::insertBeside(unsigned die, unsigned other, std::array<bool, 2> isBefore) {
-    for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
+    for (const auto which : SequencePair::kBoth) {
         layout.editOrders().moveBeside(which, die, other, isBefore[which]);
     }
 }
@@ -175,7 +175,7 @@ void Moves::putChainBeside(unsigned die, unsigned other, RandomStream& random) {
         }
         const SequencePair& before = layout.keptSequences();
         std::array<bool, 2> isBefore{};
-        for (const auto which : {SequencePair::Upper, SequencePair::Lower}) {
+        for (const auto which : SequencePair::kBoth) {
             isBefore[which] = before.rank(which, partner) < before.rank(which, chain[last]);
         }
         insertBeside(partner, chain[last], isBefore);

@@ -13,8 +13,8 @@ namespace korvel {
 
 class Moves {
 public:
-    // Layout and nets must outlive the moves.
-    Moves(SlidLayout& layout, const NetModel& nets, Region region);
+    // Layout and groups, which are of these nets, must outlive the moves.
+    Moves(SlidLayout& layout, const NetModel& nets, const DieGroups& groups, Region region);
 
     // Makes one random change, to be arranged.
     void change(RandomStream& random);
@@ -43,7 +43,7 @@ private:
     SlidLayout& layout;
     const Region region;
     std::vector<std::vector<unsigned>> partners;  // by die, those that it alone shares nets with
-    const DieGroups groups;
+    const DieGroups& groups;
     GroupMoves groupMoves;
     MoveShares shares;
 };

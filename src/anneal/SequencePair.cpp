@@ -14,7 +14,7 @@ SequencePair::SequencePair(unsigned dieNum) {
 }
 
 void SequencePair::shuffle(RandomStream& random) {
-    for (const Which which : {Upper, Lower}) {
+    for (const Which which : kBoth) {
         const auto dieNum = static_cast<unsigned>(orders[which].size());
         for (unsigned left = dieNum; left > 1; --left) {
             swap(which, orders[which][left - 1], orders[which][random.below(left)]);

@@ -15,6 +15,7 @@ namespace korvel {
 class SequencePair {
 public:
     enum Which : unsigned { Upper, Lower };
+    static constexpr std::array kBoth{Upper, Lower};
 
     explicit SequencePair(unsigned dieNum);
 

@@ -3,7 +3,7 @@
 // not fall back to a corner after each move: they stay where they were as far as the new order lets
 // them, and those that a move touches slide to where their nets want them. Only nets of dies that
 // did move are measured again.
-// Owned and used by one thread; allocates nothing after construction.
+// Owned and used by one thread; allocates nothing once it has seen its largest change.
 #pragma once
 
 #include <array>

@@ -196,5 +196,27 @@ TEST(SlidLayout, MeasuresMovedNetsOnlyAndYetAll) {
     }
 }
 
+// The die in the middle is wanted far to the right, but goes no further than the next one.
+TEST(SlidLayout, ReleasedDiesPushNobodyWhereThereIsRoom) {
+    Design design;
+    design.dies = {{"left", {4, 4}}, {"middle", {2, 4}}, {"right", {4, 4}}, {"idle", {2, 2}}};
+    design.terminals = {{"t", {30, 2}}};
+    design.nets = {{{{1, {1, 2}}, {4, {0, 0}}}}};
+    const NetModel nets(design);
+    SlidLayout layout(nets, {40, 40});
+    SequencePair orders(4);
+    layout.place(orders, {{{2, 0}}, {{8, 0}}, {{12, 0}}, {{20, 5}}});
+    for (const unsigned die : {1U, 3U}) {
+        layout.release(die);
+    }
+    RandomStream random(1, 1);
+    ASSERT_TRUE(layout.arrange(random, {kAnything, kAnything}));
+    const Placement placement = layout.placement();
+    EXPECT_EQ(placement[0].at.x, 2.0);
+    EXPECT_EQ(placement[1].at.x, 10.0);
+    EXPECT_EQ(placement[2].at.x, 12.0);
+    EXPECT_EQ(placement[3].at.x, 20.0) << "without nets it stays";
+}
+
 }  // namespace
 }  // namespace korvel

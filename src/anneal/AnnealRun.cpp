@@ -30,21 +30,23 @@ constexpr unsigned kSlidesAnyway = 16;
 
 }  // namespace
 
-AnnealRun::AnnealRun(const Design& design, const CoordinateSolver& solver, const DieGroups& groups,
-                     Region region, RandomStream stream, Cooling::Plan plan, Notice notice)
-    : design(design),
-      solver(solver),
+AnnealRun::AnnealRun(const AnnealLevel& level, RandomStream stream, Cooling::Plan plan,
+                     Notice notice, std::vector<Start> starts)
+    : level(level),
       random(stream),
       notice(std::move(notice)),
-      region(region),
-      layout(solver.nets(), region),
-      moves(layout, solver.nets(), groups, region),
+      starts(std::move(starts)),
+      layout(level.solver.nets(), level.region),
+      moves(layout, level.solver.nets(), level.groups, level.region),
       cooling(plan),
-      onOneDie(wirelength(design, layout.placement()) - layout.length()),
+      onOneDie(wirelength(level.design, layout.placement()) - layout.length()),
       shortest(std::numeric_limits<double>::infinity()),
       toldShortest(shortest),
       bestOrders(layout.dieNum()) {
     scramble();
+    if (!this->starts.empty()) {
+        startFrom(this->starts.front());
+    }
 }
 
 // A random start, and how much random changes of it weigh.
@@ -65,11 +67,25 @@ void AnnealRun::scramble() {
         layout.keep();
         changes += std::abs(layout.length() - length);
     }
+    typicalChange = changes / kTrials;
+    judgeAnew();
+}
+
+void AnnealRun::startFrom(const Start& start) {
+    const double everything = std::numeric_limits<double>::infinity();
+    moves.restart();
+    layout.place(start.orders, start.placement);
+    layout.arrange(random, {everything, everything});
+    layout.keep();
+    judgeAnew();
+}
+
+void AnnealRun::judgeAnew() {
     length = layout.length();
     excess = layout.excess();
-    typicalChange = changes / kTrials;
     penalty = scale();
     hope = slidingHope = length;
+    noteBest();
 }
 
 void AnnealRun::advance(unsigned moves, double share) {
@@ -96,6 +112,11 @@ void AnnealRun::begin(unsigned number) {
     if (number == 1) {
         cooling.learn();
     }
+    noteOutcome();
+    if (cooling.isStart(number) && !starts.empty()) {
+        startFrom(starts[(number - 1) % starts.size()]);
+        return;
+    }
     if (cooling.isStart(number) || shortest == std::numeric_limits<double>::infinity()) {
         scramble();
         return;
@@ -104,6 +125,23 @@ void AnnealRun::begin(unsigned number) {
     length = layout.length();
     excess = 0.0;
     penalty = std::min(penalty, scale());
+}
+
+void AnnealRun::noteOutcome() {
+    if (excess <= 0.0) {
+        ended.push_back({length, {layout.sequences(), layout.placement()}});
+    }
+}
+
+std::vector<Start> AnnealRun::outcomes() {
+    noteOutcome();
+    std::stable_sort(ended.begin(), ended.end(),
+                     [](const Outcome& a, const Outcome& b) { return a.length < b.length; });
+    std::vector<Start> layouts;
+    for (const Outcome& outcome : ended) {
+        layouts.push_back(outcome.layout);
+    }
+    return layouts;
 }
 
 // The threshold is drawn first: a change that overflows by more than the savings to be hoped for
@@ -201,7 +239,7 @@ std::optional<Placement> AnnealRun::exactly(const SequencePair& orders,
     for (const PlacedDie& die : placement) {
         orients.push_back(die.orient);
     }
-    return solver.solve(orders.relations(), orients);
+    return level.solver.solve(orders.relations(), orients);
 }
 
 void AnnealRun::finish() {
@@ -214,7 +252,7 @@ void AnnealRun::finish() {
         return;
     }
     best = *exact;
-    const double all = wirelength(design, best);
+    const double all = wirelength(level.design, best);
     shortest = std::min(shortest, all - onOneDie);
     if (all < toldShortest) {
         toldShortest = all;

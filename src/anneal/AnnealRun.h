@@ -1,7 +1,6 @@
-// One restart of the annealer: layouts from random starts, cooled down, and the best of them worked
-// on. Its result depends on its random stream and on the shares of the schedule that it is given,
-// nothing else.
-// Owned and used by one thread.
+// One run of the annealer: layouts from random or given starts, cooled down, and the best of them
+// worked on. Its result depends on its starts, its random stream and the shares of the schedule
+// that it is given, nothing else. Owned and used by one thread.
 #pragma once
 
 #include <array>
@@ -10,10 +9,11 @@
 #include <optional>
 #include <vector>
 
+#include "anneal/AnnealLevel.h"
 #include "anneal/Cooling.h"
 #include "anneal/Moves.h"
 #include "anneal/SlidLayout.h"
-#include "exact/ExactCoordinates.h"
+#include "anneal/Start.h"
 
 namespace korvel {
 
@@ -23,18 +23,24 @@ public:
     // that are best for its relations.
     using Notice = std::function<void(const Placement&, double length)>;
 
-    // Design, solver and groups, which are for that design and region, must outlive the run.
-    AnnealRun(const Design& design, const CoordinateSolver& solver, const DieGroups& groups,
-              Region region, RandomStream stream, Cooling::Plan plan, Notice notice);
+    // The level must outlive the run. Starts, if any, are the best ones first; the first cooling
+    // down, which teaches, is too hot to keep much of one, those after it begin with one each.
+    AnnealRun(const AnnealLevel& level, RandomStream stream, Cooling::Plan plan, Notice notice,
+              std::vector<Start> starts = {});
 
     // Goes on by that many moves. `share` is how much of the schedule is over, from 0 to 1.
     void advance(unsigned moves, double share);
     // Works out what is found and not yet told.
     void finish();
+    // Ends the run: what its starts were cooled down to, the shortest first; legal layouts only.
+    std::vector<Start> outcomes();
 
 private:
     void begin(unsigned number);
     void scramble();
+    void startFrom(const Start& start);
+    void judgeAnew();
+    void noteOutcome();
     void move();
     void judge(double allowance);
     void adaptPenalty(double part);
@@ -44,13 +50,12 @@ private:
     void workOut();
     std::optional<Placement> exactly(const SequencePair& orders, const Placement& placement) const;
     // Something of the order of the wirelength, even if there are no nets.
-    double scale() const { return length + region.width + region.height; }
+    double scale() const { return length + level.region.width + level.region.height; }
 
-    const Design& design;
-    const CoordinateSolver& solver;
+    const AnnealLevel& level;
     RandomStream random;
     Notice notice;
-    const Region region;
+    const std::vector<Start> starts;
     SlidLayout layout;
     Moves moves;
     Cooling cooling;
@@ -66,6 +71,12 @@ private:
     std::uint64_t moveNum = 0;
     std::uint64_t nextWorkOut = 0;
     std::array<std::uint64_t, 4096> workedOut{};  // hashes of layouts, by themselves
+
+    struct Outcome {
+        double length;
+        Start layout;
+    };
+    std::vector<Outcome> ended;
 
     double onOneDie;      // length of the nets that no layout counts
     double shortest;      // legal, of all layouts

@@ -4,12 +4,13 @@
 #include <cmath>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <utility>
 #include <vector>
 
-#include "anneal/AnnealRun.h"
+#include "anneal/Restart.h"
 
 namespace korvel {
 
@@ -32,6 +33,9 @@ constexpr std::size_t kFewDies = 12;
 // With less than this part of its usual moves a run is for one start only.
 constexpr double kSinglePart = 0.4;
 
+// With less than this part there is no time for a coarse level.
+constexpr double kCoarsePart = 0.05;
+
 // Of the time, or of the usual moves, for the first restart of a thread.
 constexpr double kFirstShare = 0.06;
 // Without a deadline, how much longer than the one before a restart is.
@@ -43,13 +47,12 @@ public:
     Annealing(const Design& design, Region region, const AnnealOptions& options,
               Incumbent& incumbent, std::stop_token stop, AnnealProgress& progress)
         : design(design),
-          region(region),
           options(options),
           incumbent(incumbent),
           stop(std::move(stop)),
           progress(progress),
-          solver(design, region),
-          groups(solver.nets()),
+          level(design, region),
+          coarse(hasFewDies() ? nullptr : CoarseLevel::of(level)),
           threads(std::max(1U, options.threads)) {}
 
     void run();
@@ -86,13 +89,12 @@ private:
     }
 
     const Design& design;
-    const Region region;
     const AnnealOptions& options;
     Incumbent& incumbent;
     const std::stop_token stop;
     AnnealProgress& progress;
-    const CoordinateSolver solver;
-    const DieGroups groups;
+    const AnnealLevel level;
+    const std::unique_ptr<const CoarseLevel> coarse;
     const unsigned threads;
 
     std::mutex mutex;
@@ -170,19 +172,22 @@ void Annealing::workUntilStopped(unsigned thread) {
     double length = kFirstShare * static_cast<double>(usualMoves());
     for (std::uint64_t number = thread; !isOver(); number += threads) {
         restart(
-            number, length,
+            number, number < threads ? 0.0 : length,
             [length](std::uint64_t moves) { return static_cast<double>(moves) / length; },
             offering());
         length *= kStretch;
     }
 }
 
-// Returns the number of moves.
+// Without an expected number of moves the restart is to find something soon. Returns the number of
+// moves.
 std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, const Pace& pace,
                                  const AnnealRun::Notice& notice) {
     progress.restarts.fetch_add(1, std::memory_order_relaxed);
-    const Cooling::Plan plan = planFor(expectedMoves / static_cast<double>(usualMoves()));
-    AnnealRun run(design, solver, groups, region, RandomStream(options.seed, number), plan, notice);
+    const double part = expectedMoves / static_cast<double>(usualMoves());
+    const Cooling::Plan plan = planFor(part);
+    Restart run(level, part < kCoarsePart ? nullptr : coarse.get(), {options.seed, number}, plan,
+                notice);
     std::uint64_t moves = 0;
     while (!isOver()) {
         const double share = pace(moves);

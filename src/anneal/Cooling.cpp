@@ -13,6 +13,7 @@ constexpr double kStartHeat = 0.3;
 // where they are nearly as short as in the end, nothing happens any more.
 constexpr double kDisorder = 2.0;
 constexpr double kReheated = 1.3;
+constexpr double kExpanded = 1.15;
 constexpr double kSettled = 1.01;
 constexpr double kLeastReheating = 0.2;
 
@@ -21,13 +22,17 @@ constexpr double kLeastReheating = 0.2;
 Cooling::Shape Cooling::shapeOf(Plan plan) {
     switch (plan) {
         case Plan::Single:
-            return {1, 0, 0.0, 1.0, 1e-3, {0.0, 0.0, 1.0}};
+            return {1, 0, 0.0, 1.0, kDisorder, kReheated, 1e-3, {0.0, 0.0, 1.0}};
         case Plan::FewDies:
-            return {2, 3, 0.0, 0.4, 1e-2, {0.0, 0.2, 1.0}};
+            return {2, 3, 0.0, 0.4, kDisorder, kReheated, 1e-2, {0.0, 0.2, 1.0}};
+        case Plan::Coarse:
+            return {24, 0, 0.0, 1.0, kDisorder, kReheated, 1e-3, {0.0, 0.0, 1.0}};
+        case Plan::Expanded:
+            return {5, 3, 0.05, 0.5, kExpanded, kExpanded, 1e-3, {0.4, 0.5, 1.0}};
         case Plan::Usual:
             break;
     }
-    return {9, 6, 0.05, 0.5, 1e-3, {0.0, 0.4, 1.0}};
+    return {9, 6, 0.05, 0.5, kDisorder, kReheated, 1e-3, {0.0, 0.4, 1.0}};
 }
 
 Cooling::Cooling(Plan plan) : shape(shapeOf(plan)) {}
@@ -82,8 +87,8 @@ void Cooling::learn() {
     while (end > 1 && !isLonger(end - 1, kSettled)) {
         --end;
     }
-    shape.way.begin = std::min(lastBefore(kDisorder), 1.0 - kLeastReheating);
-    shape.way.reheated = std::min(lastBefore(kReheated), 1.0 - kLeastReheating);
+    shape.way.begin = std::min(lastBefore(shape.startLength), 1.0 - kLeastReheating);
+    shape.way.reheated = std::min(lastBefore(shape.reheatedLength), 1.0 - kLeastReheating);
     shape.way.end =
         std::max(static_cast<double>(end) / kSteps, shape.way.reheated + kLeastReheating);
 }

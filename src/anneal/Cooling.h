@@ -13,8 +13,9 @@ class Cooling {
 public:
     // Single: cools down one start, and does not heat up again. FewDies: starts alike; they stay
     // warmer, because exact coordinates do for few dies what the coldest moves would, and there
-    // they can still leave the layout at hand.
-    enum class Plan : unsigned char { Usual, Single, FewDies };
+    // they can still leave the layout at hand. Coarse: many starts, quickly. Expanded: as usual,
+    // for starts that are good on the whole and are not to be lost in the heat.
+    enum class Plan : unsigned char { Usual, Single, FewDies, Coarse, Expanded };
 
     explicit Cooling(Plan plan);
 
@@ -42,6 +43,8 @@ private:
         unsigned starts, reheats;
         double firstPart;   // of the run, for the first start if it is to teach; else 0
         double startsPart;  // for all starts
+        // Where others begin, and are heated up to, in lengths that the first start ends with.
+        double startLength, reheatedLength;
         double endHeat;
         Way way;  // until learnt
     };

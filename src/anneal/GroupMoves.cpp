@@ -54,7 +54,7 @@ void GroupMoves::turnByAQuarter(Dies group) {
     for (const unsigned die : group) {
         const Spot from = layout.centre(die);
         layout.turn(die, turnedLeft(layout.orientation(die)));
-        putCentre(die, {middle.x - (from.y - middle.y), middle.y + (from.x - middle.x)});
+        layout.carryTo(die, {middle.x - (from.y - middle.y), middle.y + (from.x - middle.x)});
     }
 }
 
@@ -104,7 +104,7 @@ void GroupMoves::takeOver(Dies a, Dies b) {
         }
         for (const unsigned one : {0U, 1U}) {
             layout.turn(dies[one], orients[1 - one]);
-            putCentre(dies[one], centres[1 - one]);
+            layout.carryTo(dies[one], centres[1 - one]);
         }
     }
 }
@@ -121,11 +121,6 @@ void GroupMoves::carry(Dies group, Spot from, Spot to) {
     for (const unsigned die : group) {
         layout.carry(die, {to.x - from.x, to.y - from.y});
     }
-}
-
-void GroupMoves::putCentre(unsigned die, Spot at) {
-    const Spot now = layout.centre(die);
-    layout.carry(die, {at.x - now.x, at.y - now.y});
 }
 
 // Of the box around the centres of its dies.

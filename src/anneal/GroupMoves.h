@@ -34,7 +34,6 @@ private:
     void exchangeInOrder(SequencePair::Which which, Dies a, Dies b);
     void sortInto(std::vector<unsigned>& sorted, Dies group, SequencePair::Which which) const;
     void carry(Dies group, Spot from, Spot to);
-    void putCentre(unsigned die, Spot at);
     Spot centre(Dies group) const;
 
     SlidLayout& layout;

@@ -149,6 +149,9 @@ void Moves::putBeside(unsigned die, unsigned other, RandomStream& random) {
 }
 
 void Moves::insertBeside(unsigned die, unsigned other, std::array<bool, 2> isBefore) {
+    if (!layout.hasNets(die)) {
+        layout.carryTo(die, layout.centre(other));
+    }
     for (const auto which : SequencePair::kBoth) {
         layout.editOrders().moveBeside(which, die, other, isBefore[which]);
     }
@@ -202,6 +205,9 @@ void Moves::exchangeAndTurn(unsigned a, unsigned b, RandomStream& random) {
 void Moves::exchange(unsigned a, unsigned b) {
     layout.editOrders().swap(SequencePair::Upper, a, b);
     layout.editOrders().swap(SequencePair::Lower, a, b);
+    const Spot centreOfA = layout.centre(a);
+    layout.carryTo(a, layout.centre(b));
+    layout.carryTo(b, centreOfA);
     layout.release(a);
     layout.release(b);
 }
@@ -252,8 +258,12 @@ unsigned Moves::anyOther(unsigned die, RandomStream& random) const {
     return other < die ? other : other + 1;
 }
 
-// The die whose centre is next to where the nets want the die, give or take.
+// The die whose centre is next to where the nets want the die, give or take; any for one without
+// nets.
 unsigned Moves::nearWish(unsigned die, RandomStream& random) const {
+    if (!layout.hasNets(die)) {
+        return anyOther(die, random);
+    }
     const Spot wish = layout.wish(die);
     const double x = wish.x + (2.0 * random.fraction() - 1.0) * kBlur * region.width;
     const double y = wish.y + (2.0 * random.fraction() - 1.0) * kBlur * region.height;

@@ -20,6 +20,8 @@ SlidLayout::SlidLayout(const NetModel& nets, Region region)
       orients(nets.dieNum(), Orient::N),
       pairsOf(nets.dieNum()),
       wideOf(nets.dieNum()),
+      isReleased(nets.dieNum(), 0),
+      nobody(nets.dieNum(), 0),
       pairSeen(nets.pairs().size(), 0),
       wideSeen(nets.wideNets().size(), 0),
       chain(nets.dieNum() + 1) {
@@ -92,6 +94,7 @@ void SlidLayout::turn(unsigned die, Orient orient) {
 
 void SlidLayout::release(unsigned die) {
     released.push_back(die);
+    isReleased[die] = 1;
 }
 
 void SlidLayout::carry(unsigned die, Spot step) {
@@ -100,6 +103,11 @@ void SlidLayout::carry(unsigned die, Spot step) {
         double& at = axes[axis].at[die];
         at = std::max(0.0, std::min(at + steps[axis], axes[axis].side - axes[axis].size[die]));
     }
+}
+
+void SlidLayout::carryTo(unsigned die, Spot centre) {
+    const Spot now = this->centre(die);
+    carry(die, {centre.x - now.x, centre.y - now.y});
 }
 
 bool SlidLayout::arrange(RandomStream& random, Most most) {
@@ -111,8 +119,8 @@ bool SlidLayout::arrange(RandomStream& random, Most most) {
     }
     for (const unsigned die : released) {
         const Spot wanted = wish(die);
-        along(kX).at[die] = wanted.x;
-        along(kY).at[die] = wanted.y;
+        placeReleased(die, kX, wanted.x);
+        placeReleased(die, kY, wanted.y);
     }
     makeRoom<kX>(fromLow[0]);
     makeRoom<kY>(fromLow[1]);
@@ -136,9 +144,7 @@ void SlidLayout::keep() {
         axis.keptLength = axis.length;
     }
     keptOrders = orders;
-    released.clear();
-    turnedFrom.clear();
-    journal.clear();
+    endChange();
 }
 
 void SlidLayout::undo() {
@@ -155,6 +161,13 @@ void SlidLayout::undo() {
         const Measured& measured = journal[entry];
         (measured.isWide ? axes[measured.axis].wideCost
                          : axes[measured.axis].pairCost)[measured.net] = measured.before;
+    }
+    endChange();
+}
+
+void SlidLayout::endChange() {
+    for (const unsigned die : released) {
+        isReleased[die] = 0;
     }
     released.clear();
     turnedFrom.clear();
@@ -306,7 +319,14 @@ void SlidLayout::slideMoved() {
     }
 }
 
-std::pair<double, double> SlidLayout::slack(unsigned die, Axis which) const {
+// Where there is less room than the die needs, it goes between, and pushes.
+void SlidLayout::placeReleased(unsigned die, Axis which, double wanted) {
+    const auto [low, high] = slack(die, which, isReleased);
+    along(which).at[die] = std::clamp(wanted, std::min(low, high), std::max(low, high));
+}
+
+std::pair<double, double> SlidLayout::slack(unsigned die, Axis which,
+                                            const DieFlags& ignored) const {
     const Along& axis = along(which);
     const auto& upper = orders.rankOfDies(SequencePair::Upper);
     const auto& lower = orders.rankOfDies(SequencePair::Lower);
@@ -315,7 +335,7 @@ std::pair<double, double> SlidLayout::slack(unsigned die, Axis which) const {
     double high = axis.side;
     for (unsigned other = 0; other < dieNum(); ++other) {
         const bool sameInBoth = (upper[other] < upper[die]) == (lower[other] < lower[die]);
-        if (other == die || sameInBoth != isX) {
+        if (other == die || sameInBoth != isX || ignored[other] != 0) {
             continue;
         }
         if (lower[other] < lower[die]) {
@@ -333,7 +353,7 @@ void SlidLayout::slide(unsigned die, Axis which) {
     if (here.left <= 0.0 && here.right >= 0.0) {
         return;
     }
-    const auto [low, high] = slack(die, which);
+    const auto [low, high] = slack(die, which, nobody);
     const double from = axis.at[die];
     if (here.right < 0.0 && high > from) {
         axis.at[die] = bestBetween(die, which, from, high);
@@ -346,6 +366,9 @@ void SlidLayout::slide(unsigned die, Axis which) {
 }
 
 Spot SlidLayout::wish(unsigned die) const {
+    if (!hasNets(die)) {
+        return {along(kX).at[die], along(kY).at[die]};
+    }
     return {bestBetween(die, kX, 0.0, along(kX).side - along(kX).size[die]),
             bestBetween(die, kY, 0.0, along(kY).side - along(kY).size[die])};
 }

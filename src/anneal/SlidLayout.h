@@ -25,9 +25,11 @@ public:
     // and keep or undo. Whatever is changed must be kept or undone before the next change.
     SequencePair& editOrders() { return orders; }
     void turn(unsigned die, Orient orient);
+    // To be placed where its nets want it, as far as the dies leave room that are not released.
     void release(unsigned die);
     // Moves it by that much, inside the region; the others give way.
     void carry(unsigned die, Spot step);
+    void carryTo(unsigned die, Spot centre);
     struct Most {
         double excess;
         double pushed;  // length of a legal layout before dies slide
@@ -52,8 +54,10 @@ public:
     Orient orientation(unsigned die) const { return orients[die]; }
     Placement placement() const;
     unsigned dieNum() const { return nets.dieNum(); }
-    // Where the die's nets would like its low corner, if nothing were in the way.
+    // Where the die's nets would like its low corner, if nothing were in the way; without nets
+    // it is content where it is.
     Spot wish(unsigned die) const;
+    bool hasNets(unsigned die) const { return !pairsOf[die].empty() || !wideOf[die].empty(); }
     Spot centre(unsigned die) const;
     bool isUpright(unsigned die) const { return axes[0].size[die] < axes[1].size[die]; }
 
@@ -85,6 +89,7 @@ private:
     Along& along(Axis axis) { return axes[axis]; }
     const Along& along(Axis axis) const { return axes[axis]; }
     void setOrientation(unsigned die, Orient orient);
+    void endChange();
 
     template <Axis which, typename Put>
     void fromLowEnd(const Put& put);
@@ -95,9 +100,11 @@ private:
     template <Axis which>
     void makeRoom(bool fromLow);
 
+    void placeReleased(unsigned die, Axis which, double wanted);
     void slideMoved();
     void slide(unsigned die, Axis which);
-    std::pair<double, double> slack(unsigned die, Axis which) const;
+    using DieFlags = std::vector<char>;
+    std::pair<double, double> slack(unsigned die, Axis which, const DieFlags& ignored) const;
     double bestBetween(unsigned die, Axis which, double low, double high) const;
     Local localAt(unsigned die, Axis which, double at) const;
     static Local localAt(Bends bends, double distance);
@@ -122,6 +129,7 @@ private:
 
     // Of the change at hand.
     std::vector<unsigned> released;
+    DieFlags isReleased, nobody;  // by die
     std::vector<std::pair<unsigned, Orient>> turnedFrom;
     struct Measured {
         unsigned axis;

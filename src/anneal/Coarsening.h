@@ -1,0 +1,35 @@
+// A smaller design that shows how a large one is best arranged on the whole: dies that have nets to
+// one other die only, and are smaller than it, are left out, and that die is as much larger. The
+// coarse design is annealed in a fraction of the time, and its layouts are starts for the whole.
+// Filled once and never changed.
+#pragma once
+
+#include <vector>
+
+#include "anneal/Start.h"
+#include "exact/NetModel.h"
+
+namespace korvel {
+
+class Coarsening {
+public:
+    // The nets are those of the design.
+    Coarsening(const Design& design, const NetModel& nets);
+
+    // Whether enough dies are left out.
+    bool isWorthwhile() const;
+    const Design& coarse() const { return smaller; }
+    // The start for the whole design: the dies left out around those that they hang on.
+    Start expand(const Start& start) const;
+
+private:
+    struct Host {
+        unsigned die;
+        std::vector<unsigned> satellites;
+    };
+    std::vector<Extent> sizes;  // by die
+    std::vector<Host> hosts;    // by coarse die
+    Design smaller;
+};
+
+}  // namespace korvel

@@ -74,6 +74,21 @@ TEST(Cooling, LearnsWhereLayoutsSettle) {
     }
 }
 
+// Random layouts that are hardly longer than good ones leave little to choose between starts.
+TEST(Cooling, SmoothDesignsHaveFewerSlowerStarts) {
+    const auto stagesWith = [](double randomLength) {
+        Cooling cooling(Cooling::Plan::Usual);
+        for (int step = 0; cooling.stageAt(shareOf(step)).number == 0; ++step) {
+            const Cooling::Stage stage = cooling.stageAt(shareOf(step));
+            cooling.note(stage, 100.0 + (1.0 - stage.part) * (randomLength - 100.0));
+        }
+        cooling.learn();
+        EXPECT_TRUE(cooling.isStart(1));
+        return cooling.stageAt(shareOf(kShares - 1)).number;
+    };
+    EXPECT_LT(stagesWith(150.0), stagesWith(400.0) / 2);
+}
+
 // As when a busy machine stalls the run while it is cold.
 TEST(Cooling, LearnsNothingFromAStartWithoutEnd) {
     Cooling cooling(Cooling::Plan::Usual);

@@ -155,17 +155,12 @@ TEST_F(Restarts, EndedOnTheCoarseLevelStillHaveAPlacement) {
 
 TEST_F(Restarts, GoOnFromWhatTheCoarseLevelFound) {
     constexpr int kSteps = 400;
-    for (int step = 0; step <= kSteps / 4; ++step) {
+    for (int step = 0; step < kSteps; ++step) {
         restart.advance(64, static_cast<double>(step) / kSteps);
     }
     restart.finish();
-    ASSERT_FALSE(told.empty());
-    const double early = told.back();
-    for (int step = kSteps / 4; step < kSteps; ++step) {
-        restart.advance(64, static_cast<double>(step) / kSteps);
-    }
-    restart.finish();
-    EXPECT_LT(told.back(), early);
+    ASSERT_GT(told.size(), 1U);
+    EXPECT_LT(told.back(), 0.9 * told.front());
     EXPECT_TRUE(std::is_sorted(told.rbegin(), told.rend()));
 }
 

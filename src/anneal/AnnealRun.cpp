@@ -9,6 +9,9 @@ namespace korvel {
 
 namespace {
 
+constexpr double kNever = std::numeric_limits<double>::infinity();
+constexpr SlidLayout::Most kAnything{kNever, kNever};
+
 constexpr int kTrials = 500;  // to see how much random changes weigh
 
 // Moves per die that exact coordinates for a layout are worth; they cost a third of that time at
@@ -40,7 +43,7 @@ AnnealRun::AnnealRun(const AnnealLevel& level, RandomStream stream, Cooling::Pla
       moves(layout, level.solver.nets(), level.groups, level.region),
       cooling(plan),
       onOneDie(wirelength(level.design, layout.placement()) - layout.length()),
-      shortest(std::numeric_limits<double>::infinity()),
+      shortest(kNever),
       toldShortest(shortest),
       bestOrders(layout.dieNum()) {
     scramble();
@@ -51,19 +54,18 @@ AnnealRun::AnnealRun(const AnnealLevel& level, RandomStream stream, Cooling::Pla
 
 // A random start, and how much random changes of it weigh.
 void AnnealRun::scramble() {
-    const double everything = std::numeric_limits<double>::infinity();
     moves.restart();
     layout.editOrders().shuffle(random);
     for (unsigned die = 0; die < layout.dieNum(); ++die) {
         layout.turn(die, static_cast<Orient>(random.below(kUnmirroredOrients)));
     }
-    layout.arrange(random, {everything, everything});
+    layout.arrange(random, kAnything);
     layout.keep();
     double changes = 0.0;
     for (int trial = 0; trial < kTrials; ++trial) {
         length = layout.length();
         moves.change(random);
-        layout.arrange(random, {everything, everything});
+        layout.arrange(random, kAnything);
         layout.keep();
         changes += std::abs(layout.length() - length);
     }
@@ -72,10 +74,9 @@ void AnnealRun::scramble() {
 }
 
 void AnnealRun::startFrom(const Start& start) {
-    const double everything = std::numeric_limits<double>::infinity();
     moves.restart();
     layout.place(start.orders, start.placement);
-    layout.arrange(random, {everything, everything});
+    layout.arrange(random, kAnything);
     layout.keep();
     judgeAnew();
 }
@@ -117,7 +118,7 @@ void AnnealRun::begin(unsigned number) {
         startFrom(starts[(number - 1) % starts.size()]);
         return;
     }
-    if (cooling.isStart(number) || shortest == std::numeric_limits<double>::infinity()) {
+    if (cooling.isStart(number) || shortest == kNever) {
         scramble();
         return;
     }
@@ -151,10 +152,10 @@ void AnnealRun::move() {
     const double allowance = -heat * std::log(1.0 - random.fraction());
     const bool slidesAnyway = random.below(kSlidesAnyway) == 0;
     moves.change(random);
-    if (layout.arrange(random,
-                       {excess + (allowance + hope) / penalty,
-                        slidesAnyway ? std::numeric_limits<double>::infinity()
-                                     : length + allowance + penalty * excess + slidingHope})) {
+    if (layout.arrange(
+            random,
+            {excess + (allowance + hope) / penalty,
+             slidesAnyway ? kNever : length + allowance + penalty * excess + slidingHope})) {
         judge(allowance);
     } else {
         layout.undo();

@@ -17,13 +17,13 @@ double areaOf(Extent size) {
     return size.width * size.height;
 }
 
-// By die, the only body that nets join it to; kNone if there are none or more.
-std::vector<unsigned> onlyPartners(const NetModel& nets) {
-    std::vector<unsigned> only(nets.dieNum() + 1, kNone);
+// By die, the larger one that it hangs on; kNone if there is none.
+std::vector<unsigned> hostsOf(const NetModel& nets, const std::vector<Extent>& sizes) {
+    std::vector<unsigned> partner(nets.dieNum() + 1, kNone);
     std::vector<unsigned> partnerNum(nets.dieNum() + 1, 0);
     for (const auto& [a, b] : nets.pairs()) {
-        only[a] = b;
-        only[b] = a;
+        partner[a] = b;
+        partner[b] = a;
         ++partnerNum[a];
         ++partnerNum[b];
     }
@@ -32,67 +32,78 @@ std::vector<unsigned> onlyPartners(const NetModel& nets) {
             partnerNum[member.body] += 2;
         }
     }
+    std::vector<unsigned> hosts(nets.dieNum(), kNone);
     for (unsigned die = 0; die < nets.dieNum(); ++die) {
-        if (partnerNum[die] != 1 || only[die] == nets.ground()) {
-            only[die] = kNone;
+        const unsigned host = partner[die];
+        if (partnerNum[die] == 1 && host != nets.ground() &&
+            areaOf(sizes[die]) < areaOf(sizes[host])) {
+            hosts[die] = host;
         }
     }
-    return only;
+    return hosts;
+}
+
+// By how much both sides of a die have to grow for it to gain that area.
+double marginFor(Extent size, double area) {
+    // (width + margin) (height + margin) = width height + area
+    const double sum = size.width + size.height;
+    return (std::sqrt(sum * sum + 4.0 * area) - sum) / 2.0;
 }
 
 }  // namespace
 
 Coarsening::Coarsening(const Design& design, const NetModel& nets) {
-    const std::vector<unsigned> only = onlyPartners(nets);
     for (const Design::Die& die : design.dies) {
         sizes.push_back(die.size);
     }
-    const auto hangsOn = [&](unsigned die) {
-        return only[die] != kNone && areaOf(sizes[die]) < areaOf(sizes[only[die]]) ? only[die]
-                                                                                   : kNone;
-    };
-    std::vector<unsigned> coarseOf(design.dies.size(), kNone);
-    for (unsigned die = 0; die < design.dies.size(); ++die) {
-        if (hangsOn(die) == kNone) {
-            coarseOf[die] = static_cast<unsigned>(hosts.size());
-            hosts.push_back({die, {}});
-        }
-    }
-    for (unsigned die = 0; die < design.dies.size(); ++die) {
-        if (hangsOn(die) != kNone) {
-            hosts[coarseOf[hangsOn(die)]].satellites.push_back(die);
-        }
-    }
+    findHosts(hostsOf(nets, sizes));
     smaller.name = design.name;
     smaller.terminals = design.terminals;
-    std::vector<double> margins;
-    for (const auto& [die, satellites] : hosts) {
-        const Extent size = sizes[die];
+    for (const Host& host : hosts) {
+        const auto& [width, height] = sizes[host.die];
+        smaller.dies.push_back(
+            {design.dies[host.die].name, {width + host.margin, height + host.margin}});
+    }
+    keepNets(design);
+}
+
+void Coarsening::findHosts(const std::vector<unsigned>& hostOfDies) {
+    coarseOf.assign(sizes.size(), kNone);
+    for (unsigned die = 0; die < sizes.size(); ++die) {
+        if (hostOfDies[die] == kNone) {
+            coarseOf[die] = static_cast<unsigned>(hosts.size());
+            hosts.push_back({die, 0.0, {}});
+        }
+    }
+    for (unsigned die = 0; die < sizes.size(); ++die) {
+        if (hostOfDies[die] != kNone) {
+            hosts[coarseOf[hostOfDies[die]]].satellites.push_back(die);
+        }
+    }
+    for (Host& host : hosts) {
         double area = 0.0;
-        for (const unsigned satellite : satellites) {
+        for (const unsigned satellite : host.satellites) {
             area += areaOf(sizes[satellite]);
         }
-        // (w + m) (h + m) = w h + area
-        const double sum = size.width + size.height;
-        const double margin = (std::sqrt(sum * sum + 4.0 * area) - sum) / 2.0;
-        margins.push_back(margin);
-        smaller.dies.push_back(
-            {design.dies[die].name, {size.width + margin, size.height + margin}});
+        host.margin = marginFor(sizes[host.die], area);
     }
-    const auto shift = static_cast<unsigned>(design.dies.size() - hosts.size());
+}
+
+// Those that are on no satellite.
+void Coarsening::keepNets(const Design& design) {
+    const auto leftOut = static_cast<unsigned>(sizes.size() - hosts.size());
     for (const Design::Net& net : design.nets) {
-        Design::Net left;
-        for (const Design::Pin& pin : net.pins) {
-            if (!design.isDie(pin.body)) {
-                left.pins.push_back({pin.body - shift, pin.offset});
-            } else if (coarseOf[pin.body] != kNone) {
-                const double half = margins[coarseOf[pin.body]] / 2.0;
-                left.pins.push_back(
-                    {coarseOf[pin.body], {pin.offset.x + half, pin.offset.y + half}});
+        Design::Net kept;
+        for (const auto& [body, offset] : net.pins) {
+            if (!design.isDie(body)) {
+                kept.pins.push_back({body - leftOut, offset});
+            } else if (coarseOf[body] != kNone) {
+                const double shift = hosts[coarseOf[body]].margin / 2.0;
+                kept.pins.push_back({coarseOf[body], {offset.x + shift, offset.y + shift}});
             }
         }
-        if (left.pins.size() == net.pins.size()) {
-            smaller.nets.push_back(std::move(left));
+        if (kept.pins.size() == net.pins.size()) {
+            smaller.nets.push_back(std::move(kept));
         }
     }
 }
@@ -101,40 +112,37 @@ bool Coarsening::isWorthwhile() const {
     return static_cast<double>(hosts.size()) < kMostLeft * static_cast<double>(sizes.size());
 }
 
+// At first around its host a satellite is on one of the four sides in turn, its centre on the
+// host's.
 Start Coarsening::expand(const Start& start) const {
     Start whole{SequencePair(static_cast<unsigned>(sizes.size())), Placement(sizes.size())};
     for (const auto which : SequencePair::kBoth) {
         unsigned rank = 0;
-        for (const unsigned coarse : start.orders.order(which)) {
-            const Host& host = hosts[coarse];
-            // Around the host: the four sides in turn.
-            const auto putSide = [&](bool isBefore) {
-                for (unsigned place = 0; place < host.satellites.size(); ++place) {
-                    const bool before =
-                        which == SequencePair::Upper ? (place & 1U) == 0 : (place & 2U) == 0;
-                    if (before == isBefore) {
-                        whole.orders.put(which, host.satellites[place], rank++);
-                    }
+        const auto putSatellites = [&](const Host& host, bool areBefore) {
+            for (unsigned place = 0; place < host.satellites.size(); ++place) {
+                const bool isBefore = (place >> unsigned{which}) % 2 == 0;
+                if (isBefore == areBefore) {
+                    whole.orders.put(which, host.satellites[place], rank++);
                 }
-            };
-            putSide(true);
-            whole.orders.put(which, host.die, rank++);
-            putSide(false);
+            }
+        };
+        for (const unsigned coarse : start.orders.order(which)) {
+            putSatellites(hosts[coarse], true);
+            whole.orders.put(which, hosts[coarse].die, rank++);
+            putSatellites(hosts[coarse], false);
         }
     }
     for (unsigned coarse = 0; coarse < hosts.size(); ++coarse) {
-        const PlacedDie& placed = start.placement[coarse];
-        const Extent around = turned(smaller.dies[coarse].size, placed.orient);
-        const auto putAtCentre = [&](unsigned die) {
-            const Extent size = turned(sizes[die], placed.orient);
-            whole.placement[die] = {{placed.at.x + (around.width - size.width) / 2.0,
-                                     placed.at.y + (around.height - size.height) / 2.0},
-                                    placed.orient};
+        const auto& [corner, orient] = start.placement[coarse];
+        const Extent around = turned(smaller.dies[coarse].size, orient);
+        const auto put = [&](unsigned die) {
+            const Extent size = turned(sizes[die], orient);
+            whole.placement[die] = {{corner.x + (around.width - size.width) / 2.0,
+                                     corner.y + (around.height - size.height) / 2.0},
+                                    orient};
         };
-        putAtCentre(hosts[coarse].die);
-        for (const unsigned satellite : hosts[coarse].satellites) {
-            putAtCentre(satellite);
-        }
+        put(hosts[coarse].die);
+        std::for_each(hosts[coarse].satellites.begin(), hosts[coarse].satellites.end(), put);
     }
     return whole;
 }

@@ -25,10 +25,16 @@ public:
 private:
     struct Host {
         unsigned die;
+        double margin;  // by which its sides are longer, to make room for:
         std::vector<unsigned> satellites;
     };
-    std::vector<Extent> sizes;  // by die
-    std::vector<Host> hosts;    // by coarse die
+
+    void findHosts(const std::vector<unsigned>& hostOfDies);
+    void keepNets(const Design& design);
+
+    std::vector<Extent> sizes;       // by die
+    std::vector<Host> hosts;         // by coarse die; without satellites it is any die kept
+    std::vector<unsigned> coarseOf;  // by die, the coarse one
     Design smaller;
 };
 

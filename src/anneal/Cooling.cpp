@@ -16,6 +16,9 @@ constexpr double kReheated = 1.3;
 constexpr double kExpanded = 1.15;
 constexpr double kSettled = 1.01;
 constexpr double kLeastReheating = 0.2;
+// Where random layouts are no longer than that, arrangements differ little, and few slow starts are
+// worth more than many.
+constexpr double kSmooth = 2.0;
 
 }  // namespace
 
@@ -68,7 +71,7 @@ void Cooling::note(Stage stage, double length) {
 
 void Cooling::learn() {
     // A run that is paced by the clock may have skipped the last step.
-    if (!isToTeach(0) || notes.back() == 0.0) {
+    if (!isToTeach(0) || notes.front() == 0.0 || notes.back() == 0.0) {
         return;
     }
     const double settled = lengths.back() / notes.back();
@@ -83,6 +86,11 @@ void Cooling::learn() {
         }
         return static_cast<double>(step) / kSteps;
     };
+    if (!isLonger(0, kSmooth)) {
+        shape.starts = 3;
+        shape.reheats = 2;
+        shape.startsPart = 0.6;
+    }
     unsigned end = kSteps;
     while (end > 1 && !isLonger(end - 1, kSettled)) {
         --end;

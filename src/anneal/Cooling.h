@@ -31,7 +31,8 @@ public:
 
     // What the length is by now.
     void note(Stage stage, double length);
-    // When the first start is over: what was noted in it tells where the others begin and end.
+    // When the first start is over: what was noted in it tells where the others begin and end, and
+    // how many there are to be.
     void learn();
 
 private:

@@ -55,6 +55,7 @@ void Restart::expand() {
     run.emplace(whole, RandomStream(numbers.seed, numbers.restart),
                 starts.empty() ? Cooling::Plan::Usual : Cooling::Plan::Expanded, notice,
                 std::move(starts));
+    coarseRun.reset();
 }
 
 void Restart::finish() {

@@ -40,7 +40,7 @@ public:
 
     // Goes on by that many moves. `share` is how much of the schedule is over, from 0 to 1.
     void advance(unsigned moves, double share);
-    // Works out what is found and not yet told.
+    // Ends the restart: works out what is found and not yet told.
     void finish();
 
 private:

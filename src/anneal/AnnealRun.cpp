@@ -136,6 +136,9 @@ void AnnealRun::noteOutcome() {
 
 std::vector<Start> AnnealRun::outcomes() {
     noteOutcome();
+    if (ended.empty() && shortest != kNever) {
+        ended.push_back({shortest, {bestOrders, best}});
+    }
     std::stable_sort(ended.begin(), ended.end(),
                      [](const Outcome& a, const Outcome& b) { return a.length < b.length; });
     std::vector<Start> layouts;

@@ -32,7 +32,8 @@ public:
     void advance(unsigned moves, double share);
     // Works out what is found and not yet told.
     void finish();
-    // Ends the run: what its starts were cooled down to, the shortest first; legal layouts only.
+    // Ends the run: what its starts were cooled down to, the shortest first; legal layouts only. If
+    // there is none, the shortest legal one on the way.
     std::vector<Start> outcomes();
 
 private:

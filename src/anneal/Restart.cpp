@@ -9,6 +9,10 @@ namespace {
 // Of the schedule, for the coarse level.
 constexpr double kCoarseShare = 0.2;
 
+// After a stop on the coarse level: some ten milliseconds, from the best start, half cooled down.
+constexpr unsigned kMendingMoves = 10000;
+constexpr double kMendingShare = 0.1;
+
 // Streams of random numbers for the coarse level are numbered from here.
 constexpr std::uint64_t kCoarseStreams = std::uint64_t{1} << 32;
 
@@ -58,9 +62,12 @@ void Restart::expand() {
     coarseRun.reset();
 }
 
+// A stop on the coarse level leaves starts whose dies need more than the region, mostly; some moves
+// mend that.
 void Restart::finish() {
     if (!run) {
         expand();
+        run->advance(kMendingMoves, kMendingShare);
     }
     run->finish();
 }

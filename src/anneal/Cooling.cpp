@@ -9,10 +9,8 @@ namespace {
 
 constexpr double kStartHeat = 0.3;
 
-// In lengths that the first start ends with. Longer layouts are disorder, which cools down quickly;
-// where they are nearly as short as in the end, nothing happens any more.
-constexpr double kDisorder = 2.0;
-constexpr double kReheated = 1.3;
+// In lengths that the first start ends with. Starts that are good on the whole are to stay so, and
+// where layouts are nearly as short as in the end, nothing happens any more.
 constexpr double kExpanded = 1.15;
 constexpr double kSettled = 1.01;
 constexpr double kLeastReheating = 0.2;
@@ -25,17 +23,28 @@ constexpr double kSmooth = 2.0;
 Cooling::Shape Cooling::shapeOf(Plan plan) {
     switch (plan) {
         case Plan::Single:
-            return {1, 0, 0.0, 1.0, kDisorder, kReheated, 1e-3, {0.0, 0.0, 1.0}};
+            return {};
         case Plan::FewDies:
-            return {2, 3, 0.0, 0.4, kDisorder, kReheated, 1e-2, {0.0, 0.2, 1.0}};
+            return {.starts = 2,
+                    .reheats = 3,
+                    .startsPart = 0.4,
+                    .endHeat = 1e-2,
+                    .way = {0.0, 0.2, 1.0}};
         case Plan::Coarse:
-            return {24, 0, 0.0, 1.0, kDisorder, kReheated, 1e-3, {0.0, 0.0, 1.0}};
+            return {.starts = 24};
         case Plan::Expanded:
-            return {5, 3, 0.05, 0.5, kExpanded, kExpanded, 1e-3, {0.4, 0.5, 1.0}};
+            return {.starts = 5,
+                    .reheats = 3,
+                    .firstPart = 0.05,
+                    .startsPart = 0.5,
+                    .startLength = kExpanded,
+                    .reheatedLength = kExpanded,
+                    .way = {0.4, 0.5, 1.0}};
         case Plan::Usual:
             break;
     }
-    return {9, 6, 0.05, 0.5, kDisorder, kReheated, 1e-3, {0.0, 0.4, 1.0}};
+    return {
+        .starts = 9, .reheats = 6, .firstPart = 0.05, .startsPart = 0.5, .way = {0.0, 0.4, 1.0}};
 }
 
 Cooling::Cooling(Plan plan) : shape(shapeOf(plan)) {}

@@ -41,13 +41,15 @@ private:
         double begin, reheated, end;
     };
     struct Shape {
-        unsigned starts, reheats;
-        double firstPart;   // of the run, for the first start if it is to teach; else 0
-        double startsPart;  // for all starts
+        unsigned starts = 1;
+        unsigned reheats = 0;
+        double firstPart = 0.0;   // of the run, for the first start if it is to teach; else 0
+        double startsPart = 1.0;  // for all starts
         // Where others begin, and are heated up to, in lengths that the first start ends with.
-        double startLength, reheatedLength;
-        double endHeat;
-        Way way;  // until learnt
+        double startLength = 2.0;  // longer layouts are disorder, which cools down quickly
+        double reheatedLength = 1.3;
+        double endHeat = 1e-3;
+        Way way{0.0, 0.0, 1.0};  // until learnt
     };
     static Shape shapeOf(Plan plan);
     bool isToTeach(unsigned stage) const { return stage == 0 && shape.firstPart > 0.0; }

@@ -145,13 +145,12 @@ void Moves::putBeside(unsigned die, unsigned other, RandomStream& random) {
         turnSomehow(die, random);
     }
     insertBeside(die, other, anySide(random));
+    // For one without nets, which stays there.
+    layout.carryTo(die, layout.centre(other));
     layout.release(die);
 }
 
 void Moves::insertBeside(unsigned die, unsigned other, std::array<bool, 2> isBefore) {
-    if (!layout.hasNets(die)) {
-        layout.carryTo(die, layout.centre(other));
-    }
     for (const auto which : SequencePair::kBoth) {
         layout.editOrders().moveBeside(which, die, other, isBefore[which]);
     }
@@ -205,6 +204,7 @@ void Moves::exchangeAndTurn(unsigned a, unsigned b, RandomStream& random) {
 void Moves::exchange(unsigned a, unsigned b) {
     layout.editOrders().swap(SequencePair::Upper, a, b);
     layout.editOrders().swap(SequencePair::Lower, a, b);
+    // So that the wish of each one finds the other there, and one without nets stays there.
     const Spot centreOfA = layout.centre(a);
     layout.carryTo(a, layout.centre(b));
     layout.carryTo(b, centreOfA);

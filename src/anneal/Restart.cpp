@@ -28,7 +28,7 @@ std::unique_ptr<const CoarseLevel> CoarseLevel::of(const AnnealLevel& whole) {
 
 Restart::Restart(const AnnealLevel& whole, const CoarseLevel* coarse, Numbers numbers,
                  Cooling::Plan plan, AnnealRun::Notice notice)
-    : whole(whole), coarse(coarse), numbers(numbers), notice(std::move(notice)) {
+    : whole(whole), coarse(coarse), numbers(numbers), plan(plan), notice(std::move(notice)) {
     if (coarse == nullptr) {
         run.emplace(whole, RandomStream(numbers.seed, numbers.restart), plan, this->notice);
     } else {
@@ -57,8 +57,7 @@ void Restart::expand() {
         starts.push_back(coarse->coarsening.expand(start));
     }
     run.emplace(whole, RandomStream(numbers.seed, numbers.restart),
-                starts.empty() ? Cooling::Plan::Usual : Cooling::Plan::Expanded, notice,
-                std::move(starts));
+                starts.empty() ? plan : Cooling::Plan::Expanded, notice, std::move(starts));
     coarseRun.reset();
 }
 

@@ -34,7 +34,8 @@ public:
         std::uint64_t restart;
     };
 
-    // The levels must outlive the restart. Without `coarse` it is a run by that plan.
+    // The levels must outlive the restart. The plan is for a run from random starts: without
+    // `coarse`, or if that finds nothing.
     Restart(const AnnealLevel& whole, const CoarseLevel* coarse, Numbers numbers,
             Cooling::Plan plan, AnnealRun::Notice notice);
 
@@ -49,6 +50,7 @@ private:
     const AnnealLevel& whole;
     const CoarseLevel* const coarse;
     const Numbers numbers;
+    const Cooling::Plan plan;
     const AnnealRun::Notice notice;
     std::optional<AnnealRun> coarseRun, run;
 };

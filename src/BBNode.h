@@ -45,6 +45,11 @@ public:
 
     // Fixes the relation of block a to block b: `topology` says where a lies.
     void relate(unsigned a, unsigned b, Topology topology);
+    // Whether that relation would close a cycle.
+    bool closesCycle(unsigned a, unsigned b, Topology topology) const;
+    // Whether that relation, which closes no cycle, would certainly make the placement wider or
+    // higher than the area. For a node with its coordinates found.
+    bool leavesArea(unsigned a, unsigned b, Topology topology, Area area) const;
 
     // Every relation of the newest block is fixed.
     bool isBlockComplete() const { return numBlocks == 0 || definedNodes == numBlocks - 1; }
@@ -84,9 +89,18 @@ public:
     void printPlacement(const Netlist& netlist, std::ostream& out) const;
 
 private:
+    // The edge that stands for a relation: `from` lies before `to`.
+    struct Edge {
+        Axis axis;
+        unsigned from;
+        unsigned to;
+    };
+    static Edge edgeOf(unsigned a, unsigned b, Topology topology);
+
     const ConsraintGraphList& graph(Axis axis) const {
         return axis == kX ? horizontalGraph : verticalGraph;
     }
+    ConsraintGraphList& graph(Axis axis) { return axis == kX ? horizontalGraph : verticalGraph; }
     float limitMove(const WorkingPlacement& placement, Axis axis, float distance, unsigned block,
                     float areaExtent) const;
 };

@@ -20,7 +20,7 @@ void ConsraintGraphList::addVert(unsigned int n) {
         widenRows(words);
     }
     rows.resize(rowNumber(n) * rowWords, 0);
-    spans.resize(n, {0.0F, 0.0F});
+    spans.resize(n, {0.0F, 0.0F, 0.0F});
     for (unsigned v = numVert; v < n; ++v) {
         setBit(row(v, kReached), v);
     }
@@ -44,6 +44,7 @@ void ConsraintGraphList::addEdge(unsigned int from, unsigned int to) {
     setBit(row(to, kIn), from);
     if (!cyclic) {
         noteReached(from, to);
+        lengthenTail(from, spans[to].tail);
     }
     setBit(unsettled(), from);
     changed = true;
@@ -63,9 +64,21 @@ void ConsraintGraphList::noteReached(unsigned from, unsigned to) {
     }
 }
 
+// Now that a path of that length follows the vertex.
+void ConsraintGraphList::lengthenTail(unsigned vertex, float behind) {
+    const float tail = spans[vertex].weight + behind;
+    if (tail > spans[vertex].tail) {
+        spans[vertex].tail = tail;
+        for (const unsigned before : getIncomingEdges(vertex)) {
+            lengthenTail(before, tail);
+        }
+    }
+}
+
 void ConsraintGraphList::addWeight(unsigned int node, float weight) {
     KORVEL_INVARIANT(node < numVert, "node < numVert");
     spans[node].weight = weight;
+    spans[node].tail = weight;
 }
 
 bool ConsraintGraphList::topologicalSort() {

@@ -17,7 +17,9 @@ namespace korvel {
 // as well. An edge closes a cycle exactly when its head reaches its tail, which is one test, and
 // moves only vertices after its head, so coordinates are brought up to date from the new edges
 // alone. They are the same to the bit as those of a fresh longest-path computation, since float
-// addition and maximum are monotone: both give the least coordinates that satisfy all edges.
+// addition and maximum are monotone: both give the least coordinates that satisfy all edges. The
+// longest paths behind each vertex are kept as well, so that an edge can be judged before it is
+// added.
 //
 // Copying a graph into one that was as large before allocates nothing. One thread at a time.
 class ConsraintGraphList {
@@ -30,6 +32,15 @@ public:
 
     // a -> b; adding it again does nothing more. Cycles are noticed by topologicalSort.
     void addEdge(unsigned int from, unsigned int to);
+    // Whether that edge would close a cycle.
+    bool closesCycle(unsigned int from, unsigned int to) const {
+        return reached(to).contains(from);
+    }
+    // What the length cannot fall below with that edge, which closes no cycle; but for rounding,
+    // since it is not added up in the order of the path. For a graph with its coordinates found.
+    float lengthThrough(unsigned int from, unsigned int to) const {
+        return spans[from].coord + spans[from].weight + spans[to].tail;
+    }
     // Extent of the vertex along the axis. Set it before the vertex gets its first edge.
     void addWeight(unsigned int node, float weight);
 
@@ -70,12 +81,14 @@ private:
     VertexSet reached(unsigned vertex) const { return {row(vertex, kReached), rowWords}; }
     void widenRows(unsigned words);
     void noteReached(unsigned from, unsigned to);
+    void lengthenTail(unsigned vertex, float behind);
     void settle(unsigned from);
     void noteEnd(unsigned vertex);
 
     struct Span {
         float weight;
         float coord;
+        float tail;  // length of the longest path from its beginning on
     };
 
     unsigned numVert = 0;

@@ -163,8 +163,10 @@ private:
     bool isSteered(const BBNode& node) const;
     float remainingDistance(const BBNode& node, unsigned next, Orient orient,
                             unsigned defined) const;
-    void branchOrientations(NodeStack& stack, float bestWL) const;
+    void branchOrientations(NodeStack& stack, float bestWL, SearchCounters& counters) const;
     void branchTopologies(NodeStack& stack, float bestWL, SearchCounters& counters) const;
+    bool isRejectedUnmade(const BBNode& node, unsigned a, unsigned b, Topology topology,
+                          SearchCounters& counters) const;
 
     std::ostream& out;
     unsigned numBlocks = 0;  // from the benchmark, then those that the current pass places

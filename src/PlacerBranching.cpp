@@ -1,6 +1,6 @@
 // Branching: a kept node's children. A block gets its orientation first, then its relation to each
-// earlier block, one per level. Children are tested before they are made, so that a rejected one
-// costs a table look-up.
+// earlier block, one per level. Children are tested before they are made, so that one that the
+// bound cuts costs a table look-up, and one without room little more.
 
 #include <algorithm>
 #include <cstdlib>
@@ -22,22 +22,47 @@ struct Children {
     std::array<Choice, kMostChildren> choices;
     std::array<float, kMostChildren> wirelengths;
     std::array<float, kMostChildren> keys;
+    std::array<bool, kMostChildren> rejected;
+    unsigned rejectedNum = 0;
 
-    void add(Choice choice, float wirelength, float key) {
+    // A rejected child has its place in the order, but is not made.
+    void add(Choice choice, float wirelength, float key, bool isRejected = false) {
         choices[num] = choice;
         wirelengths[num] = wirelength;
         keys[num] = key;
+        rejected[num] = isRejected;
+        rejectedNum += isRejected ? 1 : 0;
         ++num;
+    }
+
+    // Part of the node's share of the tree that no child is left for.
+    float closedPart() const {
+        return num == 0 ? 1.0F : static_cast<float>(rejectedNum) / static_cast<float>(num);
     }
 
     // Puts the children in the place of the top node, the smallest key topmost; `make` makes each
     // out of a copy of the node.
     template <typename Make>
     void replaceTop(NodeStack& stack, const Make& make) const {
-        if (num == 0) {
+        const unsigned made = num - rejectedNum;
+        if (made == 0) {
             stack.pop();
             return;
         }
+        const std::array<unsigned, kMostChildren> order = explorationOrder();
+        stack.multiplyTop(made);
+        unsigned depth = 0;
+        for (unsigned i = 0; i < num; ++i) {
+            if (!rejected[order[i]]) {
+                BBNode& child = stack.fromTop(depth++);
+                child.wirelength = wirelengths[order[i]];
+                make(child, choices[order[i]]);
+            }
+        }
+    }
+
+private:
+    std::array<unsigned, kMostChildren> explorationOrder() const {
         std::array<unsigned, kMostChildren> order{0, 1, 2, 3};
         switch (num) {
             case 2:
@@ -56,23 +81,16 @@ struct Children {
             default:
                 break;
         }
-        stack.multiplyTop(num);
-        for (unsigned i = 0; i < num; ++i) {
-            BBNode& child = stack.fromTop(i);
-            child.wirelength = wirelengths[order[i]];
-            make(child, choices[order[i]]);
-        }
+        return order;
     }
 };
 
 }  // namespace
 
 void Placer::branch(NodeStack& stack, float bestWL, SearchCounters& counters) const {
-    const std::size_t openBefore = stack.size();
     const BBNode& node = stack.top();
-    const float share = node.share;
     if (node.isBlockComplete()) {
-        branchOrientations(stack, bestWL);
+        branchOrientations(stack, bestWL, counters);
     } else if (node.definedNodes > node.numBlocks - 1) {
         std::cout << "ERROR: Inadmissible value curBlockTotal or curBlockDef // Placer::branchingBB"
                   << std::endl
@@ -80,9 +98,6 @@ void Placer::branch(NodeStack& stack, float bestWL, SearchCounters& counters) co
         std::exit(0);
     } else {
         branchTopologies(stack, bestWL, counters);
-    }
-    if (stack.size() < openBefore) {
-        counters.closedShare += share;
     }
 }
 
@@ -117,7 +132,7 @@ float Placer::remainingDistance(const BBNode& node, unsigned next, Orient orient
     return sum;
 }
 
-void Placer::branchOrientations(NodeStack& stack, float bestWL) const {
+void Placer::branchOrientations(NodeStack& stack, float bestWL, SearchCounters& counters) const {
     const BBNode& node = stack.top();
     const unsigned next = node.numBlocks;
     const std::optional<Orient> steered = steeredOrient(node, next);
@@ -134,6 +149,7 @@ void Placer::branchOrientations(NodeStack& stack, float bestWL) const {
         const float wirelength = numTerms != 0 ? node.wirelength + termDist : node.wirelength;
         children.add(orient, wirelength, wirelength);
     }
+    counters.closedShare += node.share * children.closedPart();
     const float share = node.share / static_cast<float>(children.num);
     children.replaceTop(stack, [&](BBNode& child, Orient orient) {
         child.addBlock(orient, netlist);
@@ -167,8 +183,10 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchCounters& co
             continue;
         }
         const float wirelength = node.wirelength + distance;
-        children.add(topology, wirelength, remaining + wirelength);
+        children.add(topology, wirelength, remaining + wirelength,
+                     isRejectedUnmade(node, a, b, topology, counters));
     }
+    counters.closedShare += node.share * children.closedPart();
     const float share = node.share / static_cast<float>(children.num);
     children.replaceTop(stack, [&](BBNode& child, Topology topology) {
         child.relate(a, b, topology);
@@ -177,6 +195,22 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchCounters& co
         child.remaining = remaining;
         child.share = share;
     });
+}
+
+// True for a child that estimateNode would reject for certain whatever the best wirelength is by
+// then, and counts it as it would have been: most children have no room, and to copy and take a
+// node is what costs most about them.
+bool Placer::isRejectedUnmade(const BBNode& node, unsigned a, unsigned b, Topology topology,
+                              SearchCounters& counters) const {
+    const bool cyclic = node.closesCycle(a, b, topology);
+    if (!cyclic && !(params.getAreaConst() && node.leavesArea(a, b, topology, area()))) {
+        return false;
+    }
+    const bool complete = b + 1 == a;
+    counters.sortedNodes += complete && !cyclic ? 1 : 0;
+    ++counters.expandedNodes;
+    ++counters.prunedByBound[node.blockLevel];
+    return true;
 }
 
 std::array<unsigned, 3> Placer::sortThreeNodes(const std::array<float, 4>& keys) {

@@ -24,6 +24,13 @@ std::vector<float> relaxed(const Edges& edges, const std::vector<float>& weights
     return coords;
 }
 
+Edges reversed(Edges edges) {
+    for (auto& [from, to] : edges) {
+        std::swap(from, to);
+    }
+    return edges;
+}
+
 bool closesCycle(const Edges& edges, unsigned v, std::vector<bool>& done, std::vector<bool>& open) {
     if (done[v] || open[v]) {
         return open[v];
@@ -73,6 +80,14 @@ TEST(ConstraintGraph, CoordinatesAreLongestPathsAfterEveryPiece) {
                 longest = std::max(longest, coords[v] + weights[v]);
             }
             ASSERT_EQ(graph.getLength(), edges.empty() ? 0 : longest);
+            // Seen from the other end, coordinates are the paths that follow a vertex.
+            const std::vector<float> behind = relaxed(reversed(edges), weights);
+            for (unsigned i = 0; i < n; ++i) {
+                const auto from = static_cast<unsigned>(random() % n);
+                const auto to = static_cast<unsigned>(random() % n);
+                const float path = coords[from] + weights[from] + (weights[to] + behind[to]);
+                ASSERT_NEAR(graph.lengthThrough(from, to), path, 1e-5F * path);
+            }
         }
         std::set<std::pair<unsigned, unsigned>> out, in;
         for (unsigned v = 0; v < n; ++v) {
@@ -97,12 +112,14 @@ TEST(ConstraintGraph, CyclesAreNoticedWithTheEdgeThatClosesThem) {
         graph.addVert(n);
         Edges edges;
         for (bool cyclic = false; !cyclic;) {
-            edges.emplace_back(random() % n, random() % n);
-            graph.addEdge(edges.back().first, edges.back().second);
+            const auto& [from, to] = edges.emplace_back(random() % n, random() % n);
+            const bool foreseen = graph.closesCycle(from, to);
+            graph.addEdge(from, to);
             std::vector<bool> done(n, false), open(n, false);
             for (unsigned v = 0; v < n && !cyclic; ++v) {
                 cyclic = closesCycle(edges, v, done, open);
             }
+            ASSERT_EQ(foreseen, cyclic) << edges.size() << " edges";
             ASSERT_EQ(graph.topologicalSort(), !cyclic) << edges.size() << " edges";
         }
         EXPECT_FALSE(graph.topologicalSort());  // and stays so

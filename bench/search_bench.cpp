@@ -47,7 +47,7 @@ struct SearchedEngine : Engine {
 struct Search {
     explicit Search(const Design& design) : engine(design), area(design.area) {}
 
-    SearchWorker makeWorker() const { return {tables, levelCount}; }
+    SearchWorker makeWorker() const { return {tables, placer.getTables(), levelCount}; }
     // Inside the area and without a cycle, with all relations of its newest block.
     bool isPlaceable(BBNode& node) const {
         return node.numBlocks > 1 && node.isBlockComplete() && node.sortGraphs() &&
@@ -97,7 +97,7 @@ private:
         if (isKept && node.blockLevel < levelCount) {
             note(kept, node);
             worker.ownStack.push(node);
-            placer.branch(worker.ownStack, bestWL, worker.counters);
+            placer.branch(worker.ownStack, bestWL, worker);
         }
     }
 };
@@ -139,7 +139,7 @@ void branch(benchmark::State& state, const Sample& (*sample)()) {
     SearchWorker worker = search.makeWorker();
     onCopies(state, search.kept, [&](BBNode& node) {
         worker.ownStack.push(node);
-        search.placer.branch(worker.ownStack, search.bestWL, worker.counters);
+        search.placer.branch(worker.ownStack, search.bestWL, worker);
         while (!worker.ownStack.empty()) {
             worker.ownStack.pop();
         }

@@ -13,8 +13,6 @@ namespace {
 
 constexpr float kNoMove = floatBelow(0.001);
 constexpr unsigned kAlignmentRounds = 3;
-// More than the rounding of the additions along a path, of a thousand blocks even, can come to.
-constexpr float kBeyondRounding = 1.0001F;
 
 // Families are told apart among the workers of all searches, since nodes go from one to another. A
 // thread takes many numbers at a time, so that threads hardly ever meet over them.
@@ -62,23 +60,6 @@ void BBNode::relate(unsigned a, unsigned b, Topology topology) {
     }
     const Edge edge = edgeOf(a, b, topology);
     graph(edge.axis).addEdge(edge.from, edge.to);
-}
-
-BBNode::Edge BBNode::edgeOf(unsigned a, unsigned b, Topology topology) {
-    const Axis axis = topology == Topology::L || topology == Topology::R ? kX : kY;
-    const bool aFirst = topology == Topology::L || topology == Topology::B;
-    return aFirst ? Edge{axis, a, b} : Edge{axis, b, a};
-}
-
-bool BBNode::closesCycle(unsigned a, unsigned b, Topology topology) const {
-    const Edge edge = edgeOf(a, b, topology);
-    return graph(edge.axis).closesCycle(edge.from, edge.to);
-}
-
-bool BBNode::leavesArea(unsigned a, unsigned b, Topology topology, Area area) const {
-    const Edge edge = edgeOf(a, b, topology);
-    const float extent = edge.axis == kX ? area.width : area.height;
-    return graph(edge.axis).lengthThrough(edge.from, edge.to) > extent * kBeyondRounding;
 }
 
 bool BBNode::sortGraphs() {

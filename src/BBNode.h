@@ -46,10 +46,17 @@ public:
     // Fixes the relation of block a to block b: `topology` says where a lies.
     void relate(unsigned a, unsigned b, Topology topology);
     // Whether that relation would close a cycle.
-    bool closesCycle(unsigned a, unsigned b, Topology topology) const;
+    bool closesCycle(unsigned a, unsigned b, Topology topology) const {
+        const Edge edge = edgeOf(a, b, topology);
+        return graph(edge.axis).closesCycle(edge.from, edge.to);
+    }
     // Whether that relation, which closes no cycle, would certainly make the placement wider or
     // higher than the area. For a node with its coordinates found.
-    bool leavesArea(unsigned a, unsigned b, Topology topology, Area area) const;
+    bool leavesArea(unsigned a, unsigned b, Topology topology, Area area) const {
+        const Edge edge = edgeOf(a, b, topology);
+        const float extent = edge.axis == kX ? area.width : area.height;
+        return graph(edge.axis).lengthThrough(edge.from, edge.to) > extent * kBeyondRounding;
+    }
 
     // Every relation of the newest block is fixed.
     bool isBlockComplete() const { return numBlocks == 0 || definedNodes == numBlocks - 1; }
@@ -95,7 +102,13 @@ private:
         unsigned from;
         unsigned to;
     };
-    static Edge edgeOf(unsigned a, unsigned b, Topology topology);
+    static Edge edgeOf(unsigned a, unsigned b, Topology topology) {
+        const Axis axis = topology == Topology::L || topology == Topology::R ? kX : kY;
+        const bool aFirst = topology == Topology::L || topology == Topology::B;
+        return aFirst ? Edge{axis, a, b} : Edge{axis, b, a};
+    }
+    // More than the rounding of the additions along a path, of a thousand blocks even, can come to.
+    static constexpr float kBeyondRounding = 1.0001F;
 
     const ConsraintGraphList& graph(Axis axis) const {
         return axis == kX ? horizontalGraph : verticalGraph;

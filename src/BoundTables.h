@@ -32,6 +32,10 @@ public:
     float minOrientPairDist(unsigned a, unsigned b, Orient oa, Orient ob) const {
         return orientPairMinima[pairCell(a, b, oa, ob)];
     }
+    // The least that the blocks after `block` add.
+    float remainingAfter(unsigned block) const {
+        return minLevelRemainingDist[rowStart(block + 1)];
+    }
     void setMinOrientPairDist(unsigned a, unsigned b, Orient oa, Orient ob, float distance);
 
     // Index of the first entry of block i's row in the level lists, i >= 1: its terminal distance,

@@ -114,7 +114,7 @@ public:
 
     // Puts the children of the kept node on top of `stack` into its place, the most promising
     // topmost. Counts what the bound cuts.
-    void branch(NodeStack& stack, float bestWL, SearchCounters& counters) const;
+    void branch(NodeStack& stack, float bestWL, SearchWorker& worker) const;
 
     // Indexes of the keys in ascending order; the comparisons fix the order of equal keys.
     static std::array<unsigned, 3> sortThreeNodes(const std::array<float, 4>& keys);
@@ -161,10 +161,9 @@ private:
     std::optional<Orient> steeredOrient(const BBNode& node, unsigned block) const;
     std::optional<Topology> steeredTopology(const BBNode& node, unsigned a, unsigned b) const;
     bool isSteered(const BBNode& node) const;
-    float remainingDistance(const BBNode& node, unsigned next, Orient orient,
-                            unsigned defined) const;
+    float remainingDistance(const BBNode& node, unsigned next, Orient orient) const;
     void branchOrientations(NodeStack& stack, float bestWL, SearchCounters& counters) const;
-    void branchTopologies(NodeStack& stack, float bestWL, SearchCounters& counters) const;
+    void branchTopologies(NodeStack& stack, float bestWL, SearchWorker& worker) const;
     bool isRejectedUnmade(const BBNode& node, unsigned a, unsigned b, Topology topology,
                           SearchCounters& counters) const;
 

@@ -87,17 +87,17 @@ private:
 
 }  // namespace
 
-void Placer::branch(NodeStack& stack, float bestWL, SearchCounters& counters) const {
+void Placer::branch(NodeStack& stack, float bestWL, SearchWorker& worker) const {
     const BBNode& node = stack.top();
     if (node.isBlockComplete()) {
-        branchOrientations(stack, bestWL, counters);
+        branchOrientations(stack, bestWL, worker.counters);
     } else if (node.definedNodes > node.numBlocks - 1) {
         std::cout << "ERROR: Inadmissible value curBlockTotal or curBlockDef // Placer::branchingBB"
                   << std::endl
                   << "false numBlocks: " << numBlocks << std::endl;
         std::exit(0);
     } else {
-        branchTopologies(stack, bestWL, counters);
+        branchTopologies(stack, bestWL, worker);
     }
 }
 
@@ -121,12 +121,10 @@ std::optional<Topology> Placer::steeredTopology(const BBNode& node, unsigned a, 
     return std::nullopt;
 }
 
-// The least that the relations of block `next` from `defined` on, and all later blocks, still add
-// when it takes `orient`.
-float Placer::remainingDistance(const BBNode& node, unsigned next, Orient orient,
-                                unsigned defined) const {
-    float sum = tables.minLevelRemainingDist[BoundTables::rowStart(next + 1)];
-    for (unsigned j = next; j-- > defined;) {
+// The least that the relations of block `next`, and all later blocks, add when it takes `orient`.
+float Placer::remainingDistance(const BBNode& node, unsigned next, Orient orient) const {
+    float sum = tables.remainingAfter(next);
+    for (unsigned j = next; j-- > 0;) {
         sum += tables.minOrientPairDist(next, j, orient, node.blocksOrients[j]);
     }
     return sum;
@@ -143,7 +141,7 @@ void Placer::branchOrientations(NodeStack& stack, float bestWL, SearchCounters& 
             continue;
         }
         const float termDist = tables.minTermDist[kUnmirroredOrients * next + o];
-        if (next != 0 && bestWL < termDist + remainingDistance(node, next, orient, 0)) {
+        if (next != 0 && bestWL < termDist + remainingDistance(node, next, orient)) {
             continue;
         }
         const float wirelength = numTerms != 0 ? node.wirelength + termDist : node.wirelength;
@@ -159,11 +157,11 @@ void Placer::branchOrientations(NodeStack& stack, float bestWL, SearchCounters& 
     });
 }
 
-void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchCounters& counters) const {
+void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& worker) const {
     const BBNode& node = stack.top();
     const unsigned a = node.numBlocks - 1;
     const unsigned b = node.definedNodes;
-    const float remaining = remainingDistance(node, a, node.blocksOrients[a], b + 1);
+    const FamilyBounds::RelationBounds& bounds = worker.familyBounds.nextRelation(node);
     const std::optional<Topology> steered = steeredTopology(node, a, b);
     Children<Topology> children;
     for (unsigned t = 0; t < static_cast<unsigned>(Topology::LAST); ++t) {
@@ -171,10 +169,9 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchCounters& co
         if (steered && *steered != topology) {
             continue;
         }
-        const float distance =
-            tables.getMinDistances(a, b, node.blocksOrients[a], node.blocksOrients[b], topology);
-        if (distance + node.wirelength + remaining > bestWL) {
-            ++counters.cutAtBranching[node.blockLevel - 1];
+        const float distance = bounds.distances[t];
+        if (distance + node.wirelength + bounds.remaining > bestWL) {
+            ++worker.counters.cutAtBranching[node.blockLevel - 1];
             continue;
         }
         // A relation that costs much more than the level's cheapest one is given up, although its
@@ -183,16 +180,16 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchCounters& co
             continue;
         }
         const float wirelength = node.wirelength + distance;
-        children.add(topology, wirelength, remaining + wirelength,
-                     isRejectedUnmade(node, a, b, topology, counters));
+        children.add(topology, wirelength, bounds.remaining + wirelength,
+                     isRejectedUnmade(node, a, b, topology, worker.counters));
     }
-    counters.closedShare += node.share * children.closedPart();
+    worker.counters.closedShare += node.share * children.closedPart();
     const float share = node.share / static_cast<float>(children.num);
     children.replaceTop(stack, [&](BBNode& child, Topology topology) {
         child.relate(a, b, topology);
         ++child.definedNodes;
         ++child.blockLevel;
-        child.remaining = remaining;
+        child.remaining = bounds.remaining;
         child.share = share;
     });
 }

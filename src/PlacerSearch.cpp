@@ -150,7 +150,7 @@ void Placer::search(SearchState& state, const SearchTables& shared) {
 }
 
 void Placer::BBcore(SearchState& state, const SearchTables& shared) {
-    SearchWorker worker(shared, state.levelCount);
+    SearchWorker worker(shared, tables, state.levelCount);
     while (takeNode(state, worker.node)) {
         if (worker.node.blockLevel < kSharedLevels) {
             expandShared(state, worker);
@@ -194,7 +194,7 @@ void Placer::expandShared(SearchState& state, SearchWorker& worker) {
     if (isKept(state, worker, worker.node)) {
         const std::lock_guard lock(state.stackMutex);
         state.sharedStack.push(worker.node);
-        branch(state.sharedStack, state.bestWL.load(), worker.counters);
+        branch(state.sharedStack, state.bestWL.load(), worker);
         state.sharedStackEmpty.store(state.sharedStack.empty());
     }
 }
@@ -208,7 +208,7 @@ void Placer::workOwnStack(SearchState& state, SearchWorker& worker) {
             continue;
         }
         if (isKept(state, worker, worker.ownStack.top())) {
-            branch(worker.ownStack, state.bestWL.load(), worker.counters);
+            branch(worker.ownStack, state.bestWL.load(), worker);
         } else {
             worker.ownStack.pop();
         }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "AlignmentTables.h"
+#include "FamilyBounds.h"
 #include "LengthBound.h"
 #include "NodeStack.h"
 #include "SearchState.h"
@@ -20,15 +21,17 @@ struct SearchTables {
 };
 
 struct SearchWorker {
-    // `shared` must outlive the worker.
-    SearchWorker(const SearchTables& shared, unsigned levelCount)
+    // `shared` and `bounds` must outlive the worker.
+    SearchWorker(const SearchTables& shared, const BoundTables& bounds, unsigned levelCount)
         : tables(shared),
           placement(shared.alignment),
+          familyBounds(bounds, shared.alignment.getBlockNum()),
           boundSpace(shared.lengthBound.makeWorkspace()),
           counters(levelCount) {}
 
     const SearchTables& tables;
     WorkingPlacement placement;
+    FamilyBounds familyBounds;
     LengthBound::Workspace boundSpace;
     NodeStack ownStack;
     BBNode node;  // the one at hand

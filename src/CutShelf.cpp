@@ -5,13 +5,6 @@
 
 namespace korvel {
 
-namespace {
-
-// More cost more to try than they save.
-constexpr std::size_t kMostCuts = 32;
-
-}  // namespace
-
 CutShelf::CutShelf(const LengthNets& nets, Axis axis, unsigned placed, double slack)
     : nets(nets), slack(slack) {
     view.axis = axis;

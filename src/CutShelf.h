@@ -15,6 +15,9 @@ namespace korvel {
 
 class CutShelf {
 public:
+    // More cost more to try than they save.
+    static constexpr unsigned kMostCuts = 32;
+
     // `nets` must outlive the shelf. Gaps may be smaller by `slack`.
     CutShelf(const LengthNets& nets, Axis axis, unsigned placed, double slack);
 

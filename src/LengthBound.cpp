@@ -15,6 +15,8 @@ constexpr double kRounding = 1e-5;
 constexpr double kUnitRoundoff = 1.0 / (1 << 24);
 // A cut that is better than this node needs is good for more of those that come.
 constexpr double kBeyond = 1.3;
+// Cuts tried for a node that stands for several: more cost more to try than they save.
+constexpr unsigned kCutsForSeveral = 8;
 
 // Every block's index is its place, and no terminal is taken for a block.
 bool inOrder(const Netlist& netlist, unsigned numBlocks) {
@@ -84,10 +86,14 @@ double LengthBound::leastLength(const BBNode& node, Workspace& space, double eno
     const double base =
         nets.terminalLength(node.numBlocks) - 2 * rounding * static_cast<double>(nets.getNetNum());
     const double target = enough / sumKept - base;
-    // First what was good for other nodes, then something better for this one.
     Trial x = space.startTrial(kX, node);
     Trial y = space.startTrial(kY, node);
-    if (!tryCuts(x, y, target)) {
+    if (!node.isBlockComplete()) {
+        tryCuts(x, y, target, kCutsForSeveral);
+        return (base + x.value + y.value) * sumKept;
+    }
+    // First what was good for other nodes, then something better for this one.
+    if (!tryCuts(x, y, target, CutShelf::kMostCuts)) {
         RaiseOdds& odds = space.odds[node.numBlocks];
         const double reached = (base + x.value + y.value) / (base + target);
         if (odds.areGood(reached)) {
@@ -97,11 +103,11 @@ double LengthBound::leastLength(const BBNode& node, Workspace& space, double eno
     return (base + x.value + y.value) * sumKept;
 }
 
-// True when the cuts known so far reach the target; those that did are the first to be tried on
+// True when the first cuts known reach the target; those that did are the first to be tried on
 // the next node.
-bool LengthBound::tryCuts(Trial& x, Trial& y, double target) {
-    const unsigned mostCuts = std::max(x.shelf.size(), y.shelf.size());
-    for (unsigned rank = 0; rank < mostCuts; ++rank) {
+bool LengthBound::tryCuts(Trial& x, Trial& y, double target, unsigned most) {
+    const unsigned num = std::min(most, std::max(x.shelf.size(), y.shelf.size()));
+    for (unsigned rank = 0; rank < num; ++rank) {
         x.take(rank);
         y.take(rank);
         if (x.value + y.value >= target) {

@@ -72,13 +72,14 @@ public:
     Workspace makeWorkspace() const { return Workspace(*this); }
 
     // The bound for a block-complete node with its coordinates found; 0 when none is known. More
-    // than `enough` is not asked for.
+    // than `enough` is not asked for. A node that lacks relations stands for all that it can
+    // become, and what is known is only glanced at: those that are left are asked for themselves.
     double leastLength(const BBNode& node, Workspace& space, double enough) const;
 
 private:
     using Trial = Workspace::Trial;
 
-    static bool tryCuts(Trial& x, Trial& y, double target);
+    static bool tryCuts(Trial& x, Trial& y, double target, unsigned most);
     static bool raiseBoth(Trial& x, Trial& y, double target, Workspace& space);
     static void raise(Trial& trial, double target, Workspace& space);
 

@@ -154,6 +154,10 @@ private:
         return stopRequested.load(std::memory_order_relaxed) ||
                passEnded.load(std::memory_order_relaxed);
     }
+    // Whether no alignment saves the node, nor any that it becomes by further relations of its
+    // newest block: with what `remaining` blocks add at least, its wirelength is too long. Takes
+    // nodes inside the area, with their coordinates found.
+    bool isHopeless(const BBNode& node, float remaining, float bestWL, SearchWorker& worker) const;
     void finishSearch(const AlignmentTables& alignment);
     void reportSearch();
 
@@ -164,8 +168,6 @@ private:
     float remainingDistance(const BBNode& node, unsigned next, Orient orient) const;
     void branchOrientations(NodeStack& stack, float bestWL, SearchCounters& counters) const;
     void branchTopologies(NodeStack& stack, float bestWL, SearchWorker& worker) const;
-    bool isRejectedUnmade(const BBNode& node, unsigned a, unsigned b, Topology topology,
-                          SearchCounters& counters) const;
 
     std::ostream& out;
     unsigned numBlocks = 0;  // from the benchmark, then those that the current pass places

@@ -22,10 +22,9 @@ struct Children {
     std::array<Choice, kMostChildren> choices;
     std::array<float, kMostChildren> wirelengths;
     std::array<float, kMostChildren> keys;
-    std::array<bool, kMostChildren> rejected;
+    std::array<bool, kMostChildren> rejected;  // has its place in the order, but is not made
     unsigned rejectedNum = 0;
 
-    // A rejected child has its place in the order, but is not made.
     void add(Choice choice, float wirelength, float key, bool isRejected = false) {
         choices[num] = choice;
         wirelengths[num] = wirelength;
@@ -33,6 +32,11 @@ struct Children {
         rejected[num] = isRejected;
         rejectedNum += isRejected ? 1 : 0;
         ++num;
+    }
+    unsigned madeNum() const { return num - rejectedNum; }
+    void rejectAll() {
+        rejected.fill(true);
+        rejectedNum = num;
     }
 
     // Part of the node's share of the tree that no child is left for.
@@ -44,13 +48,12 @@ struct Children {
     // out of a copy of the node.
     template <typename Make>
     void replaceTop(NodeStack& stack, const Make& make) const {
-        const unsigned made = num - rejectedNum;
-        if (made == 0) {
+        if (madeNum() == 0) {
             stack.pop();
             return;
         }
         const std::array<unsigned, kMostChildren> order = explorationOrder();
-        stack.multiplyTop(made);
+        stack.multiplyTop(madeNum());
         unsigned depth = 0;
         for (unsigned i = 0; i < num; ++i) {
             if (!rejected[order[i]]) {
@@ -84,6 +87,15 @@ private:
         return order;
     }
 };
+
+// Counts children that estimateNode would reject for certain, whatever the best wirelength is by
+// then, as if it had. They are not made: most children have no room, and what costs most about them
+// is to copy and take a node.
+void countRejected(SearchCounters& counters, unsigned level, unsigned number, unsigned sorted) {
+    counters.expandedNodes += number;
+    counters.prunedByBound[level - 1] += number;
+    counters.sortedNodes += sorted;
+}
 
 }  // namespace
 
@@ -162,6 +174,7 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& work
     const unsigned a = node.numBlocks - 1;
     const unsigned b = node.definedNodes;
     const FamilyBounds::RelationBounds& bounds = worker.familyBounds.nextRelation(node);
+    const bool completes = b + 1 == a;
     const std::optional<Topology> steered = steeredTopology(node, a, b);
     Children<Topology> children;
     for (unsigned t = 0; t < static_cast<unsigned>(Topology::LAST); ++t) {
@@ -180,8 +193,18 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& work
             continue;
         }
         const float wirelength = node.wirelength + distance;
-        children.add(topology, wirelength, bounds.remaining + wirelength,
-                     isRejectedUnmade(node, a, b, topology, worker.counters));
+        const bool cyclic = node.closesCycle(a, b, topology);
+        const bool rejected =
+            cyclic || (params.getAreaConst() && node.leavesArea(a, b, topology, area()));
+        children.add(topology, wirelength, bounds.remaining + wirelength, rejected);
+        if (rejected) {
+            countRejected(worker.counters, node.blockLevel + 1, 1, completes && !cyclic ? 1 : 0);
+        }
+    }
+    // One look at what they have in common may do for all.
+    if (completes && children.madeNum() > 1 && isHopeless(node, bounds.remaining, bestWL, worker)) {
+        countRejected(worker.counters, node.blockLevel + 1, children.madeNum(), children.madeNum());
+        children.rejectAll();
     }
     worker.counters.closedShare += node.share * children.closedPart();
     const float share = node.share / static_cast<float>(children.num);
@@ -192,22 +215,6 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& work
         child.remaining = bounds.remaining;
         child.share = share;
     });
-}
-
-// True for a child that estimateNode would reject for certain whatever the best wirelength is by
-// then, and counts it as it would have been: most children have no room, and to copy and take a
-// node is what costs most about them.
-bool Placer::isRejectedUnmade(const BBNode& node, unsigned a, unsigned b, Topology topology,
-                              SearchCounters& counters) const {
-    const bool cyclic = node.closesCycle(a, b, topology);
-    if (!cyclic && !(params.getAreaConst() && node.leavesArea(a, b, topology, area()))) {
-        return false;
-    }
-    const bool complete = b + 1 == a;
-    counters.sortedNodes += complete && !cyclic ? 1 : 0;
-    ++counters.expandedNodes;
-    ++counters.prunedByBound[node.blockLevel];
-    return true;
 }
 
 std::array<unsigned, 3> Placer::sortThreeNodes(const std::array<float, 4>& keys) {

@@ -53,6 +53,11 @@ float roundDown(double bound) {
     return std::nextafter(static_cast<float>(bound), 0.0F);
 }
 
+// Strictly better bounds only: a tie cannot improve the best placement.
+bool isBetter(float wirelength, float remaining, float bestWL) {
+    return bestWL > remaining + wirelength;
+}
+
 bool isOver(SearchState& state) {
     if (state.activeWorkers.load() != 0) {
         return false;
@@ -288,25 +293,30 @@ bool Placer::estimateNode(BBNode& node, float bestWL, SearchWorker& worker) cons
         }
     }
 
-    // Strictly better bounds only: a tie cannot improve the best placement.
-    const auto isHopeless = [&](float wirelength) {
-        return !(bestWL > node.remaining + wirelength);
-    };
-
     // 3. Only block-complete nodes pay for alignment and wirelength, and of these not the ones
     // that no alignment can save.
+    const auto isTooLong = [&](float wirelength) {
+        return !isBetter(wirelength, node.remaining, bestWL);
+    };
     if (complete) {
-        if (bestWL < std::numeric_limits<float>::max() && params.getAreaConst()) {
-            const LengthBound& bound = worker.tables.lengthBound;
-            const double enough = 1.0001 * (double{bestWL} - node.remaining);
-            if (isHopeless(roundDown(bound.leastLength(node, worker.boundSpace, enough)))) {
-                return false;
-            }
+        if (isHopeless(node, node.remaining, bestWL, worker)) {
+            return false;
         }
         node.placeAndAlign(worker.placement, params.getAreaConst(), area());
-        node.wirelength = worker.placement.partialHPWL(isHopeless);
+        node.wirelength = worker.placement.partialHPWL(isTooLong);
     }
-    return !isHopeless(node.wirelength);
+    return !isTooLong(node.wirelength);
+}
+
+bool Placer::isHopeless(const BBNode& node, float remaining, float bestWL,
+                        SearchWorker& worker) const {
+    if (bestWL == std::numeric_limits<float>::max() || !params.getAreaConst()) {
+        return false;
+    }
+    const double enough = 1.0001 * (double{bestWL} - remaining);
+    const LengthBound& bound = worker.tables.lengthBound;
+    const float least = roundDown(bound.leastLength(node, worker.boundSpace, enough));
+    return !isBetter(least, remaining, bestWL);
 }
 
 // Brings the netlist to the best placement, and measures it.

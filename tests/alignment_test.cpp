@@ -7,14 +7,22 @@
 namespace korvel::test {
 namespace {
 
-// A node of the first dies in random orientations and relations that fits the area; empty if the
-// draw does not.
-BBNode randomNode(std::mt19937& random, const Netlist& netlist, unsigned dies, Area area) {
+// A node of the first dies in random orientations and relations that fits the area, and the same
+// before its last relation; empty if the draw does not fit.
+struct RandomNodes {
+    BBNode whole;
+    BBNode unfinished;
+};
+RandomNodes randomNode(std::mt19937& random, const Netlist& netlist, unsigned dies, Area area) {
     BBNode node;
+    BBNode unfinished;
     for (unsigned a = 0; a < dies; ++a) {
         node.addBlock(static_cast<Orient>(random() % 4), netlist);
+        node.definedNodes = 0;
         for (unsigned b = 0; b < a; ++b) {
+            unfinished = node;
             node.relate(a, b, static_cast<Topology>(random() % 4));
+            ++node.definedNodes;
             if (!node.sortGraphs()) {
                 return {};
             }
@@ -23,7 +31,7 @@ BBNode randomNode(std::mt19937& random, const Netlist& netlist, unsigned dies, A
     }
     node.updateSizes();
     const bool fits = area.width == 0 || (node.width <= area.width && node.height <= area.height);
-    return fits ? node : BBNode();
+    return fits ? RandomNodes{node, unfinished} : RandomNodes{};
 }
 
 // Many pins in few columns and rows between two dies, as bumps are.
@@ -85,7 +93,7 @@ unsigned expectSame(Design design, std::mt19937& random) {
     unsigned compared = 0;
     for (unsigned draw = 0; draw < 60; ++draw) {
         const unsigned placed = 2 + static_cast<unsigned>(random()) % (dies - 1);
-        BBNode node = randomNode(random, fast.netlist, placed, design.area);
+        const auto [node, unfinished] = randomNode(random, fast.netlist, placed, design.area);
         if (node.numBlocks == 0) {
             continue;
         }
@@ -107,6 +115,7 @@ unsigned expectSame(Design design, std::mt19937& random) {
         EXPECT_EQ(placement.partialHPWL([length](float sum) { return sum > length; }), length);
         if (design.area.width > 0) {
             constexpr double kAll = 1e30;
+            EXPECT_LE(bound.leastLength(unfinished, space, kAll), length);
             EXPECT_LE(bound.leastLength(node, space, kAll), length);
         }
         fast.netlist.unplaceAllNets();

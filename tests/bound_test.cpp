@@ -10,6 +10,7 @@ namespace {
 
 BBNode grown(BBNode node, const Netlist& netlist, Orient orient) {
     node.addBlock(orient, netlist);
+    node.definedNodes = 0;
     return node;
 }
 
@@ -17,6 +18,7 @@ BBNode grown(BBNode node, const Netlist& netlist, Orient orient) {
 BBNode related(BBNode node, const std::vector<Topology>& relations) {
     for (unsigned b = 0; b < relations.size(); ++b) {
         node.relate(node.numBlocks - 1, b, relations[b]);
+        ++node.definedNodes;
     }
     if (node.sortGraphs()) {
         node.findCoords();

@@ -13,6 +13,7 @@ namespace korvel {
 namespace {
 
 constexpr unsigned kMostChildren = 4;
+constexpr float kLeastShare = 1e-30F;
 
 // The children of one node, before they are made: what is chosen, and where they belong in the
 // order of exploration.
@@ -39,9 +40,14 @@ struct Children {
         rejectedNum = num;
     }
 
-    // Part of the node's share of the tree that no child is left for.
-    float closedPart() const {
-        return num == 0 ? 1.0F : static_cast<float>(rejectedNum) / static_cast<float>(num);
+    // What each gets of the node's share of the tree. Nothing where it would be next to nothing:
+    // the smallest numbers of all are slow to reckon with.
+    float shareOfEach(float share) const {
+        return share > kLeastShare ? share / static_cast<float>(num) : 0.0F;
+    }
+    // Part of the node's share that no child is left for.
+    float closedShare(float share) const {
+        return num == 0 ? share : shareOfEach(share) * static_cast<float>(rejectedNum);
     }
 
     // Puts the children in the place of the top node, the smallest key topmost; `make` makes each
@@ -159,8 +165,8 @@ void Placer::branchOrientations(NodeStack& stack, float bestWL, SearchCounters& 
         const float wirelength = numTerms != 0 ? node.wirelength + termDist : node.wirelength;
         children.add(orient, wirelength, wirelength);
     }
-    counters.closedShare += node.share * children.closedPart();
-    const float share = node.share / static_cast<float>(children.num);
+    counters.closedShare += children.closedShare(node.share);
+    const float share = children.shareOfEach(node.share);
     children.replaceTop(stack, [&](BBNode& child, Orient orient) {
         child.addBlock(orient, netlist);
         ++child.blockLevel;
@@ -206,8 +212,8 @@ void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& work
         countRejected(worker.counters, node.blockLevel + 1, children.madeNum(), children.madeNum());
         children.rejectAll();
     }
-    worker.counters.closedShare += node.share * children.closedPart();
-    const float share = node.share / static_cast<float>(children.num);
+    worker.counters.closedShare += children.closedShare(node.share);
+    const float share = children.shareOfEach(node.share);
     children.replaceTop(stack, [&](BBNode& child, Topology topology) {
         child.relate(a, b, topology);
         ++child.definedNodes;

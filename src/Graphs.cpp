@@ -42,7 +42,8 @@ void ConsraintGraphList::addEdge(unsigned int from, unsigned int to) {
     cyclic = cyclic || reached(to).contains(from);
     setBit(row(from, kOut), to);
     setBit(row(to, kIn), from);
-    if (!cyclic) {
+    // An edge along a path is news to nobody.
+    if (!cyclic && !reached(from).contains(to)) {
         noteReached(from, to);
         lengthenTail(from, spans[to].tail);
     }

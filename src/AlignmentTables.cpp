@@ -370,6 +370,7 @@ private:
 
     void findDependents() {
         t.dependentBlocks.resize(t.numBlocks + 1);
+        t.partnersOfAsker.resize(t.numBlocks + 1);
         for (unsigned block = 0; block < t.numBlocks; ++block) {
             for (const unsigned number : groupsOfBody[block]) {
                 addDependent(groups[number].first, block);
@@ -380,6 +381,7 @@ private:
                     addDependent(bodyOf(*pin), block);
                 }
             }
+            t.partnersOfAsker[t.terminalBody()].push_back(block);
         }
     }
     // Blocks come in their order.
@@ -390,6 +392,9 @@ private:
         std::vector<unsigned>& dependents = t.dependentBlocks[body];
         if (dependents.empty() || dependents.back() != block) {
             dependents.push_back(block);
+            if (body != t.terminalBody()) {
+                t.partnersOfAsker[block].push_back(body);
+            }
         }
     }
 

@@ -128,6 +128,9 @@ public:
 
     // The blocks whose ballots the body takes part in.
     const std::vector<unsigned>& dependents(unsigned body) const { return dependentBlocks[body]; }
+    // The blocks that take part in the block's ballots, itself as well: all that may move. For the
+    // terminals' body all blocks.
+    const std::vector<unsigned>& partners(unsigned asker) const { return partnersOfAsker[asker]; }
     // The bodies of a block index; see Body::index.
     const std::vector<unsigned>& bodiesOf(unsigned index) const { return indexBodies[index]; }
 
@@ -198,6 +201,7 @@ private:
     };
     std::vector<Fill> fullestNets;  // by number of placed blocks: the net nearest to overflowing
     std::vector<std::vector<unsigned>> dependentBlocks;
+    std::vector<std::vector<unsigned>> partnersOfAsker;
     std::vector<std::vector<unsigned>> indexBodies;
     std::vector<float> laneOffsetsByDirection[2];  // as they are, reversed
     std::vector<Quad> siteOffsetsByOrient[kUnmirroredOrients];

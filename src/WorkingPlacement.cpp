@@ -10,12 +10,18 @@ namespace {
 
 // What a handful of roundings may change, of the largest value that takes part.
 constexpr double kRounding = 0x1p-21;
+// What a vote of a bundle takes, in those of single nets.
+constexpr unsigned kVotesOfBundle = 10;
 
 }  // namespace
 
 // Terminals are where their offsets say; blocks are placed later.
 WorkingPlacement::WorkingPlacement(const AlignmentTables& tables)
-    : tables(tables), lanes(tables.laneOffsets(0)), sites(tables.siteOffsets(Orient::N)) {
+    : tables(tables),
+      lanes(tables.laneOffsets(0)),
+      sites(tables.siteOffsets(Orient::N)),
+      knownSteps{TrailMemo<float>(tables.getBlockNum()), TrailMemo<float>(tables.getBlockNum())},
+      knownLengths(std::size_t{kAxes} * tables.getBlockNum()) {
     const std::size_t bodyNum = tables.bodies.size();
     const std::size_t blockNum = tables.getBlockNum();
     orients.assign(bodyNum, Orient::N);
@@ -24,8 +30,9 @@ WorkingPlacement::WorkingPlacement(const AlignmentTables& tables)
         edges[axis].assign(bodyNum, 0.0F);
         drifts[axis].assign(bodyNum, 0.0);
         wholeExtents[axis].assign(blockNum, 0.0F);
-        wanted[axis].assign(blockNum, 0.0F);
-        outdated[axis].assign(blockNum, 1);
+        trails[axis].resize(blockNum);
+        wanted[axis].assign(blockNum + 1, 0.0F);
+        outdated[axis].assign(blockNum + 1, 1);
     }
 }
 
@@ -48,6 +55,7 @@ void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
         wholeExtents[axis][block] = std::trunc(tables.extents[family][block]);
         const float edge = edges[axis][block];
         drifts[axis][block] = kRounding * reachOf(block, axis);
+        trails[axis][block] = Trail(orient, edge);
         const std::vector<float>& offsets = tables.laneOffsets(turn);
         for (unsigned i = body.lanes[family].begin; i < body.lanes[family].end; ++i) {
             lanes[i] = edge + offsets[i];
@@ -61,26 +69,55 @@ void WorkingPlacement::place(unsigned block, Point corner, Orient orient) {
 }
 
 Point WorkingPlacement::wantedStep(unsigned block) {
-    if (outdated[kX][block] != 0 || outdated[kY][block] != 0) {
-        const AlignmentTables::Ballot& ballot = tables.blockBallot(numPlaced, block);
-        vote(ballot);
-        for (const Axis axis : {kX, kY}) {
-            if (outdated[axis][block] != 0) {
-                voteOfBundles(ballot, axis);
-                wanted[axis][block] = votes.step(axis, Middle::Lower);
-                outdated[axis][block] = 0;
-            }
-        }
-    }
-    return {wanted[kX][block], wanted[kY][block]};
+    return outcome(tables.blockBallot(numPlaced, block), block, Middle::Lower);
 }
 
 Point WorkingPlacement::wantedStepToTerminals() {
-    const AlignmentTables::Ballot& ballot = tables.terminalBallot(numPlaced);
-    vote(ballot);
-    voteOfBundles(ballot, kX);
-    voteOfBundles(ballot, kY);
-    return votes.step(Middle::Upper);
+    const unsigned asker = tables.terminalBody();
+    outdated[kX][asker] = 1;
+    outdated[kY][asker] = 1;
+    return outcome(tables.terminalBallot(numPlaced), asker, Middle::Upper);
+}
+
+// Votes are taken along the axes where that is not known already.
+Point WorkingPlacement::outcome(const AlignmentTables::Ballot& ballot, unsigned asker,
+                                Middle middle) {
+    const bool asks[kAxes] = {outdated[kX][asker] != 0 && !isRemembered(kX, ballot, asker),
+                              outdated[kY][asker] != 0 && !isRemembered(kY, ballot, asker)};
+    if (asks[kX] || asks[kY]) {
+        vote(ballot);
+    }
+    for (const Axis axis : {kX, kY}) {
+        if (asks[axis]) {
+            voteOfBundles(ballot, axis);
+            wanted[axis][asker] = votes.step(axis, middle);
+            knownSteps[axis].keep(wanted[axis][asker]);
+        }
+        outdated[axis][asker] = 0;
+    }
+    return {wanted[kX][asker], wanted[kY][asker]};
+}
+
+// Takes the step over from when all that it depends on stood as it does now.
+bool WorkingPlacement::isRemembered(Axis axis, const AlignmentTables::Ballot& ballot,
+                                    unsigned asker) {
+    TrailMemo<float>& memo = knownSteps[axis];
+    const unsigned bundleNum = ballot.bundles.end - ballot.bundles.begin;
+    const std::vector<unsigned>& partners = tables.partners(asker);
+    const unsigned effort = ballot.mostVotes + kVotesOfBundle * bundleNum;
+    if (!memo.ask(numPlaced * (tables.getBlockNum() + 1) + asker, effort, partners.size())) {
+        return false;
+    }
+    for (const unsigned partner : partners) {
+        if (partner < numPlaced) {
+            memo.add(trails[axis][partner]);
+        }
+    }
+    const float* known = memo.known();
+    if (known != nullptr) {
+        wanted[axis][asker] = *known;
+    }
+    return known != nullptr;
 }
 
 void WorkingPlacement::vote(const AlignmentTables::Ballot& ballot) {
@@ -190,6 +227,7 @@ void WorkingPlacement::moveBody(unsigned index, Point distance) {
             continue;
         }
         edges[axis][index] += along;
+        trails[axis][index].add(along);
         drifts[axis][index] += kRounding * (reachOf(index, axis) + drifts[axis][index]);
         const AlignmentTables::Range moved = lanesAlong(index, axis);
         for (unsigned i = moved.begin; i < moved.end; ++i) {

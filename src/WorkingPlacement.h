@@ -10,6 +10,7 @@
 
 #include "AlignmentTables.h"
 #include "StepVotes.h"
+#include "TrailMemo.h"
 
 namespace korvel {
 
@@ -30,7 +31,7 @@ public:
     float wholeExtent(Axis axis, unsigned block) const { return wholeExtents[axis][block]; }
 
     // The step that the nets of the block ask for. Asking again costs nothing as long as no pin
-    // that it depends on has moved.
+    // that it depends on has moved, and little where all have stood the same way lately.
     Point wantedStep(unsigned block);
     // The common step that the nets to terminals ask for.
     Point wantedStepToTerminals();
@@ -44,7 +45,7 @@ public:
     // their length is not known yet. Summed net by net, in float, until the sum is found to be
     // useless: `isUseless(sum)` must stay true once it is. Then the result is some useless sum.
     template <typename IsUseless>
-    float partialHPWL(const IsUseless& isUseless) const;
+    float partialHPWL(const IsUseless& isUseless);
 
     // Brings the netlist's placed blocks and their pins here, marked and counted as placed.
     void applyTo(Netlist& netlist) const;
@@ -57,9 +58,13 @@ private:
     AlignmentTables::Range lanesAlong(unsigned body, Axis axis) const {
         return tables.bodies[body].lanes[familyAlong(body, axis)];
     }
+    Point outcome(const AlignmentTables::Ballot& ballot, unsigned asker, Middle middle);
+    bool isRemembered(Axis axis, const AlignmentTables::Ballot& ballot, unsigned asker);
     void vote(const AlignmentTables::Ballot& ballot);
     void voteOfBundles(const AlignmentTables::Ballot& ballot, Axis axis);
     SortedRun runOf(const AlignmentTables::BundleVote& vote, Axis axis) const;
+    template <typename IsUseless>
+    float sumHPWL(const IsUseless& isUseless) const;
     float leastHPWL() const;
     double leastLength(unsigned bundle, Axis axis) const;
     double laneOrigin(unsigned body, Axis axis) const;
@@ -82,20 +87,42 @@ private:
     std::vector<double> drifts[kAxes];       // by body: how far its lanes may be from where they
                                              // belong by the edge
     std::vector<float> wholeExtents[kAxes];  // by block
-    std::vector<float> wanted[kAxes];        // last answer of the vote, by block
-    std::vector<char> outdated[kAxes];       // the vote has to be taken again, by block
+    // By asker: a block, or the body of the terminals for the step toward them.
+    std::vector<float> wanted[kAxes];   // last outcome of its vote
+    std::vector<char> outdated[kAxes];  // the vote has to be taken again
     StepVotes votes;
+    std::vector<Trail> trails[kAxes];  // by block
+    TrailMemo<float> knownSteps[kAxes];
+    TrailMemo<float> knownLengths;
 };
 
 template <typename IsUseless>
-float WorkingPlacement::partialHPWL(const IsUseless& isUseless) const {
+float WorkingPlacement::partialHPWL(const IsUseless& isUseless) {
     tables.checkPlacedCounts(numPlaced);
-    const AlignmentTables::Range runs = tables.lengthRunsOf(numPlaced);
-    float sum = leastHPWL();
-    if (isUseless(sum)) {
-        return sum;
+    if (knownLengths.ask(numPlaced, tables.getNetNum(), std::size_t{kAxes} * numPlaced)) {
+        for (unsigned block = 0; block < numPlaced; ++block) {
+            knownLengths.add(trails[kX][block]);
+            knownLengths.add(trails[kY][block]);
+        }
+        if (const float* known = knownLengths.known()) {
+            return *known;
+        }
     }
-    sum = 0.0F;
+    const float least = leastHPWL();
+    if (isUseless(least)) {
+        return least;
+    }
+    const float sum = sumHPWL(isUseless);
+    if (!isUseless(sum)) {
+        knownLengths.keep(sum);
+    }
+    return sum;
+}
+
+template <typename IsUseless>
+float WorkingPlacement::sumHPWL(const IsUseless& isUseless) const {
+    const AlignmentTables::Range runs = tables.lengthRunsOf(numPlaced);
+    float sum = 0.0F;
     for (unsigned i = runs.begin; i < runs.end && !isUseless(sum); ++i) {
         const AlignmentTables::LengthRun& run = tables.lengthRuns[i];
         switch (run.kind) {

@@ -111,6 +111,9 @@ unsigned expectSame(Design design, std::mt19937& random) {
         }
         const float length = placement.partialHPWL([](float) { return false; });
         EXPECT_EQ(length, alignment.partialLength());
+        // What is remembered of it, is it.
+        node.placeAndAlign(placement, design.area.width > 0, design.area);
+        EXPECT_EQ(placement.partialHPWL([](float) { return false; }), length);
         // A sum is not taken for useless before it is.
         EXPECT_EQ(placement.partialHPWL([length](float sum) { return sum > length; }), length);
         if (design.area.width > 0) {

@@ -80,6 +80,7 @@ void ConsraintGraphList::addWeight(unsigned int node, float weight) {
     KORVEL_INVARIANT(node < numVert, "node < numVert");
     spans[node].weight = weight;
     spans[node].tail = weight;
+    hasNegative = hasNegative || weight < 0;
 }
 
 bool ConsraintGraphList::topologicalSort() {

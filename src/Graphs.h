@@ -37,9 +37,10 @@ public:
         return reached(to).contains(from);
     }
     // What the length cannot fall below with that edge, which closes no cycle; but for rounding,
-    // since it is not added up in the order of the path. For a graph with its coordinates found.
+    // since it is not added up in the order of the path. 0 where a weight is negative: then a path
+    // may be longer than all that it leads to. For a graph with its coordinates found.
     float lengthThrough(unsigned int from, unsigned int to) const {
-        return spans[from].coord + spans[from].weight + spans[to].tail;
+        return hasNegative ? 0.0F : spans[from].coord + spans[from].weight + spans[to].tail;
     }
     // Extent of the vertex along the axis. Set it before the vertex gets its first edge.
     void addWeight(unsigned int node, float weight);
@@ -95,8 +96,9 @@ private:
     unsigned rowWords = 1;
     bool changed = false;  // edges have come since the last successful sort
     bool cyclic = false;
-    bool sorted = false;    // a sort waits for findCoord
-    unsigned measured = 0;  // vertices that findCoord has seen
+    bool hasNegative = false;  // a weight
+    bool sorted = false;       // a sort waits for findCoord
+    unsigned measured = 0;     // vertices that findCoord has seen
     float length = 0.0F;
     std::vector<std::uint64_t> rows;
     std::vector<Span> spans;

@@ -156,6 +156,22 @@ TEST(ConstraintGraph, AVertexAloneIsNoChangeAndCopiesGoTheirOwnWay) {
     EXPECT_TRUE(child.getOutcomingEdges(1).empty());
 }
 
+// A path may go on to where it is shorter, and its length counts at its end only.
+TEST(ConstraintGraph, ForeseesNoLengthWithNegativeWeights) {
+    ConsraintGraphList graph;
+    graph.addVert(3);
+    graph.addWeight(0, 5);
+    graph.addWeight(1, -3);
+    graph.addWeight(2, 1);
+    graph.addEdge(0, 1);
+    graph.calcConstraintGraph();
+    EXPECT_EQ(graph.getLength(), 2);
+    EXPECT_LE(graph.lengthThrough(2, 0), 3);
+    graph.addEdge(2, 0);
+    graph.calcConstraintGraph();
+    EXPECT_EQ(graph.getLength(), 3);
+}
+
 TEST(ConstraintGraph, LengthNeverFalls) {
     ConsraintGraphList graph;
     graph.addVert(3);

@@ -20,7 +20,7 @@ WorkingPlacement::WorkingPlacement(const AlignmentTables& tables)
     : tables(tables),
       lanes(tables.laneOffsets(0)),
       sites(tables.siteOffsets(Orient::N)),
-      knownSteps{TrailMemo<float>(tables.getBlockNum()), TrailMemo<float>(tables.getBlockNum())},
+      knownSteps{TrailMemo(tables.getBlockNum()), TrailMemo(tables.getBlockNum())},
       knownLengths(std::size_t{kAxes} * tables.getBlockNum()) {
     const std::size_t bodyNum = tables.bodies.size();
     const std::size_t blockNum = tables.getBlockNum();
@@ -101,7 +101,7 @@ Point WorkingPlacement::outcome(const AlignmentTables::Ballot& ballot, unsigned 
 // Takes the step over from when all that it depends on stood as it does now.
 bool WorkingPlacement::isRemembered(Axis axis, const AlignmentTables::Ballot& ballot,
                                     unsigned asker) {
-    TrailMemo<float>& memo = knownSteps[axis];
+    TrailMemo& memo = knownSteps[axis];
     const unsigned bundleNum = ballot.bundles.end - ballot.bundles.begin;
     const std::vector<unsigned>& partners = tables.partners(asker);
     const unsigned effort = ballot.mostVotes + kVotesOfBundle * bundleNum;

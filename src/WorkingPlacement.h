@@ -92,8 +92,8 @@ private:
     std::vector<char> outdated[kAxes];  // the vote has to be taken again
     StepVotes votes;
     std::vector<Trail> trails[kAxes];  // by block
-    TrailMemo<float> knownSteps[kAxes];
-    TrailMemo<float> knownLengths;
+    TrailMemo knownSteps[kAxes];
+    TrailMemo knownLengths;
 };
 
 template <typename IsUseless>

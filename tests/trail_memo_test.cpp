@@ -23,7 +23,7 @@ protected:
         return memo.known();
     }
 
-    TrailMemo<float> memo{2};
+    TrailMemo memo{2};
 };
 
 TEST_F(TrailMemoTest, KnowsTheSameQuestionAboutTheSameTrailsOnly) {

@@ -113,7 +113,8 @@ public:
     // --- Branching ----------------------------------------------------------------------------
 
     // Puts the children of the kept node on top of `stack` into its place, the most promising
-    // topmost. Counts what the bound cuts.
+    // topmost. Counts what the bound cuts, and as rejected what estimateNode would reject for
+    // certain: neither is made.
     void branch(NodeStack& stack, float bestWL, SearchWorker& worker) const;
 
     // Indexes of the keys in ascending order; the comparisons fix the order of equal keys.
@@ -155,8 +156,8 @@ private:
                passEnded.load(std::memory_order_relaxed);
     }
     // Whether no alignment saves the node, nor any that it becomes by further relations of its
-    // newest block: with what `remaining` blocks add at least, its wirelength is too long. Takes
-    // nodes inside the area, with their coordinates found.
+    // newest block: with what later blocks add at least (`remaining`) its wirelength is too long.
+    // Takes nodes inside the area, with their coordinates found.
     bool isHopeless(const BBNode& node, float remaining, float bestWL, SearchWorker& worker) const;
     void finishSearch(const AlignmentTables& alignment);
     void reportSearch();

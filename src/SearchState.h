@@ -23,8 +23,9 @@ struct SearchCounters {
     explicit SearchCounters(unsigned levelCount)
         : prunedByBound(levelCount, 0), cutAtBranching(levelCount, 0) {}
 
-    std::uint64_t expandedNodes = 0;            // nodes taken from any stack
-    std::uint64_t sortedNodes = 0;              // block-complete nodes without a cycle
+    // Nodes taken from any stack, or rejected before they were put on one.
+    std::uint64_t expandedNodes = 0;
+    std::uint64_t sortedNodes = 0;              // of them, block-complete ones without a cycle
     double closedShare = 0.0;                   // of the tree: the shares of nodes without children
     std::vector<std::uint64_t> prunedByBound;   // nodes rejected, by level - 1
     std::vector<std::uint64_t> cutAtBranching;  // children cut by their bound, by parent level - 1

@@ -24,7 +24,7 @@ constexpr unsigned kSharedLevels = 3;
 constexpr double kNoBound = 0.0001;
 constexpr long kIdleWaitNanoseconds = 100'000;
 // Nodes between two words to the observer: a rare look at the clock, and no long wait for a stop.
-constexpr std::uint64_t kNodesBetweenWords = 64;
+constexpr std::uint64_t kNodesBetweenWords = 512;
 
 void sleepIdle() {
     const timespec wait{0, kIdleWaitNanoseconds};

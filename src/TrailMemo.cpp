@@ -7,7 +7,7 @@ namespace korvel {
 
 namespace {
 
-constexpr std::size_t kKeptBytes = std::size_t{1} << 19;
+constexpr std::size_t kKeptBytes = std::size_t{1} << 18;
 constexpr std::size_t kFewestEntries = 16;
 // By trail: less is done sooner than remembered.
 constexpr std::size_t kLeastEffort = 1;

@@ -133,13 +133,13 @@ Start Coarsening::expand(const Start& start) const {
         }
     }
     for (unsigned coarse = 0; coarse < hosts.size(); ++coarse) {
-        const auto& [corner, orient] = start.placement[coarse];
-        const Extent around = turned(smaller.dies[coarse].size, orient);
+        const auto& placed = start.placement[coarse];
+        const Extent around = turned(smaller.dies[coarse].size, placed.orient);
         const auto put = [&](unsigned die) {
-            const Extent size = turned(sizes[die], orient);
-            whole.placement[die] = {{corner.x + (around.width - size.width) / 2.0,
-                                     corner.y + (around.height - size.height) / 2.0},
-                                    orient};
+            const Extent size = turned(sizes[die], placed.orient);
+            whole.placement[die] = {{placed.at.x + (around.width - size.width) / 2.0,
+                                     placed.at.y + (around.height - size.height) / 2.0},
+                                    placed.orient};
         };
         put(hosts[coarse].die);
         std::for_each(hosts[coarse].satellites.begin(), hosts[coarse].satellites.end(), put);

@@ -110,7 +110,7 @@ class AxisProgram {
 public:
     AxisProgram(const NetModel& nets, Axis axis, double side, const AxisOrder& order,
                 const std::vector<Orient>& orients)
-        : nets(nets), axis(axis), order(order), orients(orients), side(side) {
+        : nets(nets), axis(axis), order(order), orients(orients) {
         for (unsigned die = 0; die < nets.dieNum(); ++die) {
             sizes.push_back(nets.size(die, axis, orients[die]));
         }
@@ -179,7 +179,6 @@ private:
     const Axis axis;
     const AxisOrder& order;
     const std::vector<Orient>& orients;
-    const double side;
     double fits = 0.0;  // the side, or what the order needs if rounding makes it more
     double scale = 1.0;
     std::vector<double> sizes;

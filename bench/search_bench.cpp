@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "designs.h"
+#include "support/designs.h"
 
 namespace korvel::test {
 namespace {

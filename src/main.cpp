@@ -1,8 +1,8 @@
 #include <iostream>
 
-#include "IO.h"
-#include "Placer.h"
-#include "ProcessEnd.h"
+#include "classic/IO.h"
+#include "classic/Placer.h"
+#include "classic/ProcessEnd.h"
 #include "commands/Commands.h"
 
 int main(int argc, char* argv[]) {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "BasicStructs.h"
+#include "base/BasicStructs.h"
 
 namespace korvel {
 

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "BookshelfScanner.h"
 #include "design/Diagnostics.h"
+#include "format/BookshelfScanner.h"
 
 namespace korvel {
 

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "Invariant.h"
+#include "base/Invariant.h"
 
 namespace korvel {
 

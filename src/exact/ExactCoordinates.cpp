@@ -1,6 +1,6 @@
 #include "exact/ExactCoordinates.h"
 
-#include "Invariant.h"
+#include "base/Invariant.h"
 #include "exact/AxisProgram.h"
 
 namespace korvel {

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "Axis.h"
+#include "base/Axis.h"
 #include "design/Design.h"
 
 namespace korvel {

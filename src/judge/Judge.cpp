@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "Invariant.h"
+#include "base/Invariant.h"
 
 namespace korvel {
 

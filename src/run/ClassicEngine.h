@@ -6,7 +6,7 @@
 #include <optional>
 #include <stop_token>
 
-#include "Placer.h"
+#include "classic/Placer.h"
 #include "run/LegalResults.h"
 #include "run/RunProgress.h"
 #include "run/RunResult.h"

@@ -1,7 +1,7 @@
 // A design as the base search wants it.
 #pragma once
 
-#include "Placer.h"
+#include "classic/Placer.h"
 #include "design/Design.h"
 
 namespace korvel {

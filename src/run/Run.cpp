@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "CallAfter.h"
 #include "anneal/Annealer.h"
+#include "base/CallAfter.h"
 #include "proof/Prover.h"
 #include "run/ClassicEngine.h"
 

@@ -6,7 +6,7 @@
 
 #include <array>
 
-#include "Invariant.h"
+#include "base/Invariant.h"
 
 namespace korvel {
 

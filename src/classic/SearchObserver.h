@@ -1,0 +1,37 @@
+// What stands around the engine may learn about its searches, and say to them, by this. An engine
+// without an observer works as if there were none of it.
+#pragma once
+
+#include <cstdint>
+
+#include "classic/alignment/WorkingPlacement.h"
+#include "classic/node/BBNode.h"
+
+namespace korvel {
+
+class SearchObserver {
+public:
+    SearchObserver() = default;
+    SearchObserver(const SearchObserver&) = delete;
+    SearchObserver& operator=(const SearchObserver&) = delete;
+    virtual ~SearchObserver() = default;
+
+    // A pass that places the first blocks of the order begins, or has ended. Main thread.
+    virtual void passBegins(unsigned /*blocks*/) {}
+    // Its tables are made.
+    virtual void searchBegins() {}
+    virtual void passEnds() {}
+
+    // How many blocks the stage after that of so many places; more than these. Main thread.
+    virtual unsigned nextStage(unsigned blocks) const { return blocks + 1; }
+
+    // A new best node of the pass, and where it is aligned. From any worker, one call at a time.
+    virtual void improved(const BBNode& /*node*/, const WorkingPlacement& /*placement*/) {}
+
+    // From every worker now and then: the nodes that it has taken since its last call, and the
+    // share of the search tree that these have closed. All shares of a finished search add up to
+    // one. False ends the pass.
+    virtual bool worked(std::uint64_t /*nodes*/, double /*share*/) { return true; }
+};
+
+}  // namespace korvel

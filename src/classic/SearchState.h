@@ -1,0 +1,67 @@
+// What the workers of one search share. One member, one guard; no two mutexes are ever held
+// together, so there is no order of locking to remember.
+//
+// Open nodes are on the shared stack or in the hands of a worker that is counted in activeWorkers:
+// a worker counts itself before it takes a node and takes itself off after its children are on the
+// shared stack. So whoever finds the shared stack empty and nobody counted, with the stack locked,
+// knows that the search is over.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <mutex>
+#include <vector>
+
+#include "base/Relaxed.h"
+#include "classic/node/BBNode.h"
+#include "classic/node/NodeStack.h"
+
+namespace korvel {
+
+// Counters of a search, kept by each worker for itself and added up after the join.
+struct SearchCounters {
+    explicit SearchCounters(unsigned levelCount)
+        : prunedByBound(levelCount, 0), cutAtBranching(levelCount, 0) {}
+
+    // Nodes taken from any stack, or rejected before they were put on one.
+    std::uint64_t expandedNodes = 0;
+    std::uint64_t sortedNodes = 0;              // of them, block-complete ones without a cycle
+    double closedShare = 0.0;                   // of the tree: the shares of nodes without children
+    std::vector<std::uint64_t> prunedByBound;   // nodes rejected, by level - 1
+    std::vector<std::uint64_t> cutAtBranching;  // children cut by their bound, by parent level - 1
+
+    void add(const SearchCounters& other);
+};
+
+struct SearchState {
+    SearchState(unsigned levelCount, float bestWL)
+        : levelCount(levelCount), bestWL(bestWL), counters(levelCount) {}
+
+    // Depth of the complete nodes: a decision per block for its orientation and one for its
+    // relation to each earlier block.
+    const unsigned levelCount;
+
+    // Wirelength of the best complete node, or what is to be beaten. Written under bestMutex; read
+    // freely as a bound: a stale value is larger and only prunes less.
+    Relaxed<float> bestWL;
+    BBNode bestNode;  // bestMutex; empty until a complete node is found
+    std::mutex bestMutex;
+
+    NodeStack sharedStack;                 // stackMutex
+    Relaxed<bool> sharedStackEmpty{true};  // written under stackMutex; read freely before trying
+    std::mutex stackMutex;
+
+    // Workers that hold or are about to take nodes. Written under activeMutex; read with the stack
+    // locked to find the end.
+    Relaxed<unsigned> activeWorkers{0};
+    std::mutex activeMutex;
+
+    // A worker waits for nodes. Written under flagMutex; read freely: a stale value only delays the
+    // sharing.
+    Relaxed<bool> shareRequest{false};
+    std::mutex flagMutex;
+
+    SearchCounters counters;  // complete after the join
+};
+
+}  // namespace korvel

@@ -1,0 +1,129 @@
+#include "classic/netlist/Net.h"
+
+#include <cmath>
+
+#include "base/Invariant.h"
+#include "classic/netlist/BoundingBox.h"
+
+namespace korvel {
+
+namespace {
+
+Quad positionOf(const Pin& pin) {
+    return quadOf(pin.getCoord());
+}
+
+offsetCalcReturn checked(const offsetCalcReturn& advice) {
+    KORVEL_INVARIANT(!(advice.moves[kRight] && advice.moves[kLeft]),
+                     "!(retData.shouldBeMovedRight&&retData.shouldBeMovedleft)");
+    KORVEL_INVARIANT(!(advice.moves[kUp] && advice.moves[kDown]),
+                     "!(retData.shouldBeMovedUp&&retData.shouldBeMovedDown)");
+    return advice;
+}
+
+}  // namespace
+
+void Net::addPin(Pin* pin) {
+    pins.push_back(pin);
+    if (pin->isTerminal()) {
+        ++termNum;
+        ++placedPinsNum;
+    }
+}
+
+void Net::unplacePins() {
+    for (Pin* pin : pins) {
+        pin->unplace();
+    }
+    placedPinsNum = termNum;
+}
+
+void Net::unplacePinsUnlessUntouched() {
+    if (placedPinsNum != termNum) {
+        unplacePins();
+    }
+}
+
+void Net::checkPlacedNum(unsigned netDegree, unsigned placedPinsNum) {
+    KORVEL_INVARIANT(netDegree >= placedPinsNum, "netDegree >= placedPinsNum");
+}
+
+void Net::checkCounts() const {
+    checkPlacedNum(netDegree, placedPinsNum);
+    KORVEL_INVARIANT(placedPinsNum >= termNum, "placedPinsNum >= termNum");
+}
+
+float Net::pairLength() const {
+    const Point a = pins[0]->getCoord();
+    const Point b = pins[1]->getCoord();
+    return std::fabs(a.x - b.x) + std::fabs(a.y - b.y);
+}
+
+float Net::calcCompleteHPWL() {
+    checkCounts();
+    if (placedPinsNum < 2) {
+        unplacePinsUnlessUntouched();
+        return 0.0F;
+    }
+    if (isPlacedPair()) {
+        const float length = pairLength();
+        unplacePins();
+        return length;
+    }
+    BoundingBox box;
+    for (const Pin* pin : pins) {
+        if (pin->isPlaced()) {
+            box.add(pin->getCoord());
+        }
+    }
+    unplacePins();
+    return box.halfPerimeter();
+}
+
+float Net::calcTermFCHPWL(float factor) {
+    checkPlacedNum(netDegree, placedPinsNum);
+    if (placedPinsNum < 2) {
+        unplacePinsUnlessUntouched();
+        return 0.0F;
+    }
+    if (isPlacedPair()) {
+        const float length = pairLength();
+        unplacePins();
+        return length;
+    }
+    BoundingBox box;
+    for (const Pin* pin : pins) {
+        if (pin->isPlaced()) {
+            box.add(pin->getCoord());
+        }
+    }
+    float length = box.widthPlusHeight();
+    if (netDegree > placedPinsNum) {
+        length = std::fabs(factor) < 0.001 ? 0.0F : length * factor;
+    }
+    unplacePins();
+    return length;
+}
+
+offsetCalcReturn Net::combinedOffsetsToTerms() const {
+    if (isPlacedPair()) {
+        const Quad offset = positionOf(*pins[1]) - positionOf(*pins[0]);
+        if (pins[0]->isTerminal()) {
+            return checked(adviceForPair(-offset));
+        }
+        return pins[1]->isTerminal() ? checked(adviceForPair(offset)) : adviceToStay();
+    }
+    NetScan scan;
+    bool hasTerminal = false;
+    for (const Pin* pin : pins) {
+        if (pin->isTerminal()) {
+            scan.addOther(positionOf(*pin));
+            hasTerminal = true;
+        } else if (pin->isPlaced()) {
+            scan.addOwn(positionOf(*pin));
+        }
+    }
+    return hasTerminal ? checked(scan.advice()) : offsetCalcReturn{};
+}
+
+}  // namespace korvel

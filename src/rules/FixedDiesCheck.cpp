@@ -59,6 +59,8 @@ public:
     void run();
 
 private:
+    std::vector<FixedDie> fixedDies() const;
+    void checkTurn(const FixedDie& fixed);
     bool checkPlace(FixedDie& fixed);
     bool checkKeepouts(FixedDie& fixed);
     void checkGap(const FixedDie& first, const FixedDie& second);
@@ -81,17 +83,8 @@ private:
 
 void FixedDiesCheck::run() {
     std::vector<FixedDie> sound;
-    for (unsigned die = 0; die < merged.entries.size(); ++die) {
-        const RulesDraft::DieEntry& entry = merged.entries[die];
-        if (!entry.at) {
-            continue;
-        }
-        FixedDie fixed{die, entry.at->value, merged.rules.die(die).orients};
-        if (!entry.orients && !isTheSameInEveryTurn(merged.design, die)) {
-            error(fixed,
-                  "at: found no turn beside it, expected one, or turns, as its pins do not "
-                  "lie the same in each");
-        }
+    for (FixedDie fixed : fixedDies()) {
+        checkTurn(fixed);
         if (checkPlace(fixed) && checkKeepouts(fixed)) {
             sound.push_back(fixed);
         }
@@ -100,6 +93,28 @@ void FixedDiesCheck::run() {
         for (auto first = sound.begin(); first != second; ++first) {
             checkGap(*first, *second);
         }
+    }
+}
+
+// In the order of the file.
+std::vector<FixedDie> FixedDiesCheck::fixedDies() const {
+    std::vector<FixedDie> dies;
+    for (unsigned die = 0; die < merged.entries.size(); ++die) {
+        if (const auto& at = merged.entries[die].at) {
+            dies.push_back({die, at->value, merged.rules.die(die).orients});
+        }
+    }
+    std::stable_sort(dies.begin(), dies.end(), [this](const FixedDie& a, const FixedDie& b) {
+        return merged.entries[a.die].at->line < merged.entries[b.die].at->line;
+    });
+    return dies;
+}
+
+void FixedDiesCheck::checkTurn(const FixedDie& fixed) {
+    if (!merged.entries[fixed.die].orients && !isTheSameInEveryTurn(merged.design, fixed.die)) {
+        error(fixed,
+              "at: found no turn beside it, expected one, or turns, as its pins do not lie the "
+              "same in each");
     }
 }
 

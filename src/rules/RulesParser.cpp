@@ -296,7 +296,9 @@ void RulesParser::forEachMember(const YamlNode& node, const std::string& subject
         }
         const auto [first, isNew] = lines.try_emplace(name.text, name.line);
         if (isNew) {
-            read(name, node.items[at + 1]);
+            // Nothing lies anywhere behind its key.
+            const YamlNode& value = node.items[at + 1];
+            read(name, value.is(Kind::kNothing) ? YamlNode{value.kind, name.line, {}, {}} : value);
         } else {
             error(name, subject + "found " + shown(name.text) +
                             " again, expected it once (first on line " +

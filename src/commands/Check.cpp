@@ -3,7 +3,10 @@
 
 #include "commands/Command.h"
 #include "judge/Judge.h"
+#include "judge/RuleJudge.h"
 #include "report/Report.h"
+#include "report/RuleReport.h"
+#include "report/RuleText.h"
 #include "report/Text.h"
 
 namespace korvel {
@@ -13,6 +16,7 @@ namespace {
 struct CheckOptions {
     PlacedDesignPaths paths;
     Region region;
+    RuleOptions rules;
     std::string jsonPath;
     std::optional<double> tolerance;
 };
@@ -25,9 +29,14 @@ struct Checked {
     std::vector<std::string> unknown;
     std::optional<Placement> placement;  // if no die is missing
     std::optional<Judgement> judgement;
+    const std::optional<Rules>& rules;  // if they were asked for
+    std::optional<RuleJudgement> ruleJudgement;
 
+    bool areRulesKept() const { return !ruleJudgement || ruleJudgement->areRulesKept(); }
     // A name that is unknown may be a die that lies in the way.
-    bool isLegal() const { return judgement && judgement->isLegal() && unknown.empty(); }
+    bool isLegal() const {
+        return judgement && judgement->isLegal() && areRulesKept() && unknown.empty();
+    }
 };
 
 Checked checked(const PlacedDesign& placed, const CheckOptions& options) {
@@ -36,6 +45,8 @@ Checked checked(const PlacedDesign& placed, const CheckOptions& options) {
                    placed.placement.missing(placed.design),
                    {},
                    placed.placement.whole(),
+                   {},
+                   placed.rules,
                    {}};
     for (const ReadPlacement::Unknown& unknown : placed.placement.unknown) {
         result.unknown.push_back(unknown.name);
@@ -44,6 +55,10 @@ Checked checked(const PlacedDesign& placed, const CheckOptions& options) {
         const double tolerance =
             options.tolerance.value_or(touchingLength(options.region, kTouchingInFiles));
         result.judgement = judge(placed.design, options.region, *result.placement, tolerance);
+        if (placed.rules) {
+            result.ruleJudgement = judgeRules(placed.design, options.region, *placed.rules,
+                                              *result.placement, tolerance);
+        }
     }
     return result;
 }
@@ -58,11 +73,13 @@ std::string listText(const std::string& heading, const std::vector<std::string>&
 
 std::string verdict(const Checked& result) {
     std::string faults = result.judgement ? faultCounts(*result.judgement) : "";
-    const auto add = [&faults](std::size_t number, const char* one, const char* many) {
-        if (number > 0) {
-            faults += (faults.empty() ? "" : ", ") + countText(number, one, many);
-        }
+    const auto addText = [&faults](const std::string& text) {
+        faults += (faults.empty() || text.empty() ? "" : ", ") + text;
     };
+    const auto add = [&addText](std::size_t number, const char* one, const char* many) {
+        addText(number > 0 ? countText(number, one, many) : "");
+    };
+    addText(result.ruleJudgement ? ruleFaultCounts(*result.ruleJudgement) : "");
     add(result.missing.size(), "die missing", "dies missing");
     add(result.unknown.size(), "name unknown", "names unknown");
     return faults.empty() ? "yes" : "no: " + faults;
@@ -71,27 +88,47 @@ std::string verdict(const Checked& result) {
 std::string summaryOf(const Checked& result) {
     Rows rows = result.judgement ? summaryRows(result.design, result.region, *result.judgement)
                                  : designRows(result.design, result.region);
+    if (result.ruleJudgement) {
+        for (Row& row : weightedRows(*result.rules, *result.ruleJudgement)) {
+            rows.push_back(std::move(row));
+        }
+    }
+    if (result.rules) {
+        rows.push_back({"Rules", rulesText(*result.rules)});
+    }
     rows.push_back({"Legal", verdict(result)});
     std::string text = aligned(rows, "ll");
     if (result.judgement) {
         text += faultsText(result.design, *result.placement, *result.judgement);
+    }
+    if (result.ruleJudgement) {
+        text +=
+            ruleFaultsText(result.design, *result.rules, *result.placement, *result.ruleJudgement);
     }
     return text + listText("Dies that the file does not place:", result.missing) +
            listText("Names that the design does not have:", result.unknown);
 }
 
 std::string jsonOf(const Checked& result) {
-    const auto& [design, region, missing, unknown, placement, judgement] = result;
+    const auto& [design, region, missing, unknown, placement, judgement, rules, ruleJudgement] =
+        result;
     Json report = judgement ? reportOn("check", design, region, *placement, *judgement)
                             : reportHead("check", design, region, false);
     report["legal"] = result.isLegal();
     report["missing"] = missing;
     report["unknown"] = unknown;
+    if (rules) {
+        report["rules"] = rulesFields(design, *rules);
+    }
+    if (ruleJudgement) {
+        report["weightedWirelength"] = ruleJudgement->weightedWirelength;
+        report["violations"] = violationFields(design, *rules, *placement, *ruleJudgement);
+    }
     return textOf(report);
 }
 
 int check(const CheckOptions& options, CommandRun& run) {
-    const auto placed = readPlacedDesign(options.paths, options.region, run.err);
+    const auto placed = readPlacedDesign(options.paths, options.region, options.rules, run.err);
     if (!placed) {
         return kWrongInput;
     }
@@ -113,9 +150,10 @@ void addCheck(CLI::App& program, CommandRun& run) {
     const auto options = std::make_shared<CheckOptions>();
     addPlacedDesign(command, options->paths);
     addArea(command, options->region);
+    addRules(command, options->rules);
     command
         .add_option("--tolerance", options->tolerance,
-                    "How far dies may overlap or leave the area and still touch (default: a "
+                    "By how much dies may overlap, leave the area or miss a rule (default: a "
                     "millionth of the area's larger side)")
         ->type_name("LENGTH")
         ->check(faultOfTolerance);

@@ -67,13 +67,35 @@ void addPlacedDesign(CLI::App& command, PlacedDesignPaths& paths) {
         ->required();
 }
 
+void addRules(CLI::App& command, RuleOptions& options) {
+    const char* const length = "LENGTH";
+    command
+        .add_option("--rules", options.path,
+                    "The rules of the package that the placement has to keep, a YAML file")
+        ->type_name("FILE");
+    command
+        .add_option("--spacing", options.overrides.spacing,
+                    "Least gap between two dies; overrides the file's")
+        ->type_name(length)
+        ->check(faultOfTolerance);
+    command
+        .add_option("--edge", options.overrides.edge,
+                    "Least gap between dies and the sides of the area; overrides the file's")
+        ->type_name(length)
+        ->check(faultOfTolerance);
+}
+
 std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Region region,
-                                             std::ostream& err) {
+                                             const RuleOptions& ruleOptions, std::ostream& err) {
+    const auto& [path, overrides] = ruleOptions;
+    const bool hasRules = path || overrides.spacing || overrides.edge;
     Diagnostics diagnostics;
     std::optional<PlacedDesign> placed;
     if (auto design = readDesign(paths.design, region, diagnostics)) {
         ReadPlacement placement = readPlacement(paths.placement, *design, diagnostics);
-        placed = PlacedDesign{std::move(*design), std::move(placement)};
+        std::optional<Rules> rules =
+            hasRules ? readRules(path, overrides, *design, region, diagnostics) : std::nullopt;
+        placed = PlacedDesign{std::move(*design), std::move(placement), std::move(rules)};
     }
     diagnostics.print(err);
     return diagnostics.hasErrors() ? std::nullopt : std::move(placed);

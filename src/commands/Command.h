@@ -10,6 +10,7 @@
 
 #include "design/Design.h"
 #include "design/PlacementFile.h"
+#include "rules/RulesReader.h"
 
 namespace korvel {
 
@@ -49,14 +50,23 @@ struct PlacedDesignPaths {
 };
 void addPlacedDesign(CLI::App& command, PlacedDesignPaths& paths);
 
-// A design and what a file says of its placement. None if one of them cannot be used; everything
-// that is wrong or odd is said on `err`.
+// `--rules FILE`, `--spacing S` and `--edge E`: the rules of the package.
+struct RuleOptions {
+    std::optional<std::string> path;
+    RuleOverrides overrides;
+};
+void addRules(CLI::App& command, RuleOptions& options);
+
+// A design, what a file says of its placement, and the rules that it has to keep, if any option
+// asks for some. None if one of them cannot be used; everything that is wrong or odd is said on
+// `err`.
 struct PlacedDesign {
     Design design;
     ReadPlacement placement;
+    std::optional<Rules> rules;
 };
 std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Region region,
-                                             std::ostream& err);
+                                             const RuleOptions& ruleOptions, std::ostream& err);
 
 // Writes a file whole or not at all; says on `err` why not, and whether.
 bool writeFile(const std::string& path, const std::string& content, std::ostream& err);

@@ -1,6 +1,7 @@
 // `korvel draw`: a placement as a picture.
 #include "commands/Command.h"
 #include "draw/Picture.h"
+#include "judge/RuleJudge.h"
 
 namespace korvel {
 
@@ -9,6 +10,7 @@ namespace {
 struct DrawOptions {
     PlacedDesignPaths paths;
     Region region;
+    RuleOptions rules;
     std::string picturePath;
 };
 
@@ -25,12 +27,23 @@ bool isWhole(const PlacedDesign& placed, const std::string& file, std::ostream& 
     return !diagnostics.hasErrors();
 }
 
+std::string pictureOf(const PlacedDesign& placed, Region region) {
+    const Placement placement = *placed.placement.whole();
+    if (!placed.rules) {
+        return drawSvg(placed.design, region, placement);
+    }
+    const RuleJudgement judgement = judgeRules(placed.design, region, *placed.rules, placement,
+                                               touchingLength(region, kTouchingInFiles));
+    const Ruled ruled{*placed.rules, judgement};
+    return drawSvg(placed.design, region, placement, &ruled);
+}
+
 int draw(const DrawOptions& options, CommandRun& run) {
-    const auto placed = readPlacedDesign(options.paths, options.region, run.err);
+    const auto placed = readPlacedDesign(options.paths, options.region, options.rules, run.err);
     if (!placed || !isWhole(*placed, options.paths.placement, run.err)) {
         return kWrongInput;
     }
-    const std::string picture = drawSvg(placed->design, options.region, *placed->placement.whole());
+    const std::string picture = pictureOf(*placed, options.region);
     if (options.picturePath == "-") {
         run.out << picture;
         return kLegal;
@@ -45,6 +58,7 @@ void addDraw(CLI::App& program, CommandRun& run) {
     const auto options = std::make_shared<DrawOptions>();
     addPlacedDesign(command, options->paths);
     addArea(command, options->region);
+    addRules(command, options->rules);
     command.add_option("-o,--output", options->picturePath, "The picture; - for standard output")
         ->type_name("FILE.svg")
         ->required();

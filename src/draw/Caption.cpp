@@ -6,6 +6,7 @@
 
 #include "draw/Label.h"
 #include "draw/Svg.h"
+#include "report/RuleText.h"
 #include "report/Text.h"
 
 namespace korvel {
@@ -32,12 +33,22 @@ std::string textLine(const std::string& text, double fontSize, double line, cons
                       xmlText(text));
 }
 
+std::string allFaultCounts(const CaptionFacts& facts) {
+    const std::string faults = faultCounts(facts.judgement);
+    const std::string ofRules =
+        facts.ruled == nullptr ? "" : ruleFaultCounts(facts.ruled->judgement);
+    return faults + (faults.empty() || ofRules.empty() ? "" : ", ") + ofRules;
+}
+
 std::string figuresText(const CaptionFacts& facts) {
     const Judgement& judgement = facts.judgement;
     const double percent = std::round(1000.0 * judgement.utilization) / 10.0;
-    return "HPWL " + numberText(judgement.wirelength) + " \u00b7 area " +
-           numberText(facts.region.width) + " \u00d7 " + numberText(facts.region.height) + ", " +
-           numberText(percent) + " % used \u00b7 " +
+    const bool isWeighted = facts.ruled != nullptr && facts.ruled->rules.hasWeights();
+    return "HPWL " + numberText(judgement.wirelength) +
+           (isWeighted ? ", weighted " + numberText(facts.ruled->judgement.weightedWirelength)
+                       : "") +
+           " \u00b7 area " + numberText(facts.region.width) + " \u00d7 " +
+           numberText(facts.region.height) + ", " + numberText(percent) + " % used \u00b7 " +
            countText(facts.design.dies.size(), "die", "dies") + ", " +
            countText(facts.design.nets.size(), "net", "nets");
 }
@@ -81,13 +92,35 @@ std::vector<LegendEntry> legendOf(const CaptionFacts& facts) {
     return legend;
 }
 
+std::vector<LegendEntry> ruleLegendOf(const Ruled& ruled) {
+    const auto& [rules, judgement] = ruled;
+    const auto& [left, bottom, right, top] = rules.edge;
+    std::vector<LegendEntry> legend{{"", "rules: " + rulesText(rules)}};
+    const auto add = [&legend](bool isThere, const std::string& sign, const std::string& meaning) {
+        if (isThere) {
+            legend.push_back({sign, meaning});
+        }
+    };
+    add(!rules.keepouts.empty(), keepoutSign(kSignWidth), "keep-out");
+    add(std::max({left, bottom, right, top}) > 0.0, edgeSign(kSignWidth), "edge");
+    add(std::any_of(rules.dies.begin(), rules.dies.end(),
+                    [](const Rules::Die& die) { return die.at.has_value(); }),
+        fixedSign(), "fixed");
+    add(judgement.gapNum > 0, gapSign(), "gap too small");
+    const std::size_t reachNum = judgement.reaches.size();
+    const std::string worst = " (the worst " + std::to_string(kMostReachesDrawn) + ")";
+    add(reachNum > 0, reachSign(kSignWidth),
+        "net beyond its reach" + (reachNum > kMostReachesDrawn ? worst : ""));
+    return legend;
+}
+
 double widthOf(const LegendEntry& entry) {
     return (entry.sign.empty() ? 0.0 : kSignWidth + kGap) + kLegendFont * textWidth(entry.meaning) +
            kGap;
 }
 
 // One line of entries, smaller if it would not fit otherwise.
-std::string drawLegend(const std::vector<LegendEntry>& legend, const View& view) {
+std::string drawLegend(const std::vector<LegendEntry>& legend, double line, const View& view) {
     std::string entries;
     double x = 0.0;
     for (const LegendEntry& entry : legend) {
@@ -102,7 +135,7 @@ std::string drawLegend(const std::vector<LegendEntry>& legend, const View& view)
     const double scale = std::min(1.0, view.captionWidth() / x);
     return svgElement("g",
                       {{"transform", "translate(" + svgNumber(View::kMargin) + " " +
-                                         svgNumber(view.captionTop() + kLegendLine) + ") scale(" +
+                                         svgNumber(view.captionTop() + line) + ") scale(" +
                                          svgNumber(scale) + ")"},
                        {"font-size", kLegendFont},
                        {"fill", colour::kQuietText}},
@@ -122,12 +155,16 @@ std::string terminalSign(Spot centre) {
 }
 
 std::string drawCaption(const CaptionFacts& facts, const View& view) {
-    const bool isLegal = facts.judgement.isLegal();
-    const std::string verdict = isLegal ? "" : " is not legal: " + faultCounts(facts.judgement);
+    const std::string faults = allFaultCounts(facts);
+    const bool isLegal = faults.empty();
+    const std::string verdict = isLegal ? "" : " is not legal: " + faults;
     const char* const ink = isLegal ? colour::kText : colour::kFault;
     return textLine(facts.design.name + verdict, kNameFont, kNameLine, ink, view) +
            textLine(figuresText(facts), kFiguresFont, kFiguresLine, colour::kText, view) +
-           drawLegend(legendOf(facts), view);
+           drawLegend(legendOf(facts), kLegendLine, view) +
+           (facts.ruled == nullptr
+                ? ""
+                : drawLegend(ruleLegendOf(*facts.ruled), kLegendLine + View::kLegendLine, view));
 }
 
 }  // namespace korvel

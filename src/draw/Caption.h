@@ -4,6 +4,7 @@
 #include <string>
 
 #include "draw/Bundles.h"
+#include "draw/RuleMarks.h"
 #include "draw/View.h"
 #include "judge/Judge.h"
 
@@ -15,6 +16,7 @@ struct CaptionFacts {
     const Judgement& judgement;
     const Bundles& bundles;
     std::size_t hiddenBundleNum;
+    const Ruled* ruled;  // null without rules
 };
 
 // The mark of a terminal, in pixels.

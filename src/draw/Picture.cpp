@@ -32,7 +32,8 @@ std::string nameOf(const Design& design, unsigned body) {
     return design.isDie(body) ? design.dies[body].name : design.terminalOf(body).name;
 }
 
-View viewOfAll(const Design& design, Region region, const Placement& placement) {
+View viewOfAll(const Design& design, Region region, const Placement& placement,
+               unsigned legendLineNum) {
     Spot low{0.0, 0.0};
     Spot high{region.width, region.height};
     const auto add = [&low, &high](Spot spot) {
@@ -48,7 +49,7 @@ View viewOfAll(const Design& design, Region region, const Placement& placement) 
     for (const Design::Terminal& terminal : design.terminals) {
         add(terminal.at);
     }
-    return {low, high};
+    return {low, high, legendLineNum};
 }
 
 std::string drawRegion(Region region, const View& view) {
@@ -65,8 +66,11 @@ std::string drawRegion(Region region, const View& view) {
 // --- Dies ------------------------------------------------------------------------------------
 
 // By die, what is wrong with it, a line each; empty if nothing is.
-std::vector<std::string> faultsOfDies(const Design& design, const Judgement& judgement) {
-    std::vector<std::string> faults(design.dies.size());
+std::vector<std::string> faultsOfDies(const Design& design, const Judgement& judgement,
+                                      const Ruled* ruled) {
+    std::vector<std::string> faults = ruled != nullptr
+                                          ? ruleFaultsOfDies(design, ruled->judgement)
+                                          : std::vector<std::string>(design.dies.size());
     for (const Judgement::Overlap& overlap : judgement.overlaps) {
         faults[overlap.first] += "\noverlaps " + nameOf(design, overlap.second);
         faults[overlap.second] += "\noverlaps " + nameOf(design, overlap.first);
@@ -123,9 +127,8 @@ std::string drawDie(const Design::Die& die, const PlacedDie& placed, const std::
                       svgTitle(titleOf(die, placed) + faults) + body + drawMark(die, placed, view));
 }
 
-std::string drawDies(const Design& design, const Placement& placement, const Judgement& judgement,
-                     const View& view) {
-    const std::vector<std::string> faults = faultsOfDies(design, judgement);
+std::string drawDies(const Design& design, const Placement& placement,
+                     const std::vector<std::string>& faults, const View& view) {
     std::string dies;
     for (unsigned die = 0; die < placement.size(); ++die) {
         dies += drawDie(design.dies[die], placement[die], faults[die], view);
@@ -264,11 +267,12 @@ std::string drawTerminals(const Design& design, const View& view) {
 
 }  // namespace
 
-std::string drawSvg(const Design& design, Region region, const Placement& placement) {
+std::string drawSvg(const Design& design, Region region, const Placement& placement,
+                    const Ruled* ruled) {
     const double tolerance = touchingLength(region, kTouchingInFiles);
     const Judgement judgement = judge(design, region, placement, tolerance);
     const Bundles bundles = bundlesOf(design, placement);
-    const View view = viewOfAll(design, region, placement);
+    const View view = viewOfAll(design, region, placement, ruled != nullptr ? 2 : 1);
     const std::size_t bundleNum = bundles.betweenDies.size();
     const std::size_t hiddenNum = bundleNum - std::min(bundleNum, kMostBundles);
     const std::string background = svgElement(
@@ -281,11 +285,15 @@ std::string drawSvg(const Design& design, Region region, const Placement& placem
          {"height", view.height()},
          {"font-family", "Helvetica, Arial, 'Liberation Sans', sans-serif"}},
         "\n" + svgTitle(design.name) + "\n" + kStyle + background + drawRegion(region, view) +
-            drawDies(design, placement, judgement, view) +
+            (ruled != nullptr ? drawGround(ruled->rules, region, view) : "") +
+            drawDies(design, placement, faultsOfDies(design, judgement, ruled), view) +
             drawBundles(design, bundles.betweenDies, view) +
             drawWires(design, bundles.toTerminals, view) + drawTerminals(design, view) +
+            (ruled != nullptr ? drawFixed(design, ruled->rules, placement, view) +
+                                    drawRuleFaults(design, placement, ruled->judgement, view)
+                              : "") +
             drawNames(design, placement, view) +
-            drawCaption({design, region, judgement, bundles, hiddenNum}, view));
+            drawCaption({design, region, judgement, bundles, hiddenNum, ruled}, view));
 }
 
 }  // namespace korvel

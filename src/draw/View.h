@@ -25,7 +25,8 @@ inline constexpr const char* kQuietText = "#5a6470";
 class View {
 public:
     // Of a box with an area.
-    View(Spot low, Spot high) : low(low), high(high) {
+    View(Spot low, Spot high, unsigned legendLineNum)
+        : low(low), high(high), legendLineNum(legendLineNum) {
         scale = kLargerSide / std::max(high.x - low.x, high.y - low.y);
         indent = std::max(0.0, (kLeastWidth - lengthOf(high.x - low.x)) / 2.0);
     }
@@ -37,19 +38,21 @@ public:
     }
 
     double width() const { return 2.0 * (kMargin + indent) + lengthOf(high.x - low.x); }
-    double height() const { return captionTop() + kCaptionHeight; }
+    double height() const { return captionTop() + kCaptionHeight + legendLineNum * kLegendLine; }
     double captionTop() const { return 2.0 * kMargin + lengthOf(high.y - low.y); }
     double captionWidth() const { return width() - 2.0 * kMargin; }
 
     static constexpr double kMargin = 30.0;
+    static constexpr double kLegendLine = 24.0;
 
 private:
     static constexpr double kLargerSide = 900.0;
-    static constexpr double kLeastWidth = 640.0;  // or the caption has no room
-    static constexpr double kCaptionHeight = 84.0;
+    static constexpr double kLeastWidth = 640.0;    // or the caption has no room
+    static constexpr double kCaptionHeight = 60.0;  // without its legend
 
     Spot low;
     Spot high;
+    unsigned legendLineNum;
     double scale = 1.0;
     double indent = 0.0;
 };

@@ -4,11 +4,11 @@
 #include <array>
 #include <cstdio>
 
+#include "report/FaultList.h"
+
 namespace korvel {
 
 namespace {
-
-constexpr std::size_t kMostLines = 20;
 
 // In characters of a terminal, if none is wider than one.
 std::size_t widthOf(const std::string& text) {
@@ -41,23 +41,6 @@ std::string reachText(const Judgement::Outside& outside) {
     add(outside.below, "below");
     add(outside.above, "above");
     return text;
-}
-
-// The lines of one kind of fault under their heading, and how many there are beyond those listed.
-template <typename Fault, typename RowOf>
-std::string section(const std::string& heading, const std::vector<Fault>& faults,
-                    std::size_t number, RowOf rowOf) {
-    if (number == 0) {
-        return "";
-    }
-    Rows rows;
-    for (std::size_t at = 0; at < std::min(faults.size(), kMostLines); ++at) {
-        rows.push_back(rowOf(faults[at]));
-        rows.back().insert(rows.back().begin(), "");
-    }
-    const std::string text = "\n" + heading + "\n" + aligned(rows, "lllll");
-    const std::size_t more = number - rows.size();
-    return more == 0 ? text : text + "  and " + std::to_string(more) + " more\n";
 }
 
 }  // namespace
@@ -143,20 +126,21 @@ std::string faultCounts(const Judgement& judgement) {
 std::string faultsText(const Design& design, const Placement& placement,
                        const Judgement& judgement) {
     const auto nameOf = [&design](unsigned die) { return design.dies[die].name; };
-    return section("Overlapping dies, the largest overlap first:", judgement.overlaps,
-                   judgement.overlapNum,
-                   [&](const Judgement::Overlap& overlap) -> Row {
-                       return {nameOf(overlap.first), nameOf(overlap.second),
-                               "area " + numberText(overlap.area()), sizeText(overlap.size)};
-                   }) +
-           section("Dies outside the area:", judgement.outside, judgement.outside.size(),
-                   [&](const Judgement::Outside& outside) -> Row {
-                       return {nameOf(outside.die), reachText(outside)};
-                   }) +
-           section("Dies that are mirrored, while they can only be turned:", judgement.mirrored,
-                   judgement.mirrored.size(), [&](unsigned die) -> Row {
-                       return {nameOf(die), OrientConverter::OrientToString(placement[die].orient)};
-                   });
+    return faultList("Overlapping dies, the largest overlap first:", judgement.overlaps,
+                     judgement.overlapNum,
+                     [&](const Judgement::Overlap& overlap) -> Row {
+                         return {nameOf(overlap.first), nameOf(overlap.second),
+                                 "area " + numberText(overlap.area()), sizeText(overlap.size)};
+                     }) +
+           faultList("Dies outside the area:", judgement.outside,
+                     [&](const Judgement::Outside& outside) -> Row {
+                         return {nameOf(outside.die), reachText(outside)};
+                     }) +
+           faultList(
+               "Dies that are mirrored, while they can only be turned:", judgement.mirrored,
+               [&](unsigned die) -> Row {
+                   return {nameOf(die), OrientConverter::OrientToString(placement[die].orient)};
+               });
 }
 
 }  // namespace korvel

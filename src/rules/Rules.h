@@ -42,6 +42,9 @@ struct CornerRange {
 
 // Lengths are in the design's unit. Dies and nets are named by their place in the design.
 struct Rules {
+    // The reach of a net that may be of any length.
+    static constexpr double kAnyReach = std::numeric_limits<double>::infinity();
+
     // Least gaps between a die that is not fixed and the sides of the area.
     struct Edge {
         double left = 0.0;
@@ -64,7 +67,7 @@ struct Rules {
     };
     struct Net {
         double weight = 1.0;
-        double reach = std::numeric_limits<double>::infinity();
+        double reach = kAnyReach;
     };
 
     double spacing = 0.0;

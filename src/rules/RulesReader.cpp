@@ -32,16 +32,17 @@ std::optional<Rules> readRules(std::istream& in, const std::string& file,
     return diagnostics.getErrorNum() == errorsBefore ? rules : std::nullopt;
 }
 
-std::optional<Rules> readRules(const std::string& path, const RuleOverrides& overrides,
-                               const Design& design, Region region, Diagnostics& diagnostics) {
-    if (path.empty()) {
+std::optional<Rules> readRules(const std::optional<std::string>& path,
+                               const RuleOverrides& overrides, const Design& design, Region region,
+                               Diagnostics& diagnostics) {
+    if (!path) {
         RulesDraft draft;
         override(draft, overrides);
         return resolveRules(draft, design, region, diagnostics);
     }
     std::ifstream in;
-    return openInput(in, path, diagnostics)
-               ? readRules(in, path, overrides, design, region, diagnostics)
+    return openInput(in, *path, diagnostics)
+               ? readRules(in, *path, overrides, design, region, diagnostics)
                : std::nullopt;
 }
 

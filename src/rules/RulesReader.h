@@ -18,10 +18,11 @@ struct RuleOverrides {
     std::optional<double> edge;     // of all four sides
 };
 
-// `path` is empty if there is no file. The region is usable. No rules come back if anything is an
-// error.
-std::optional<Rules> readRules(const std::string& path, const RuleOverrides& overrides,
-                               const Design& design, Region region, Diagnostics& diagnostics);
+// Without a path, only those of the command line. The region is usable. No rules come back if
+// anything is an error.
+std::optional<Rules> readRules(const std::optional<std::string>& path,
+                               const RuleOverrides& overrides, const Design& design, Region region,
+                               Diagnostics& diagnostics);
 // `file` is its name in findings.
 std::optional<Rules> readRules(std::istream& in, const std::string& file,
                                const RuleOverrides& overrides, const Design& design, Region region,

@@ -4,8 +4,11 @@
 #include <yaml-cpp/exceptions.h>
 #include <yaml-cpp/parser.h>
 
+#include <algorithm>
+#include <array>
 #include <istream>
 #include <sstream>
+#include <string_view>
 #include <utility>
 
 namespace korvel {
@@ -82,12 +85,32 @@ private:
     unsigned documentNum = 0;
 };
 
-// At most one byte more than may be read.
+// At most a block more than may be read.
 std::string contentOf(std::istream& in) {
-    std::string content(kMaxBytes + 1, '\0');
-    in.read(content.data(), static_cast<std::streamsize>(content.size()));
-    content.resize(static_cast<std::size_t>(in.gcount()));
+    std::string content;
+    std::array<char, 4096> block;
+    while (content.size() <= kMaxBytes &&
+           (in.read(block.data(), block.size()) || in.gcount() > 0)) {
+        content.append(block.data(), static_cast<std::size_t>(in.gcount()));
+    }
     return content;
+}
+
+// Whether all lines are text; those that are not are errors. On some that are none the library
+// would never come to an end.
+bool isText(const std::string& content, const std::string& file, Diagnostics& diagnostics) {
+    const std::size_t errorsBefore = diagnostics.getErrorNum();
+    std::istringstream stream(content);
+    unsigned number = 0;
+    for (std::string line; std::getline(stream, line);) {
+        ++number;
+        std::replace(line.begin(), line.end(), '\t', ' ');
+        const std::string_view ended(line.data(), line.size() - (line.ends_with('\r') ? 1 : 0));
+        if (!isPrintable(ended)) {
+            diagnostics.error(file, number, "found " + shown(ended) + ", expected text in UTF-8");
+        }
+    }
+    return diagnostics.getErrorNum() == errorsBefore;
 }
 
 // The library's words, and behind a colon a piece of the file.
@@ -131,12 +154,16 @@ std::string described(const YamlNode& node) {
 }
 
 YamlNode readYaml(std::istream& in, const std::string& file, Diagnostics& diagnostics) {
-    const std::string content = contentOf(in);
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    std::string content = contentOf(in);
+    if (content.starts_with(kByteOrderMark)) {
+        content.erase(0, kByteOrderMark.size());
+    }
     if (in.bad()) {
         diagnostics.error(file, 0, "found a file that cannot be read to its end");
     } else if (content.size() > kMaxBytes) {
         diagnostics.error(file, 0, "found a file of more than 4 MiB, expected a smaller one");
-    } else {
+    } else if (isText(content, file, diagnostics)) {
         return parse(content, file, diagnostics);
     }
     return {Kind::kUnusable, 1, {}, {}};

@@ -25,9 +25,9 @@ struct YamlNode {
 std::string described(const YamlNode& node);
 
 // The only document of a stream, which may be empty: nothing. Errors, with file and line: what is
-// no YAML, a second document, aliases (they could stand for endless amounts of text), and files
-// that are too large or cannot be read. After a syntax error there is nothing to go on with:
-// unusable.
+// no UTF-8 text, no YAML, a second document, aliases (they could stand for endless amounts of
+// text), and files that are too large or cannot be read. After a syntax error there is nothing to
+// go on with: unusable.
 YamlNode readYaml(std::istream& in, const std::string& file, Diagnostics& diagnostics);
 
 }  // namespace korvel

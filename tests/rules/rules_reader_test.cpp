@@ -99,8 +99,9 @@ TEST(RulesReader, TakesEveryKey) {
 }
 
 TEST(RulesReader, TakesFilesThatSayNothing) {
-    for (const char* text : {"", "# nothing\n", "---\n...\n", "dies:\nkeepouts:\npairs:\n", "{}",
-                             "spacing: 0\nedge: 0"}) {
+    for (const char* text :
+         {"", "# nothing\n", "---\n...\n", "dies:\nkeepouts:\npairs:\n", "{}",
+          "spacing: 0\nedge: 0", "\xEF\xBB\xBF# from a Windows editor\r\n\r\nspacing:\t0\r\n"}) {
         SCOPED_TRACE(text);
         const Reading reading(text);
         EXPECT_EQ(reading.messages, "");
@@ -184,12 +185,12 @@ TEST(RulesReader, LetsTheCommandLineOverride) {
 
 TEST(RulesReader, NeedsNoFile) {
     Diagnostics diagnostics;
-    const auto rules = readRules("", {5, {}}, sample(), kRegion, diagnostics);
+    const auto rules = readRules({}, {5, {}}, sample(), kRegion, diagnostics);
     ASSERT_TRUE(rules);
     EXPECT_EQ(rules->leastGap(0, 1), 5);
     EXPECT_TRUE(rules->dies.empty());
-    EXPECT_FALSE(readRules("none.yaml", {}, sample(), kRegion, diagnostics));
-    EXPECT_FALSE(readRules("", {{}, 40}, sample(), kRegion, diagnostics));
+    EXPECT_FALSE(readRules("none.yaml", RuleOverrides{}, sample(), kRegion, diagnostics));
+    EXPECT_FALSE(readRules({}, {{}, 40}, sample(), kRegion, diagnostics));
     std::ostringstream out;
     diagnostics.print(out);
     EXPECT_EQ(out.str(),
@@ -307,6 +308,9 @@ TEST(RulesReader, SaysWhatIsNoYaml) {
          "in quotes"},
         {"spacing: &s 3\nedge: *s",
          "2 found an alias, expected the value itself; names with * have to stand in quotes"},
+        {"spacing: 3\nedge: \xF0\x80\n# \x01",
+         "2 found 'edge: \\xF0\\x80', expected text in UTF-8\n"
+         "3 found '# \\x01', expected text in UTF-8"},
         {"spacing: 3\n---\nspacing: 4", "2 found a second document, expected one"},
     };
     for (const Mistake& mistake : mistakes) {

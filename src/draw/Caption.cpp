@@ -95,7 +95,7 @@ std::vector<LegendEntry> legendOf(const CaptionFacts& facts) {
 std::vector<LegendEntry> ruleLegendOf(const Ruled& ruled) {
     const auto& [rules, judgement] = ruled;
     const auto& [left, bottom, right, top] = rules.edge;
-    std::vector<LegendEntry> legend{{"", "rules: " + rulesText(rules)}};
+    std::vector<LegendEntry> legend;
     const auto add = [&legend](bool isThere, const std::string& sign, const std::string& meaning) {
         if (isThere) {
             legend.push_back({sign, meaning});
@@ -119,7 +119,7 @@ double widthOf(const LegendEntry& entry) {
            kGap;
 }
 
-// One line of entries, smaller if it would not fit otherwise.
+// One line of entries or none, smaller if it would not fit otherwise.
 std::string drawLegend(const std::vector<LegendEntry>& legend, double line, const View& view) {
     std::string entries;
     double x = 0.0;
@@ -132,6 +132,9 @@ std::string drawLegend(const std::vector<LegendEntry>& legend, double line, cons
         entries += svgElement("text", {{"x", textStart}}, xmlText(entry.meaning));
         x += widthOf(entry);
     }
+    if (legend.empty()) {
+        return "";
+    }
     const double scale = std::min(1.0, view.captionWidth() / x);
     return svgElement("g",
                       {{"transform", "translate(" + svgNumber(View::kMargin) + " " +
@@ -140,6 +143,16 @@ std::string drawLegend(const std::vector<LegendEntry>& legend, double line, cons
                        {"font-size", kLegendFont},
                        {"fill", colour::kQuietText}},
                       entries);
+}
+
+std::string drawRules(const CaptionFacts& facts, const View& view) {
+    if (facts.ruled == nullptr) {
+        return "";
+    }
+    const double line = kLegendLine + View::kLegendLine;
+    return textLine("Rules: " + rulesText(facts.ruled->rules), kLegendFont, line,
+                    colour::kQuietText, view) +
+           drawLegend(ruleLegendOf(*facts.ruled), line + View::kLegendLine, view);
 }
 
 }  // namespace
@@ -161,10 +174,7 @@ std::string drawCaption(const CaptionFacts& facts, const View& view) {
     const char* const ink = isLegal ? colour::kText : colour::kFault;
     return textLine(facts.design.name + verdict, kNameFont, kNameLine, ink, view) +
            textLine(figuresText(facts), kFiguresFont, kFiguresLine, colour::kText, view) +
-           drawLegend(legendOf(facts), kLegendLine, view) +
-           (facts.ruled == nullptr
-                ? ""
-                : drawLegend(ruleLegendOf(*facts.ruled), kLegendLine + View::kLegendLine, view));
+           drawLegend(legendOf(facts), kLegendLine, view) + drawRules(facts, view);
 }
 
 }  // namespace korvel

@@ -272,7 +272,7 @@ std::string drawSvg(const Design& design, Region region, const Placement& placem
     const double tolerance = touchingLength(region, kTouchingInFiles);
     const Judgement judgement = judge(design, region, placement, tolerance);
     const Bundles bundles = bundlesOf(design, placement);
-    const View view = viewOfAll(design, region, placement, ruled != nullptr ? 2 : 1);
+    const View view = viewOfAll(design, region, placement, ruled != nullptr ? 3 : 1);
     const std::size_t bundleNum = bundles.betweenDies.size();
     const std::size_t hiddenNum = bundleNum - std::min(bundleNum, kMostBundles);
     const std::string background = svgElement(

@@ -14,7 +14,7 @@ namespace {
 constexpr const char* kHatchFill = "url(#keepout)";
 constexpr const char* kEdgeDashes = "7 4";
 constexpr const char* kStyle = "<style>.reach:hover{stroke-width:4}</style>\n";
-constexpr double kFixedRadius = 5.5;
+constexpr double kFixedRadius = 6.5;
 constexpr double kReachWidth = 1.6;
 
 std::string hatchPattern() {

@@ -34,6 +34,7 @@ public:
 
     // Of the first document.
     YamlNode takeRoot() { return std::move(root); }
+    unsigned getDocumentNum() const { return documentNum; }
 
     void OnDocumentStart(const YAML::Mark& mark) override {
         if (++documentNum == 2) {
@@ -129,7 +130,8 @@ YamlNode parse(const std::string& content, const std::string& file, Diagnostics&
     TreeBuilder builder(file, diagnostics);
     try {
         YAML::Parser parser(stream);
-        while (parser.HandleNextDocument(builder)) {
+        // Behind the second one nothing counts; and after some slips there is no end of documents.
+        while (builder.getDocumentNum() < 2 && parser.HandleNextDocument(builder)) {
         }
     } catch (const YAML::Exception& fault) {
         diagnostics.error(file, lineOf(fault.mark), syntaxFault(fault));

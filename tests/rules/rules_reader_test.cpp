@@ -311,6 +311,7 @@ TEST(RulesReader, SaysWhatIsNoYaml) {
         {"spacing: 3\nedge: \xF0\x80\n# \x01",
          "2 found 'edge: \\xF0\\x80', expected text in UTF-8\n"
          "3 found '# \\x01', expected text in UTF-8"},
+        {",", "1 found a second document, expected one"},
         {"spacing: 3\n---\nspacing: 4", "2 found a second document, expected one"},
     };
     for (const Mistake& mistake : mistakes) {

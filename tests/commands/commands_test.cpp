@@ -60,6 +60,12 @@ TEST_F(Commands, EndWithTheirStatus) {
          "korvel check: --area: '1x' is not a positive finite number"},
         {"check d good.pl --area 10 10 --tolerance -1", 2,
          "korvel check: --tolerance: '-1' is not zero or a positive finite number"},
+        {"check d good.pl --area 10 10 --spacing -1", 2,
+         "korvel check: --spacing: '-1' is not zero or a positive finite number"},
+        {"draw d good.pl --area 10 10 -o p.svg --edge inf", 2,
+         "korvel draw: --edge: 'inf' is not zero or a positive finite number"},
+        {"check d good.pl --area 10 10 --rules none.yaml", 3,
+         "none.yaml: error: found no file that can be read: No such file or directory"},
         {"check d --area 10 10", 2, "korvel check: PLACEMENT is required"},
         {"draw d good.pl --area 10 10", 2, "korvel draw: --output is required"},
         {"draw d good.pl --area 10 10 -o p.svg more", 2,
@@ -157,11 +163,120 @@ TEST_F(Commands, CheckTellsOfDiesThatAreMissingOrUnknown) {
     EXPECT_NE(door.out().find("Legal        no: 1 name unknown\n"), std::string::npos);
 }
 
+constexpr const char* kRules =
+    "spacing: 2\nedge: 0.5\nkeepouts: [[6, 2, 2, 2]]\n"
+    "dies: { small: { turns: [N, S] }, big: { at: [0, 1], turn: N } }\n"
+    "pairs: [ { dies: [big, small], weight: 3, reach: 1 } ]\n";
+
+TEST_F(Commands, CheckTellsPeopleOfRules) {
+    door.write("r.yaml", kRules);
+    EXPECT_EQ(door.run("check d good.pl --area 10 10 --rules r.yaml"), 1);
+    EXPECT_EQ(
+        door.out(),
+        "Design       d\n"
+        "             2 dies, 1 terminal, 3 nets\n"
+        "Area         10 x 10\n"
+        "Utilization  10.0 %\n"
+        "Wirelength   14.5 (HPWL)\n"
+        "             10.5 without nets on one die\n"
+        "Extent       6 x 4 from (0, 0)\n"
+        "Weighted     20.5 (HPWL times the nets' weights)\n"
+        "Rules        spacing 2, edge 0.5, 1 keep-out, 1 die fixed, 1 die not to be turned "
+        "freely, 1 net weighted, 1 net limited in reach\n"
+        "Legal        no: 1 gap too small, 1 fixed die moved, 1 die turned wrongly, 1 net too "
+        "long\n"
+        "\nGaps that are too small:\n"
+        "  big  small  1 of 2\n"
+        "\nFixed dies that lie elsewhere:\n"
+        "  big  at (0, 0)  fixed at (0, 1)\n"
+        "\nDies in an orientation that is not allowed:\n"
+        "  small  E  allowed: N, S\n"
+        "\nNets beyond their reach:\n"
+        "  net 1  3 of 1  big, small\n");
+    door.write("side.pl", "big 0 1\nsmall 7.75 3 : N\n");
+    door.write("w.yaml", "keepouts: [[6, 2, 2, 2]]\ndies: { small: { within: [0, 0, 9, 9] } }\n");
+    EXPECT_EQ(door.run("check d side.pl --area 10 10 --rules w.yaml --edge 0.5"), 1);
+    EXPECT_EQ(door.out().substr(door.out().find("Rules")),
+              "Rules        edge 0.5, 1 keep-out, 1 die within a rectangle\n"
+              "Legal        no: 2 dies too near a side, 1 die in a keep-out, 1 die beyond its "
+              "rectangle\n"
+              "\nDies too near a side of the area:\n"
+              "  big    left   0 of 0.5\n"
+              "  small  right  0.25 of 0.5\n"
+              "\nDies in keep-outs:\n"
+              "  small  keep-out 1  area 0.25  0.25 x 1\n"
+              "\nDies beyond their rectangle:\n"
+              "  small  right  by 0.75\n");
+}
+
+TEST_F(Commands, CheckTellsProgramsOfRules) {
+    door.write("r.yaml", kRules);
+    EXPECT_EQ(door.run("check d good.pl --area 10 10 --rules r.yaml --spacing 3 --json -"), 1);
+    const Json report = Json::parse(door.out());
+    EXPECT_EQ(report["legal"], false);
+    EXPECT_EQ(report["weightedWirelength"], 20.5);
+    EXPECT_EQ(report["rules"], Json::parse(R"({
+        "spacing": 3, "edge": {"left": 0.5, "bottom": 0.5, "right": 0.5, "top": 0.5},
+        "keepouts": [{"x": 6, "y": 2, "width": 2, "height": 2}],
+        "dies": [{"name": "big", "at": {"x": 0, "y": 1}, "orientations": ["N"],
+                  "within": null, "spacing": null},
+                 {"name": "small", "at": null, "orientations": ["N", "S"],
+                  "within": null, "spacing": null}],
+        "pairs": [{"dies": ["big", "small"], "spacing": null, "weight": 3, "reach": 1}]})"));
+    EXPECT_EQ(report["violations"], Json::parse(R"({
+        "gapNum": 1, "gaps": [{"dies": ["big", "small"], "found": 1, "needed": 3}],
+        "edges": [], "keepouts": [],
+        "moved": [{"die": "big", "found": {"x": 0, "y": 0}, "fixed": {"x": 0, "y": 1}}],
+        "turned": [{"die": "small", "found": "E", "allowed": ["N", "S"]}], "within": [],
+        "reaches": [{"net": 1, "dies": ["big", "small"], "length": 3, "reach": 1}]})"));
+    door.write("side.pl", "big 0 1\nsmall 7.75 3 : N\n");
+    door.write("w.yaml", "keepouts: [[6, 2, 2, 2]]\ndies: { small: { within: [0, 0, 9, 9] } }\n");
+    EXPECT_EQ(door.run("check d side.pl --area 10 10 --rules w.yaml --edge 0.5 --json -"), 1);
+    const Json violations = Json::parse(door.out())["violations"];
+    EXPECT_EQ(violations["edges"], Json::parse(R"([
+        {"die": "big", "side": "left", "found": 0, "needed": 0.5},
+        {"die": "small", "side": "right", "found": 0.25, "needed": 0.5}])"));
+    EXPECT_EQ(violations["keepouts"], Json::parse(R"([
+        {"die": "small", "keepout": 1, "width": 0.25, "height": 1, "area": 0.25}])"));
+    EXPECT_EQ(violations["within"],
+              Json::parse(R"([{"die": "small", "side": "right", "beyond": 0.75}])"));
+}
+
+TEST_F(Commands, CheckFindsRulesThatAreKept) {
+    door.run("check d good.pl --area 10 10");
+    const std::string plain = door.out();
+    EXPECT_EQ(door.run("check d good.pl --area 10 10 --spacing 1 --edge 0"), 0);
+    std::string expected = plain;
+    expected.insert(plain.find("Legal"), "Rules        spacing 1\n");
+    EXPECT_EQ(door.out(), expected);
+    EXPECT_EQ(door.run("check d good.pl --area 10 10 --edge 0.5 --tolerance 0.5"), 0);
+    door.write("empty.yaml", "# nothing yet\n");
+    EXPECT_EQ(door.run("check d good.pl --area 10 10 --rules empty.yaml"), 0);
+    EXPECT_NE(door.out().find("Rules        none, dies may touch\n"), std::string::npos);
+}
+
+TEST_F(Commands, TakeNoWrongRules) {
+    door.write("wrong.yaml", "spacing: x\ndies: { bigg: { turn: N } }\n");
+    for (const char* command :
+         {"check d good.pl --area 10 10", "draw d good.pl --area 10 10 -o -"}) {
+        EXPECT_EQ(door.run(std::string(command) + " --rules wrong.yaml --edge 6"), 3);
+        EXPECT_EQ(door.out(), "");
+        EXPECT_EQ(door.err(),
+                  "wrong.yaml:1: error: spacing: found 'x', expected a length of 0 or more\n"
+                  "wrong.yaml:2: error: dies: found the name 'bigg', expected that of a die; the "
+                  "nearest is 'big'\n"
+                  "error: edge: found [6, 6, 6, 6], expected some of the area of 10 x 10 to be "
+                  "left\n");
+    }
+}
+
 TEST_F(Commands, DrawWritesOnePictureOrNone) {
     EXPECT_EQ(door.run("draw d good.pl --area 10 10 -o p.svg"), 0);
     EXPECT_EQ(door.out(), "");
     EXPECT_EQ(door.run("draw d good.pl --area 10 10 -o -"), 0);
     EXPECT_EQ(door.out(), door.read("p.svg"));
+    EXPECT_EQ(door.run("draw d good.pl --area 10 10 --spacing 2 -o ruled.svg"), 0);
+    EXPECT_NE(door.read("ruled.svg").find("gap too small"), std::string::npos);
     door.write("part.pl", "small 5 2 : E\n");
     EXPECT_EQ(door.run("draw d part.pl --area 10 10 -o part.svg"), 3);
     EXPECT_EQ(door.err(), "part.pl: error: found no place for 'big', expected all dies\n");

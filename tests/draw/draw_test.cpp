@@ -209,6 +209,92 @@ TEST(Picture, ShowsWhichDiesAreAtFault) {
     EXPECT_NE(svg.find("is not legal: 1 overlap, 1 die outside"), std::string::npos);
 }
 
+// Where a rectangle or line of the design's plane comes to lie, from the rectangle of the area.
+struct Plane {
+    Region region;
+    std::vector<Spot> area;  // in pixels
+
+    Spot at(Spot spot) const {
+        const double scale = (area[1].x - area[0].x) / region.width;
+        return {area[0].x + scale * spot.x, area[1].y - scale * spot.y};
+    }
+};
+
+TEST(Picture, ShowsRulesAndWhatBreaksThem) {
+    Design design;
+    design.dies = {{"a", {4, 2}}, {"b", {2, 2}}};
+    design.nets = {{{{0, {0, 0}}, {1, {2, 2}}}}, {{{0, {4, 0}}, {1, {0, 0}}}}};
+    const Region region{20, 10};
+    const Placement placement{{{1, 1}}, {{6, 2}, Orient::S}};
+    Rules rules;
+    rules.spacing = 2;
+    rules.edge = {2, 0, 1, 0};
+    rules.keepouts = {{{15, -5}, {18, 3}}, {{30, 0}, {40, 1}}};
+    rules.dies.resize(2);
+    rules.dies[1].at = Spot{6, 2};
+    rules.nets = {{1, 6}, {1, 9}};  // as long as 6 and 6
+    const RuleJudgement judgement = judgeRules(design, region, rules, placement, 0);
+    const Ruled ruled{rules, judgement};
+    const std::string svg = drawSvg(design, region, placement, &ruled);
+
+    Plane plane{region, {}};
+    std::map<std::string, std::vector<Tag>> byFill;
+    std::size_t circleNum = 0;
+    std::size_t reachNum = 0;
+    for (const Tag& tag : tagsOf(svg)) {
+        circleNum += tag.name == "circle" ? 1 : 0;
+        reachNum += tag.name == "g" && tag.attributes.count("class") > 0 &&
+                            tag.attributes.at("class") == "reach"
+                        ? 1
+                        : 0;
+        if (tag.name == "rect" && tag.attributes.at("fill") == "#f7f6f2") {
+            plane.area = spotsOf(tag);
+        } else if (tag.name == "rect") {
+            byFill[tag.attributes.at("fill")].push_back(tag);
+        }
+    }
+    const auto expectBox = [&](const std::string& fill, std::size_t number, Spot low, Spot high) {
+        SCOPED_TRACE(fill);
+        ASSERT_EQ(byFill[fill].size(), number);
+        const std::vector<Spot> spots = spotsOf(byFill[fill].front());
+        EXPECT_NEAR(spots[0].x, plane.at(low).x, 0.02);
+        EXPECT_NEAR(spots[0].y, plane.at(high).y, 0.02);
+        EXPECT_NEAR(spots[1].x, plane.at(high).x, 0.02);
+        EXPECT_NEAR(spots[1].y, plane.at(low).y, 0.02);
+    };
+    // Each with its sign in the legend; the keep-out outside the area is not drawn.
+    expectBox("url(#keepout)", 2, {15, 0}, {18, 3});
+    expectBox("none", 1, {2, 0}, {19, 10});
+    expectBox("#b3261e", 2, {5, 2}, {6, 3});
+    EXPECT_EQ(circleNum, 4U);
+    EXPECT_EQ(reachNum, 0U);
+    for (const char* text :
+         {"keep-out 1\n", "a \u2013 b\ngap of 1, 2 needed", "is 1 from the area's side (left), 2",
+          "is not legal: 1 gap too small, 1 die too near a side<", "Rules: spacing 2, edge 2 at"}) {
+        EXPECT_NE(svg.find(text), std::string::npos) << text;
+    }
+}
+
+TEST(Picture, ShowsNetsBeyondTheirReach) {
+    const auto [design, region, placement] = randomPlaced(1, 1.0);
+    Rules rules;
+    rules.nets.resize(design.nets.size(), {1, 9});
+    rules.dies.resize(design.dies.size());
+    rules.dies[0].at = Spot{1, 1};
+    rules.dies[1].within = Rectangle{{0, 0}, {1, 1}};
+    rules.dies[2].orients = {};
+    rules.edge = {4, 4, 4, 4};
+    rules.keepouts = {{{0, 0}, {9, 8}}};
+    const RuleJudgement judgement = judgeRules(design, region, rules, placement, 0);
+    const Ruled ruled{rules, judgement};
+    std::size_t reachNum = 0;
+    for (const Tag& tag : tagsOf(drawSvg(design, region, placement, &ruled))) {
+        reachNum += tag.attributes.count("class") > 0 && tag.attributes.at("class") == "reach";
+    }
+    EXPECT_GT(reachNum, 0U);
+    EXPECT_EQ(reachNum, judgement.reaches.size());
+}
+
 TEST(Picture, StaysOfASizeWithManyDiesOnManyNets) {
     Placed placed;
     placed.region = {100, 100};

@@ -242,6 +242,17 @@ TEST_F(Commands, CheckTellsProgramsOfRules) {
               Json::parse(R"([{"die": "small", "side": "right", "beyond": 0.75}])"));
 }
 
+TEST_F(Commands, CheckTakesTheRulesOfTheExample) {
+    door.write("e.pl",
+               "cpu0 5440 4850\ncpu1 13500 4850\nmem0 5900 12500\nmem1 13650 12500\n"
+               "mem2 11550 200\nio 6900 0\n");
+    const std::string example = std::string("'") + KORVEL_EXAMPLES + "/interposer'";
+    EXPECT_EQ(door.run("check " + example + " e.pl --area 22000 18000 --rules " + example +
+                       ".rules.yaml"),
+              0);
+    EXPECT_EQ(door.err(), "");
+}
+
 TEST_F(Commands, CheckFindsRulesThatAreKept) {
     door.run("check d good.pl --area 10 10");
     const std::string plain = door.out();

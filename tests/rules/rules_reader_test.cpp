@@ -160,6 +160,20 @@ TEST(RulesReader, AddsLaterEntriesOfPairsKeyByKey) {
     }
 }
 
+// Dies that no entry tells apart are a pair all the same, but none is a pair with itself.
+TEST(RulesReader, TakesPairsOfOnePattern) {
+    const Reading reading(
+        "pairs:\n  - { dies: ['mem?', 'mem?'], spacing: 2, weight: 5, reach: 9 }\n");
+    ASSERT_TRUE(reading.rules) << reading.messages;
+    EXPECT_EQ(reading.rules->leastGap(2, 3), 2);
+    EXPECT_EQ(reading.rules->leastGap(0, 3), 0);
+    const double weights[] = {1, 1, 5, 5, 1, 1};  // on mem0 and mem1 are the third and the fourth
+    for (unsigned net = 0; net < std::size(weights); ++net) {
+        EXPECT_EQ(reading.rules->net(net).weight, weights[net]) << net;
+        EXPECT_EQ(reading.rules->net(net).reach, weights[net] == 5 ? 9 : HUGE_VAL) << net;
+    }
+}
+
 TEST(RulesReader, TakesASmallerSpacingOfDiesAndPairs) {
     const Reading reading(
         "spacing: 9\n"

@@ -73,8 +73,8 @@ struct RuleJudgement {
 };
 
 // `placement` has a place for each die of the design. What misses a rule by at most `tolerance`
-// keeps it. Dies whose coordinates are not finite and orientations that are mirrored are not looked
-// at, as Judge finds them. Any thread.
+// keeps it. Dies whose coordinates are not finite are passed over, and so are orientations that are
+// mirrored, as Judge finds both. Any thread.
 RuleJudgement judgeRules(const Design& design, Region region, const Rules& rules,
                          const Placement& placement, double tolerance);
 

@@ -107,8 +107,8 @@ struct Rules {
                             Orient orient) const;
     // The same along both axes: whether there is a place at all.
     bool hasPlace(const Design& design, Region region, unsigned index, Orient orient) const;
-    // Where a die may lie: the area without its edge, and in the die's rectangle. For a fixed
-    // die, whatever its place.
+    // Where a die may lie: what its rectangle shares with the area inside the edge, or, if the die
+    // is fixed, with the whole area. Where it is fixed is not regarded. A side may be negative.
     Rectangle room(Region region, unsigned index) const;
 
 private:

@@ -52,6 +52,10 @@ struct FixedDie {
     OrientSet possible;
 };
 
+std::string foundAt(const FixedDie& fixed) {
+    return "at: found [" + numeral(fixed.at.x) + ", " + numeral(fixed.at.y) + "]";
+}
+
 class FixedDiesCheck {
 public:
     FixedDiesCheck(const MergedRules& merged, Diagnostics& diagnostics)
@@ -72,7 +76,6 @@ private:
     Rectangle lying(const FixedDie& fixed, Orient orient) const;
     // About where the die is fixed.
     void error(const FixedDie& fixed, const std::string& text);
-    std::string foundAt(const FixedDie& fixed) const;
     const std::string& nameOf(const FixedDie& fixed) const {
         return merged.design.dies[fixed.die].name;
     }
@@ -199,10 +202,6 @@ Rectangle FixedDiesCheck::lying(const FixedDie& fixed, Orient orient) const {
 void FixedDiesCheck::error(const FixedDie& fixed, const std::string& text) {
     diagnostics.error(merged.draft.file, merged.entries[fixed.die].at->line,
                       "die " + shown(nameOf(fixed)) + ": " + text);
-}
-
-std::string FixedDiesCheck::foundAt(const FixedDie& fixed) const {
-    return "at: found [" + numeral(fixed.at.x) + ", " + numeral(fixed.at.y) + "]";
 }
 
 }  // namespace

@@ -40,6 +40,7 @@ std::string listed(const std::vector<Key>& keys) {
 
 std::string nearestOf(const std::vector<Key>& keys, const std::string& word) {
     std::vector<std::string_view> names;
+    names.reserve(keys.size());
     for (const Key& key : keys) {
         names.emplace_back(key.name);
     }

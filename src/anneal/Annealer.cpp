@@ -68,11 +68,9 @@ private:
     std::uint64_t restart(std::uint64_t number, double expectedMoves, const Pace& pace,
                           const AnnealRun::Notice& notice);
     AnnealRun::Notice offering() {
-        return [this](const Placement& placement, double length) {
-            incumbent.offer(placement, length, kFinder);
-        };
+        return [this](const Placement& placement, double) { incumbent.offer(placement, kFinder); };
     }
-    void end(std::uint64_t number, std::optional<Found> result);
+    void end(std::uint64_t number, const std::optional<Placement>& result);
 
     bool isOver() const {
         return stop.stop_requested() || (options.deadline && Clock::now() >= *options.deadline);
@@ -98,8 +96,8 @@ private:
     const unsigned threads;
 
     std::mutex mutex;
-    std::map<std::uint64_t, std::optional<Found>> ended;  // mutex; restarts after one that runs
-    std::uint64_t nextToOffer = 0;                        // mutex
+    std::map<std::uint64_t, std::optional<Placement>> ended;  // mutex; restarts after one that runs
+    std::uint64_t nextToOffer = 0;                            // mutex
 };
 
 void Annealing::run() {
@@ -113,7 +111,7 @@ void Annealing::run() {
     // After a stop some restarts before these have not begun.
     for (const auto& [number, result] : ended) {
         if (result) {
-            incumbent.offer(result->placement, result->wirelength, result->finder);
+            incumbent.offer(*result, kFinder);
         }
     }
 }
@@ -135,16 +133,14 @@ void Annealing::workThrough(unsigned thread) {
     const std::uint64_t length = options.iterations / (rounds * threads) + 1;
     for (std::uint64_t round = 0; round < rounds && !isOver(); ++round) {
         const std::uint64_t number = round * threads + thread;
-        std::optional<Found> result;
+        std::optional<Placement> result;
         restart(
             number, static_cast<double>(length),
             [length](std::uint64_t moves) {
                 return static_cast<double>(moves) / static_cast<double>(length);
             },
-            [&result](const Placement& placement, double wirelength) {
-                result = Found{placement, wirelength, kFinder};
-            });
-        end(number, std::move(result));
+            [&result](const Placement& placement, double) { result = placement; });
+        end(number, result);
     }
 }
 
@@ -203,12 +199,12 @@ std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, con
     return moves;
 }
 
-void Annealing::end(std::uint64_t number, std::optional<Found> result) {
+void Annealing::end(std::uint64_t number, const std::optional<Placement>& result) {
     const std::lock_guard lock(mutex);
-    ended.emplace(number, std::move(result));
+    ended.emplace(number, result);
     for (; !ended.empty() && ended.begin()->first == nextToOffer; ++nextToOffer) {
         if (const auto& first = ended.begin()->second) {
-            incumbent.offer(first->placement, first->wirelength, first->finder);
+            incumbent.offer(*first, kFinder);
         }
         ended.erase(ended.begin());
     }

@@ -8,7 +8,7 @@
 #include <optional>
 #include <stop_token>
 
-#include "design/Incumbent.h"
+#include "results/Incumbent.h"
 
 namespace korvel {
 

@@ -30,7 +30,10 @@ int draw(const DrawOptions& options, CommandRun& run) {
     if (!placed || !isWhole(*placed, options.paths.placement, run.err)) {
         return kWrongInput;
     }
-    const std::string picture = drawSvg(placed->design, options.region, *placed->placement.whole());
+    const Placement placement = *placed->placement.whole();
+    const Judgement judgement = judge(placed->design, options.region, placement,
+                                      touchingLength(options.region, kTouchingInFiles));
+    const std::string picture = drawSvg(placed->design, options.region, placement, judgement);
     if (options.picturePath == "-") {
         run.out << picture;
         return kLegal;

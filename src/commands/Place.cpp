@@ -237,11 +237,12 @@ WrittenFiles writeFiles(const Design& design, const PlaceOptions& options, const
         }
     };
     if (!options.prefix.empty() && result.best) {
-        const Placement& placement = result.best->placement;
+        const auto& [placement, judgement, finder] = *result.best;
         std::ostringstream text;
         writePlacement(text, design, placement);
         write(options.prefix + ".pl", text.str());
-        write(options.prefix + ".svg", drawSvg(design, options.inputs.region, placement));
+        write(options.prefix + ".svg",
+              drawSvg(design, options.inputs.region, placement, judgement));
     }
     if (!options.prefix.empty()) {
         write(options.prefix + ".json", json);

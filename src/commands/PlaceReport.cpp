@@ -24,10 +24,10 @@ std::string percentText(double part) {
 
 // By how much of its length the best placement may be longer than the shortest one.
 std::optional<double> gapOf(const RunResult& result) {
-    if (!result.best || !result.lowerBound || result.best->wirelength <= 0.0) {
+    if (!result.best || !result.lowerBound || result.best->wirelength() <= 0.0) {
         return std::nullopt;
     }
-    return std::max(0.0, 1.0 - *result.lowerBound / result.best->wirelength);
+    return std::max(0.0, 1.0 - *result.lowerBound / result.best->wirelength());
 }
 
 std::string endingWord(Ending ending) {
@@ -139,8 +139,7 @@ Json headOf(const Design& design, Region region, const RunResult& result) {
     if (!result.best) {
         return reportHead("place", design, region, false);
     }
-    const Placement& placement = result.best->placement;
-    return reportOn("place", design, region, placement, judge(design, region, placement));
+    return reportOn("place", design, region, result.best->placement, result.best->judgement);
 }
 
 }  // namespace
@@ -148,8 +147,8 @@ Json headOf(const Design& design, Region region, const RunResult& result) {
 std::string placeSummary(const Design& design, Region region, const RunOptions& options,
                          const RunResult& result) {
     const bool found = result.best.has_value();
-    Rows rows = found ? summaryRows(design, region, judge(design, region, result.best->placement))
-                      : designRows(design, region);
+    Rows rows =
+        found ? summaryRows(design, region, result.best->judgement) : designRows(design, region);
     for (Row& row : runRows(options, result)) {
         rows.push_back(std::move(row));
     }

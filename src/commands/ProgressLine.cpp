@@ -117,7 +117,7 @@ std::string progressText(const Run& run) {
 }
 
 std::string improvementText(const Found& found, double seconds) {
-    return durationText(seconds) + "  HPWL " + numberText(found.wirelength) + "  " + found.finder;
+    return durationText(seconds) + "  HPWL " + numberText(found.wirelength()) + "  " + found.finder;
 }
 
 }  // namespace korvel

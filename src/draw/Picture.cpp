@@ -9,7 +9,6 @@
 #include "draw/Label.h"
 #include "draw/Svg.h"
 #include "draw/View.h"
-#include "judge/Judge.h"
 #include "report/Text.h"
 
 namespace korvel {
@@ -264,9 +263,8 @@ std::string drawTerminals(const Design& design, const View& view) {
 
 }  // namespace
 
-std::string drawSvg(const Design& design, Region region, const Placement& placement) {
-    const double tolerance = touchingLength(region, kTouchingInFiles);
-    const Judgement judgement = judge(design, region, placement, tolerance);
+std::string drawSvg(const Design& design, Region region, const Placement& placement,
+                    const Judgement& judgement) {
     const Bundles bundles = bundlesOf(design, placement);
     const View view = viewOfAll(design, region, placement);
     const std::size_t bundleNum = bundles.betweenDies.size();

@@ -1,5 +1,5 @@
 // The best coordinates for given orientations and relations: with both fixed, shortest wirelength
-// is a linear program, along x and y apart. Every placement that is reported has passed here.
+// is a linear program, along x and y apart.
 #pragma once
 
 #include <optional>

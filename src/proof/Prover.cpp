@@ -190,7 +190,7 @@ void ProofWorker::tryLeaf(const ProofNode& node) {
     }
     const Relations relations = Relations::of(task.design, placement);
     if (const auto exact = task.coordinates.solve(relations, orients)) {
-        task.incumbent.offer(*exact, wirelength(task.design, *exact), "proof");
+        task.incumbent.offer(*exact, "proof");
     }
     const auto undecided = overlappingPair(node, -kInfinity);
     if (node.bound >= task.limit() || !undecided) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "results/ExactOffer.h"
 #include "run/ClassicNetlist.h"
 
 namespace korvel {
@@ -45,9 +46,10 @@ std::optional<Topology> relationOf(const BBNode& node, unsigned a, unsigned b) {
 }  // namespace
 
 ClassicEngine::ClassicEngine(const Design& design, Region region, const RunOptions& options,
-                             LegalResults& results, RunProgress& progress)
+                             Incumbent& incumbent, RunProgress& progress)
     : design(design),
-      results(results),
+      solver(design, region),
+      incumbent(incumbent),
       progress(progress),
       placer(lengthToBeat(design, options.start), silence) {
     loadDesign(placer, design, region);
@@ -164,7 +166,8 @@ void ClassicEngine::improved(const BBNode& node, const WorkingPlacement& placeme
     }
     if (node.numBlocks == design.dies.size()) {
         const Placement draft = draftOf(node, placement);
-        results.offer(relationsOf(node, draft), draft, "classic search, " + pass.name);
+        offerExact(solver, relationsOf(node, draft), draft, "classic search, " + pass.name,
+                   incumbent);
     }
 }
 

@@ -8,7 +8,7 @@
 #include <stop_token>
 
 #include "classic/Placer.h"
-#include "run/LegalResults.h"
+#include "exact/ExactCoordinates.h"
 #include "run/RunProgress.h"
 #include "run/RunResult.h"
 
@@ -19,7 +19,7 @@ public:
     // All but the options must outlive it. With a start, only what is shorter is looked for; a
     // design that is placed in stages uses it for nothing.
     ClassicEngine(const Design& design, Region region, const RunOptions& options,
-                  LegalResults& results, RunProgress& progress);
+                  Incumbent& incumbent, RunProgress& progress);
 
     // Runs all passes; with a deadline, stages share the time to it so that the last one is
     // reached. It ends soon after `stop`, and not by the deadline alone. Call it once.
@@ -42,7 +42,8 @@ private:
     RunProgress::Gauge gauge() const;
 
     const Design& design;
-    LegalResults& results;
+    const CoordinateSolver solver;
+    Incumbent& incumbent;
     RunProgress& progress;
     std::ostream silence{nullptr};
     Placer placer;

@@ -6,6 +6,7 @@
 #include "anneal/Annealer.h"
 #include "base/CallAfter.h"
 #include "proof/Prover.h"
+#include "results/ExactOffer.h"
 #include "run/ClassicEngine.h"
 
 namespace korvel {
@@ -24,8 +25,7 @@ Run::Run(const Design& design, Region region, RunOptions options, Notice notice)
       plan(planFor(design.dies.size(), this->options)),
       limit(this->options.engine == Engine::Classic ? this->options.timeLimit : plan.whole),
       notice(std::move(notice)),
-      incumbent([this](const Found& found) { improved(found); }),
-      results(design, region, incumbent) {}
+      incumbent(design, region, [this](const Found& found) { improved(found); }) {}
 
 double Run::elapsed() const {
     return std::chrono::duration<double>(RunClock::now() - began).count();
@@ -45,6 +45,15 @@ void Run::improved(const Found& found) {
     }
 }
 
+// As it is, and with what can be won by moving its dies without changing how they lie to one
+// another.
+void Run::offerStart(const Placement& start) {
+    static const std::string kFinder = "the start placement";
+    incumbent.offer(start, kFinder);
+    offerExact(CoordinateSolver(design, region), Relations::of(design, start), start, kFinder,
+               incumbent);
+}
+
 RunResult Run::execute() {
     began = RunClock::now();
     std::jthread timer;
@@ -52,7 +61,7 @@ RunResult Run::execute() {
         timer = callAfter(clockSpan(*limit), [this] { end(Ending::TimeLimit); });
     }
     if (options.start) {
-        results.offer(*options.start, "the start placement");
+        offerStart(*options.start);
     }
     RunResult result;
     if (options.engine == Engine::Classic) {
@@ -70,7 +79,7 @@ RunResult Run::execute() {
 }
 
 void Run::runClassic(RunResult& result) {
-    ClassicEngine engine(design, region, options, results, progress);
+    ClassicEngine engine(design, region, options, incumbent, progress);
     std::optional<RunClock::time_point> deadline;
     if (limit) {
         deadline = began + clockSpan(*limit);

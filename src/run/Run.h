@@ -8,7 +8,6 @@
 #include <stop_token>
 
 #include "run/AutoPlan.h"
-#include "run/LegalResults.h"
 #include "run/RunProgress.h"
 #include "run/RunResult.h"
 
@@ -39,6 +38,7 @@ public:
 private:
     void end(Ending reason);
     void improved(const Found& found);
+    void offerStart(const Placement& start);
     void runClassic(RunResult& result);
     void runAuto(RunResult& result);
     void anneal(RunResult& result, double until);
@@ -52,7 +52,6 @@ private:
     Notice notice;
     RunClock::time_point began = RunClock::now();
     Incumbent incumbent;
-    LegalResults results;
     RunProgress progress;
     std::stop_source stopping;
     std::atomic<Ending> ending{Ending::Done};  // the first reason stays

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "design/Incumbent.h"
+#include "results/Incumbent.h"
 
 namespace korvel {
 

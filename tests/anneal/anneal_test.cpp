@@ -20,7 +20,7 @@ constexpr double kAnything = std::numeric_limits<double>::infinity();
 constexpr auto kSoon = std::chrono::milliseconds(150);
 
 std::optional<Found> annealed(const Design& design, Region region, const AnnealOptions& options) {
-    Incumbent incumbent;
+    Incumbent incumbent(design, region);
     AnnealProgress progress;
     anneal(design, region, options, incumbent, std::stop_source().get_token(), progress);
     return incumbent.best();
@@ -87,7 +87,7 @@ TEST(Annealer, ReachesTheOptimumOfSmallDesigns) {
         if (found) {
             ++placed;
             EXPECT_TRUE(isLegal(design, region, found->placement, kSlack));
-            EXPECT_NEAR(found->wirelength, best, 1e-9) << "round " << round;
+            EXPECT_NEAR(found->wirelength(), best, 1e-9) << "round " << round;
         }
     }
     EXPECT_GT(placed, 1);
@@ -106,7 +106,7 @@ TEST(Annealer, SameSeedSameResult) {
         const auto second = annealed(design, region, options);
         ASSERT_TRUE(first && second);
         EXPECT_TRUE(isLegal(design, region, first->placement, kSlack));
-        EXPECT_DOUBLE_EQ(first->wirelength, wirelength(design, first->placement));
+        EXPECT_DOUBLE_EQ(first->wirelength(), wirelength(design, first->placement));
         for (unsigned die = 0; die < 9; ++die) {
             EXPECT_EQ(first->placement[die].orient, second->placement[die].orient);
             EXPECT_EQ(first->placement[die].at.x, second->placement[die].at.x);
@@ -132,7 +132,7 @@ TEST_P(AnnealerStops, AtOnce) {
     const Design design = RandomDesigns(6).make({30, 10, 100, 4, 8, 60, 1.0});
     AnnealOptions options;
     options.threads = 2;
-    Incumbent incumbent;
+    Incumbent incumbent(design, {60, 60});
     AnnealProgress progress;
     std::stop_source stop;
     const auto begin = std::chrono::steady_clock::now();

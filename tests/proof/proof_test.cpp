@@ -32,7 +32,7 @@ struct Outcome {
 };
 
 Outcome proveAlone(const Design& design, Region region, const ProofOptions& options = {}) {
-    Incumbent incumbent;
+    Incumbent incumbent(design, region);
     ProofProgress progress;
     const ProofResult result = prove(design, region, options, incumbent, {}, progress);
     return {result, incumbent.best(), progress.lowerBound, progress.shareDone};
@@ -244,7 +244,7 @@ void expectProof(const Design& design, Region region, const Outcome& run, double
     ASSERT_EQ(run.result.end, ProofEnd::Proved);
     ASSERT_TRUE(run.best && isLegal(design, region, run.best->placement, kRounding));
     EXPECT_NEAR(wirelength(design, run.best->placement), shortest, shortest * kTolerance + 1e-9);
-    EXPECT_NEAR(run.best->wirelength, shortest, shortest * kTolerance + 1e-9);
+    EXPECT_NEAR(run.best->wirelength(), shortest, shortest * kTolerance + 1e-9);
     EXPECT_LE(run.result.lowerBound, shortest + 1e-9);
     EXPECT_NEAR(run.result.lowerBound, shortest, shortest * kTolerance + 1e-6);
     EXPECT_LE(run.lowerBoundSeen, shortest + 1e-9);
@@ -442,7 +442,7 @@ TEST(Proof, AStoppedRunProvesNothing) {
     RandomDesigns random(23);
     for (const int milliseconds : {0, 1, 30}) {
         const Design design = endless(random);
-        Incumbent incumbent;
+        Incumbent incumbent(design, {30, 30});
         ProofProgress progress;
         std::stop_source source;
         const std::jthread stopper([&] {
@@ -468,12 +468,12 @@ TEST(Proof, AGapIsReachedAndSaidSo) {
             continue;
         }
         ASSERT_TRUE(rough.best);
-        EXPECT_LE(rough.best->wirelength, exact.best->wirelength / 0.8 + 1e-9);
-        EXPECT_GE(rough.result.lowerBound, rough.best->wirelength * 0.8 - 1e-9);
-        EXPECT_LE(rough.result.lowerBound, exact.best->wirelength);
+        EXPECT_LE(rough.best->wirelength(), exact.best->wirelength() / 0.8 + 1e-9);
+        EXPECT_GE(rough.result.lowerBound, rough.best->wirelength() * 0.8 - 1e-9);
+        EXPECT_LE(rough.result.lowerBound, exact.best->wirelength());
         EXPECT_LE(rough.result.nodes, exact.result.nodes);
         const bool isProved =
-            rough.result.lowerBound >= rough.best->wirelength * (1.0 - kTolerance);
+            rough.result.lowerBound >= rough.best->wirelength() * (1.0 - kTolerance);
         EXPECT_EQ(rough.result.end, isProved ? ProofEnd::Proved : ProofEnd::GapReached);
     }
 }
@@ -485,8 +485,8 @@ TEST(Proof, TheIncumbentOfOthersIsProvedToo) {
     const Design design = random.make({4, 3, 12, 4, 4, 9, 1.0});
     const Outcome alone = proveAlone(design, region);
     ASSERT_TRUE(alone.best);
-    Incumbent incumbent;
-    incumbent.offer(alone.best->placement, alone.best->wirelength, "others");
+    Incumbent incumbent(design, region);
+    incumbent.offer(alone.best->placement, "others");
     ProofProgress progress;
     const ProofResult result = prove(design, region, {}, incumbent, {}, progress);
     EXPECT_EQ(result.end, ProofEnd::Proved);

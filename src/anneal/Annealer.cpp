@@ -193,7 +193,6 @@ std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, con
         run.advance(kStride, share);
         moves += kStride;
         progress.iterations.fetch_add(kStride, std::memory_order_relaxed);
-        progress.share.store(share, std::memory_order_relaxed);
     }
     run.finish();
     return moves;

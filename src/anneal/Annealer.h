@@ -22,11 +22,11 @@ struct AnnealOptions {
     std::optional<std::chrono::steady_clock::time_point> deadline;
 };
 
-// How far it is; any thread may read it at any time.
+// How far it is. Shared between threads: restarts add to it; any thread may read it, and may find
+// one member ahead of the other.
 struct AnnealProgress {
     std::atomic<std::uint64_t> iterations{0};  // moves tried, all threads
     std::atomic<unsigned> restarts{0};         // begun
-    std::atomic<double> share{0.0};            // of the schedule of the restart begun last
 };
 
 // Anneals until the moves are made, the deadline is reached or a stop is asked for, and offers what
@@ -34,7 +34,9 @@ struct AnnealProgress {
 // soon as they are found; with one, when all earlier restarts have ended, so that of two equal
 // results the same one is always first. Obeys a stop within some moves and at most one exact
 // program, which takes milliseconds for a hundred dies. Returns with nothing offered if no legal
-// placement was found. The design must have a die.
+// placement was found. The design must have a die. Its threads share the incumbent, which guards
+// itself, and with a mutex the results that wait for earlier restarts; that mutex is held while
+// they are offered.
 void anneal(const Design& design, Region region, const AnnealOptions& options, Incumbent& incumbent,
             std::stop_token stop, AnnealProgress& progress);
 

@@ -90,9 +90,8 @@ void Placer::calcUtilization() {
     out << std::endl << "Utilization: " << utilization << std::endl;
 }
 
-// Each stage places one block more than the last, or more if an observer wants it, and follows the
-// last one's best node for the levels that it covers; only the first blocks are ordered, so that
-// later ones keep their places.
+// Each stage places one block more than the last, and follows the last one's best node for the
+// levels that it covers; only the first blocks are ordered, so that later ones keep their places.
 void Placer::runStages() {
     const unsigned allBlocks = numBlocks;
     numBlocks = kFirstStageBlocks;
@@ -105,7 +104,7 @@ void Placer::runStages() {
         place();
         banner("===   End   ===");
         prevNumBlocks = numBlocks;
-        numBlocks = observer != nullptr ? observer->nextStage(numBlocks) : numBlocks + 1;
+        ++numBlocks;
         prevLevels = prevNumBlocks * (prevNumBlocks + 1) >> 1U;
     }
     printRuntime(out, millisecondsSince(start));

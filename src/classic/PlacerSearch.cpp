@@ -137,9 +137,6 @@ const SearchTables& Placer::prepareTables() {
 }
 
 void Placer::search(SearchState& state, const SearchTables& shared) {
-    if (observer != nullptr) {
-        observer->searchBegins();
-    }
     const auto start = std::chrono::steady_clock::now();
     state.sharedStack.push(BBNode());
     state.sharedStackEmpty.store(false);

@@ -18,12 +18,7 @@ public:
 
     // A pass that places the first blocks of the order begins, or has ended. Main thread.
     virtual void passBegins(unsigned /*blocks*/) {}
-    // Its tables are made.
-    virtual void searchBegins() {}
     virtual void passEnds() {}
-
-    // How many blocks the stage after that of so many places; more than these. Main thread.
-    virtual unsigned nextStage(unsigned blocks) const { return blocks + 1; }
 
     // A new best node of the pass, and where it is aligned; both are the calling worker's and last
     // for the call. From any worker and several at a time, so a longer node may come after a

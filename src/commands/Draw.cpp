@@ -25,9 +25,9 @@ bool isWhole(const PlacedDesign& placed, const std::string& file, std::ostream& 
     return !diagnostics.hasErrors();
 }
 
-int draw(const DrawOptions& options, CommandRun& run) {
-    const auto placed = readPlacedDesign(options.paths, options.region, run.err);
-    if (!placed || !isWhole(*placed, options.paths.placement, run.err)) {
+int draw(const DrawOptions& options, CommandOutput& output) {
+    const auto placed = readPlacedDesign(options.paths, options.region, output.err);
+    if (!placed || !isWhole(*placed, options.paths.placement, output.err)) {
         return kWrongInput;
     }
     const Placement placement = *placed->placement.whole();
@@ -35,15 +35,15 @@ int draw(const DrawOptions& options, CommandRun& run) {
                                       touchingLength(options.region, kTouchingInFiles));
     const std::string picture = drawSvg(placed->design, options.region, placement, judgement);
     if (options.picturePath == "-") {
-        run.out << picture;
+        output.out << picture;
         return kLegal;
     }
-    return writeFile(options.picturePath, picture, run.err) ? kLegal : kNotWritten;
+    return writeFile(options.picturePath, picture, output.err) ? kLegal : kNotWritten;
 }
 
 }  // namespace
 
-void addDraw(CLI::App& program, CommandRun& run) {
+void addDraw(CLI::App& program, CommandOutput& output) {
     CLI::App& command = addCommand(program, "draw", "Draw a placement as SVG");
     const auto options = std::make_shared<DrawOptions>();
     addPlacedDesign(command, options->paths);
@@ -54,7 +54,7 @@ void addDraw(CLI::App& program, CommandRun& run) {
     command.footer(
         "Exit status: 0 drawn, legal or not, 2 wrong usage, 3 wrong input, 4 the picture "
         "could not be written.");
-    command.callback([options, &run] { run.status = draw(*options, run); });
+    command.callback([options, &output] { output.status = draw(*options, output); });
 }
 
 }  // namespace korvel

@@ -10,7 +10,7 @@
 
 #include "commands/Command.h"
 #include "commands/PlaceReport.h"
-#include "commands/ProgressLine.h"
+#include "commands/StatusLine.h"
 #include "design/DesignReader.h"
 #include "design/PlacementFile.h"
 #include "draw/Picture.h"
@@ -258,13 +258,14 @@ WrittenFiles writeFiles(const Design& design, const PlaceOptions& options, const
 RunResult search(const Design& design, const PlaceOptions& options, std::ostream& err) {
     const bool isTerminal = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
     StatusLine line(err, isTerminal && !options.quiet);
-    Run run(design, options.inputs.region, options.run, [&](const Found& found, double seconds) {
-        if (options.verbose) {
-            line.say(improvementText(found, seconds));
-        }
-    });
+    PlaceRun run(design, options.inputs.region, options.run,
+                 [&](const Found& found, double seconds) {
+                     if (options.verbose) {
+                         line.say(improvementText(found, seconds));
+                     }
+                 });
     const SignalWatch signals([&run] { run.interrupt(); });
-    const ProgressLine progress(run, line);
+    const StatusUpdater progress(run, line);
     return run.execute();
 }
 
@@ -279,22 +280,22 @@ std::string writtenText(const std::vector<std::string>& paths) {
     return text + "\n";
 }
 
-int place(PlaceOptions& options, CommandRun& run) {
-    const std::optional<Design> design = readInputs(options, run.err);
+int place(PlaceOptions& options, CommandOutput& output) {
+    const std::optional<Design> design = readInputs(options, output.err);
     if (!design) {
         return kWrongInput;
     }
-    if (!canWriteAll(options, run.err)) {
+    if (!canWriteAll(options, output.err)) {
         return kNotWritten;
     }
-    const RunResult result = search(*design, options, run.err);
+    const RunResult result = search(*design, options, output.err);
     const std::string json = textOf(placeReport(*design, options.inputs, options.run, result));
-    const WrittenFiles written = writeFiles(*design, options, result, json, run.err);
+    const WrittenFiles written = writeFiles(*design, options, result, json, output.err);
     if (options.isJsonOnly()) {
-        run.out << json;
+        output.out << json;
     } else if (!options.quiet) {
-        run.out << placeSummary(*design, options.inputs.region, options.run, result)
-                << writtenText(written.paths);
+        output.out << placeSummary(*design, options.inputs.region, options.run, result)
+                   << writtenText(written.paths);
     }
     if (!written.isComplete) {
         return kNotWritten;
@@ -304,12 +305,12 @@ int place(PlaceOptions& options, CommandRun& run) {
 
 }  // namespace
 
-void addPlace(CLI::App& program, CommandRun& run) {
+void addPlace(CLI::App& program, CommandOutput& output) {
     CLI::App& command =
         addCommand(program, "place", "Look for a legal placement with a short wirelength");
     const auto options = std::make_shared<PlaceOptions>();
     addOptions(command, *options);
-    command.callback([options, &run] { run.status = place(*options, run); });
+    command.callback([options, &output] { output.status = place(*options, output); });
 }
 
 }  // namespace korvel

@@ -1,8 +1,6 @@
 #include "commands/PlaceReport.h"
 
-#include <array>
 #include <cmath>
-#include <cstdio>
 
 #include "report/Text.h"
 #include "run/Duration.h"
@@ -14,12 +12,6 @@ namespace {
 template <typename Value>
 Json orNull(const std::optional<Value>& value) {
     return value ? Json(*value) : Json(nullptr);
-}
-
-std::string percentText(double part) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.3g %%", 100.0 * part);
-    return text.data();
 }
 
 // By how much of its length the best placement may be longer than the shortest one.

@@ -1,4 +1,4 @@
-// A design as everything but the base search sees it: exact sizes, pins as distances, terminals
+// A design as everything but the classic search sees it: exact sizes, pins as distances, terminals
 // where they are. Plain values, filled once by the reader and never changed; any thread may read.
 #pragma once
 

@@ -27,7 +27,6 @@ public:
 
     bool hasErrors() const { return errorNum > 0; }
     std::size_t getErrorNum() const { return errorNum; }
-    std::size_t getWarningNum() const { return warningNum; }
     // Those kept, in the order in which they were found.
     const std::vector<Finding>& getFindings() const { return findings; }
 

@@ -6,20 +6,23 @@
 
 namespace korvel {
 
+Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin) {
+    if (!design.isDie(pin.body)) {
+        return design.terminalOf(pin.body).at;
+    }
+    const PlacedDie& placed = placement[pin.body];
+    const Spot offset = turned(pin.offset, design.dies[pin.body].size, placed.orient);
+    return {placed.at.x + offset.x, placed.at.y + offset.y};
+}
+
 double wirelength(const Design& design, const Placement& placement) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     double sum = 0.0;
     for (const Design::Net& net : design.nets) {
-        Spot low{std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
-        Spot high{-low.x, -low.y};
+        Spot low{kInfinity, kInfinity};
+        Spot high{-kInfinity, -kInfinity};
         for (const Design::Pin& pin : net.pins) {
-            Spot at;
-            if (design.isDie(pin.body)) {
-                const PlacedDie& die = placement[pin.body];
-                at = turned(pin.offset, design.dies[pin.body].size, die.orient);
-                at = {die.at.x + at.x, die.at.y + at.y};
-            } else {
-                at = design.terminalOf(pin.body).at;
-            }
+            const Spot at = placeOf(design, placement, pin);
             low = {std::min(low.x, at.x), std::min(low.y, at.y)};
             high = {std::max(high.x, at.x), std::max(high.y, at.y)};
         }
@@ -53,15 +56,6 @@ Relations Relations::of(const Design& design, const Placement& placement) {
         }
     }
     return relations;
-}
-
-Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin) {
-    if (!design.isDie(pin.body)) {
-        return design.terminalOf(pin.body).at;
-    }
-    const PlacedDie& placed = placement[pin.body];
-    const Spot offset = turned(pin.offset, design.dies[pin.body].size, placed.orient);
-    return {placed.at.x + offset.x, placed.at.y + offset.y};
 }
 
 }  // namespace korvel

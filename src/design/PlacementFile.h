@@ -1,5 +1,5 @@
 // Placements as .pl files: reads those of any tool against a design, and writes our own, which the
-// base reader takes too.
+// classic reader takes too.
 #pragma once
 
 #include <iosfwd>

@@ -1,5 +1,6 @@
 // The open parts of a tree, shared by all threads that work on it: the most promising one is handed
-// out first, so the lower bound of the whole rises. Any thread may call anything.
+// out first, so the lower bound of the whole rises. Any thread may call anything: `mutex` guards
+// all members.
 #pragma once
 
 #include <condition_variable>

@@ -6,7 +6,7 @@ namespace {
 
 constexpr char kBothWays = 'B';
 
-// Files have percent from the middle, and the base reader rounds these: taken back to them, pins
+// Files have percent from the middle, and the classic reader rounds these: taken back to them, pins
 // get the same fractions to the bit.
 float fraction(double offset, double extent) {
     const auto percent = static_cast<float>((offset / extent - 0.5) * 100.0);

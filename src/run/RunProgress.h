@@ -1,4 +1,7 @@
 // How a run stands, for whoever shows it while the engines work.
+//
+// Shared between threads: `mutex` guards all members. The gauge is called with it held, so it must
+// not lock anything; gauges read atomics.
 #pragma once
 
 #include <cstdint>
@@ -42,7 +45,7 @@ public:
     View view() const;  // any thread
 
 private:
-    mutable std::mutex mutex;  // of all that follows
+    mutable std::mutex mutex;
     std::string name;
     std::string unit;
     std::function<Gauge()> gauge;

@@ -1,5 +1,8 @@
 // Ctrl-C and SIGTERM as a request instead of an end. The first one calls a function; the second one
 // ends the process as if nobody had watched.
+//
+// Its thread shares two file descriptors with the thread that owns it, and is joined before they
+// are closed; what it calls must be safe to call from another thread.
 #pragma once
 
 #include <sys/signalfd.h>

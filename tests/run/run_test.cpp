@@ -1,19 +1,18 @@
 // Runs of `place` without the command around them: time, plans, both engines, starts and stops.
 
-#include "run/Run.h"
-
 #include <future>
 #include <random>
+#include <thread>
 
 #include "judge/Judge.h"
 #include "run/AutoPlan.h"
 #include "run/Duration.h"
+#include "run/PassTally.h"
+#include "run/PlaceRun.h"
 #include "support/random_designs.h"
 
 namespace korvel::test {
 namespace {
-
-using PlaceRun = korvel::Run;  // tests have a Run of their own
 
 // --- Time ------------------------------------------------------------------------------------
 
@@ -109,6 +108,47 @@ void expectLegal(const Design& design, Region region, const RunResult& result) {
     EXPECT_LE(result.foundAfter, result.seconds);
 }
 
+// --- A pass of the classic engine ------------------------------------------------------------
+
+// Workers tell of their nodes without a lock, so a shorter one may overtake a longer one.
+TEST(PassTally, DropsALateLongerNode) {
+    PassTally tally("main pass", 4);
+    EXPECT_FALSE(tally.figures(false).length);
+    EXPECT_TRUE(tally.improved(7));
+    EXPECT_TRUE(tally.improved(3));
+    EXPECT_FALSE(tally.improved(5));
+    EXPECT_FALSE(tally.improved(3));
+    EXPECT_TRUE(tally.improved(2));
+    const PassFigures pass = tally.figures(false);
+    EXPECT_EQ(pass.improvements, 3U);
+    EXPECT_EQ(pass.length, 2);
+}
+
+TEST(PassTally, AddsUpWhatWorkersTell) {
+    PassTally tally("main pass", 4);
+    std::atomic<unsigned> improvements{0};
+    {
+        std::vector<std::jthread> workers;
+        for (int worker = 0; worker < 4; ++worker) {
+            workers.emplace_back([&, worker] {
+                for (int i = 0; i < 256; ++i) {
+                    tally.worked(3, 0x1p-11);
+                    improvements +=
+                        tally.improved(static_cast<float>(1000 - 4 * i - worker)) ? 1 : 0;
+                }
+            });
+        }
+    }
+    EXPECT_EQ(tally.gauge().count, 3072U);
+    EXPECT_EQ(tally.gauge().share, 0.5);
+    const PassFigures pass = tally.figures(false);
+    EXPECT_EQ(pass.nodes, 3072U);
+    EXPECT_EQ(pass.share, 0.5);
+    EXPECT_EQ(pass.improvements, improvements);
+    EXPECT_EQ(pass.length, 1000 - 4 * 255 - 3);
+    EXPECT_EQ(tally.figures(true).share, 1.0);
+}
+
 // --- The classic engine ----------------------------------------------------------------------
 
 TEST(ClassicRun, PlacesDesignsOfAllKindsLegally) {
@@ -191,10 +231,14 @@ TEST(ClassicRun, SharesTheTimeOverTheStages) {
     RunOptions options = optionsOf(Engine::Classic);
     options.timeLimit = 2.0 * kSlowness;
     const RunResult result = PlaceRun(design, region, options).execute();
-    EXPECT_EQ(result.passes.back().dies, 102U);
     EXPECT_EQ(result.ending, Ending::TimeLimit);
     EXPECT_LT(result.seconds, 3.0 * kSlowness);
-    expectLegal(design, region, result);
+    // How far it comes is for the machine to say; but no stage takes the time of the others.
+    EXPECT_GT(result.passes.size(), 10U);
+    for (unsigned stage = 0; stage < result.passes.size(); ++stage) {
+        EXPECT_EQ(result.passes[stage].dies, 7 + stage);
+        EXPECT_LT(result.passes[stage].seconds, 1.0 * kSlowness);
+    }
 }
 
 // --- Ends ------------------------------------------------------------------------------------

@@ -1,4 +1,4 @@
-#include "commands/ProgressLine.h"
+#include "commands/StatusLine.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -40,13 +40,7 @@ std::string roughText(double number) {
     return text.str();
 }
 
-std::string percentText(double share, int digits) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(digits) << 100.0 * share << " %";
-    return text.str();
-}
-
-std::string timeText(const Run& run) {
+std::string timeText(const PlaceRun& run) {
     const std::string elapsed = durationText(run.elapsed());
     return run.timeLimit() ? elapsed + " of " + durationText(*run.timeLimit()) : elapsed;
 }
@@ -83,7 +77,7 @@ void StatusLine::erase() {
     }
 }
 
-ProgressLine::ProgressLine(const Run& run, StatusLine& line)
+StatusUpdater::StatusUpdater(const PlaceRun& run, StatusLine& line)
     : drawer([&run, &line](const std::stop_token& stop) {
           std::mutex mutex;
           std::condition_variable_any never;
@@ -91,12 +85,12 @@ ProgressLine::ProgressLine(const Run& run, StatusLine& line)
           const auto isOver = [] { return false; };
           while (line.isTerminal() && !stop.stop_requested()) {
               never.wait_for(lock, stop, kRedraw, isOver);
-              line.show(progressText(run));
+              line.show(statusText(run));
           }
           line.show("");
       }) {}
 
-std::string progressText(const Run& run) {
+std::string statusText(const PlaceRun& run) {
     const RunProgress::View view = run.getProgress().view();
     const double best = run.bestLength();
     std::string text = view.phase.empty() ? "" : view.phase + "  ";

@@ -1,5 +1,11 @@
 // One run of `place`: takes a design and options, lets the engines work, and ends when they are
 // done, at the time limit, or when it is asked to.
+//
+// Shared between threads: the thread that executes the run, those of the engines, the timer of the
+// limit, the signal watch, and whoever shows how the run stands. Incumbent and RunProgress guard
+// themselves, the stop source is made for threads, `ending` and `foundAfter` are atomic, and the
+// rest does not change after construction. Whoever shows length and time of the best placement may
+// get them of two placements if a better one is found in between; the next look sets it right.
 #pragma once
 
 #include <atomic>
@@ -13,14 +19,14 @@
 
 namespace korvel {
 
-class Run {
+class PlaceRun {
 public:
     // A new best placement, and the seconds since the run began. Called from any thread, one call
-    // at a time.
+    // at a time, with the incumbent locked: it must not ask for the best placement.
     using Notice = std::function<void(const Found&, double)>;
 
     // Design and region must outlive it.
-    Run(const Design& design, Region region, RunOptions options, Notice notice = {});
+    PlaceRun(const Design& design, Region region, RunOptions options, Notice notice = {});
 
     // Works until the end, on this thread and on those that the options allow. Call it once.
     RunResult execute();
@@ -49,8 +55,8 @@ private:
     const RunOptions options;
     const AutoPlan plan;
     const std::optional<double> limit;  // seconds
-    Notice notice;
-    RunClock::time_point began = RunClock::now();
+    const Notice notice;
+    const RunClock::time_point began = RunClock::now();
     Incumbent incumbent;
     RunProgress progress;
     std::stop_source stopping;

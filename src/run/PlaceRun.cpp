@@ -1,4 +1,4 @@
-#include "run/Run.h"
+#include "run/PlaceRun.h"
 
 #include <algorithm>
 #include <utility>
@@ -18,7 +18,7 @@ constexpr std::uint64_t kOtherSeed = 0x9E3779B97F4A7C15U;
 
 }  // namespace
 
-Run::Run(const Design& design, Region region, RunOptions options, Notice notice)
+PlaceRun::PlaceRun(const Design& design, Region region, RunOptions options, Notice notice)
     : design(design),
       region(region),
       options(std::move(options)),
@@ -27,17 +27,17 @@ Run::Run(const Design& design, Region region, RunOptions options, Notice notice)
       notice(std::move(notice)),
       incumbent(design, region, [this](const Found& found) { improved(found); }) {}
 
-double Run::elapsed() const {
+double PlaceRun::elapsed() const {
     return std::chrono::duration<double>(RunClock::now() - began).count();
 }
 
-void Run::end(Ending reason) {
+void PlaceRun::end(Ending reason) {
     Ending none = Ending::Done;
     ending.compare_exchange_strong(none, reason);
     stopping.request_stop();
 }
 
-void Run::improved(const Found& found) {
+void PlaceRun::improved(const Found& found) {
     const double seconds = elapsed();
     foundAfter = seconds;
     if (notice) {
@@ -47,15 +47,14 @@ void Run::improved(const Found& found) {
 
 // As it is, and with what can be won by moving its dies without changing how they lie to one
 // another.
-void Run::offerStart(const Placement& start) {
+void PlaceRun::offerStart(const Placement& start) {
     static const std::string kFinder = "the start placement";
     incumbent.offer(start, kFinder);
     offerExact(CoordinateSolver(design, region), Relations::of(design, start), start, kFinder,
                incumbent);
 }
 
-RunResult Run::execute() {
-    began = RunClock::now();
+RunResult PlaceRun::execute() {
     std::jthread timer;
     if (limit) {
         timer = callAfter(clockSpan(*limit), [this] { end(Ending::TimeLimit); });
@@ -78,7 +77,7 @@ RunResult Run::execute() {
     return result;
 }
 
-void Run::runClassic(RunResult& result) {
+void PlaceRun::runClassic(RunResult& result) {
     ClassicEngine engine(design, region, options, incumbent, progress);
     std::optional<RunClock::time_point> deadline;
     if (limit) {
@@ -94,7 +93,7 @@ void Run::runClassic(RunResult& result) {
     }
 }
 
-void Run::runAuto(RunResult& result) {
+void PlaceRun::runAuto(RunResult& result) {
     anneal(result, plan.annealedUntil);
     if (plan.proves && !stopping.stop_requested()) {
         prove(result);
@@ -107,7 +106,7 @@ void Run::runAuto(RunResult& result) {
     }
 }
 
-void Run::anneal(RunResult& result, double until) {
+void PlaceRun::anneal(RunResult& result, double until) {
     AnnealProgress annealing;
     const RunProgress::Phase phase(progress, "annealing", "moves", [&annealing] {
         RunProgress::Gauge gauge;
@@ -126,7 +125,7 @@ void Run::anneal(RunResult& result, double until) {
     result.moves += annealing.iterations;
 }
 
-void Run::prove(RunResult& result) {
+void PlaceRun::prove(RunResult& result) {
     ProofProgress proof;
     const RunProgress::Phase phase(progress, "proof", "nodes", [&proof] {
         return RunProgress::Gauge{proof.nodes, proof.shareDone, proof.lowerBound};

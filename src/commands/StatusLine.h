@@ -8,12 +8,14 @@
 #include <string>
 #include <thread>
 
-#include "run/Run.h"
+#include "run/PlaceRun.h"
 
 namespace korvel {
 
-// A stream with a last line that can be replaced. Any thread may write; nobody else does while it
-// lives.
+// A stream with a last line that can be replaced. Nobody else writes to it while this lives.
+//
+// Shared between threads: `mutex` guards the stream and what is shown. It is the last one to be
+// locked: improvements are told while the incumbent is, and nothing is locked from here.
 class StatusLine {
 public:
     // Where it is no terminal, only what is said is written.
@@ -34,21 +36,21 @@ private:
     std::ostream& out;
     const bool terminal;
     std::mutex mutex;
-    bool shown = false;  // mutex; so is the stream
+    bool shown = false;
 };
 
-// Shows how a run stands, four times a second, until it is destroyed.
-class ProgressLine {
+// Shows how a run stands, four times a second on a thread of its own, until it is destroyed.
+class StatusUpdater {
 public:
     // Both must outlive it.
-    ProgressLine(const Run& run, StatusLine& line);
+    StatusUpdater(const PlaceRun& run, StatusLine& line);
 
 private:
     std::jthread drawer;
 };
 
 // Phase, time, best length, work done; without what is not known.
-std::string progressText(const Run& run);
+std::string statusText(const PlaceRun& run);
 
 std::string improvementText(const Found& found, double seconds);
 

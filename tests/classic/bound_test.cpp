@@ -2,7 +2,6 @@
 // ends with is tested together with the alignment.
 #include "classic/bound/LengthBound.h"
 #include "classic/bound/LengthGaps.h"
-#include "classic/bound/RaiseOdds.h"
 #include "support/helpers.h"
 
 namespace korvel::test {
@@ -62,22 +61,6 @@ TEST(LengthBound, LetsDiesWithoutARelationAlongAnAxisLeaveTheArea) {
     const LengthBound bound(engine.netlist, 2, design.area);
     LengthBound::Workspace space = bound.makeWorkspace();
     EXPECT_LE(bound.leastLength(node, space, 1e30), length);
-}
-
-TEST(RaiseOdds, AreBadOnlyWhereTryingHasBeenInVain) {
-    RaiseOdds odds;
-    for (unsigned i = 0; i < 100; ++i) {
-        odds.note(0.5, false);
-        odds.note(0.9, i % 4 == 0);
-    }
-    unsigned exceptions = 0;
-    for (unsigned i = 0; i < 100; ++i) {
-        exceptions += odds.areGood(0.5) ? 1 : 0;
-        EXPECT_TRUE(odds.areGood(0.9));
-        EXPECT_TRUE(odds.areGood(0.7));  // not known
-    }
-    EXPECT_GT(exceptions, 0U);
-    EXPECT_LT(exceptions, 50U);
 }
 
 class Gaps : public testing::TestWithParam<Axis> {

@@ -60,8 +60,7 @@ LengthBound::LengthBound(const Netlist& netlist, unsigned numBlocks, Area area)
 
 LengthBound::Workspace::Workspace(const LengthBound& bound)
     : axes{{{kX, bound.numBlocks, bound.area}, {}}, {{kY, bound.numBlocks, bound.area}, {}}},
-      ascent(bound.nets, bound.slack, bound.rounding),
-      odds(bound.numBlocks + 1) {
+      ascent(bound.nets, bound.slack, bound.rounding) {
     for (const Axis axis : {kX, kY}) {
         for (unsigned placed = 0; placed <= bound.numBlocks; ++placed) {
             axes[axis].shelves.emplace_back(bound.nets, axis, placed, bound.slack);
@@ -94,11 +93,7 @@ double LengthBound::leastLength(const BBNode& node, Workspace& space, double eno
     }
     // First what was good for other nodes, then something better for this one.
     if (!tryCuts(x, y, target, CutShelf::kMostCuts)) {
-        RaiseOdds& odds = space.odds[node.numBlocks];
-        const double reached = (base + x.value + y.value) / (base + target);
-        if (odds.areGood(reached)) {
-            odds.note(reached, raiseBoth(x, y, target, space));
-        }
+        raiseBoth(x, y, target, space);
     }
     return (base + x.value + y.value) * sumKept;
 }
@@ -119,13 +114,11 @@ bool LengthBound::tryCuts(Trial& x, Trial& y, double target, unsigned most) {
     return false;
 }
 
-// True when that reaches the target.
-bool LengthBound::raiseBoth(Trial& x, Trial& y, double target, Workspace& space) {
+void LengthBound::raiseBoth(Trial& x, Trial& y, double target, Workspace& space) {
     raise(x, target - y.value, space);
     if (x.value + y.value < target) {
         raise(y, target - x.value, space);
     }
-    return x.value + y.value >= target;
 }
 
 // Improves on the best cut for this node and keeps the result.

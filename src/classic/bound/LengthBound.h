@@ -20,7 +20,6 @@
 #include "classic/bound/LengthAscent.h"
 #include "classic/bound/LengthGaps.h"
 #include "classic/bound/LengthNets.h"
-#include "classic/bound/RaiseOdds.h"
 #include "classic/node/BBNode.h"
 
 namespace korvel {
@@ -66,7 +65,6 @@ public:
 
         AxisSpace axes[kAxes];
         LengthAscent ascent;
-        std::vector<RaiseOdds> odds;  // by number of placed blocks
         LengthCut raised;
     };
     Workspace makeWorkspace() const { return Workspace(*this); }
@@ -80,7 +78,7 @@ private:
     using Trial = Workspace::Trial;
 
     static bool tryCuts(Trial& x, Trial& y, double target, unsigned most);
-    static bool raiseBoth(Trial& x, Trial& y, double target, Workspace& space);
+    static void raiseBoth(Trial& x, Trial& y, double target, Workspace& space);
     static void raise(Trial& trial, double target, Workspace& space);
 
     LengthNets nets;

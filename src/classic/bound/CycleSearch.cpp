@@ -13,10 +13,7 @@ constexpr std::int32_t kNone = -1;
 // Cycles are looked for after every round, since most are found long before the last one.
 const std::vector<unsigned>& CycleSearch::find(const BodyMatrix& gains) {
     const unsigned bodyNum = gains.getBodyNum();
-    potentials.assign(gains.getQuadNum(), allLanes(0.0F));
-    successors.assign(gains.getQuadNum(), allLanes(kNone));
-    relaxed.assign(bodyNum, -kInfinity);
-    cycle.clear();
+    clear(bodyNum);
     for (unsigned round = 0; round < bodyNum; ++round) {
         const unsigned last = relaxAll(gains);
         if (last == bodyNum || leadsToCycle(last, bodyNum)) {
@@ -24,6 +21,16 @@ const std::vector<unsigned>& CycleSearch::find(const BodyMatrix& gains) {
         }
     }
     return cycle;
+}
+
+void CycleSearch::clear(unsigned bodyNum) {
+    potentials.resize(BodyMatrix::quadsFor(bodyNum));
+    successors.resize(potentials.size());
+    relaxed.resize(bodyNum);
+    std::fill(potentials.begin(), potentials.end(), allLanes(0.0F));
+    std::fill(successors.begin(), successors.end(), allLanes(kNone));
+    std::fill(relaxed.begin(), relaxed.end(), -kInfinity);
+    cycle.clear();
 }
 
 // Returns the last body that made a path better; the number of bodies if none did. A body whose

@@ -19,6 +19,7 @@ public:
     const std::vector<unsigned>& find(const BodyMatrix& gains);
 
 private:
+    void clear(unsigned bodyNum);
     unsigned relaxAll(const BodyMatrix& gains);
     bool leadsToCycle(unsigned body, unsigned bodyNum);
     std::int32_t successor(unsigned body) const { return successors[body / kLanes][body % kLanes]; }

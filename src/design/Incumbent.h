@@ -4,11 +4,11 @@
 
 #include <atomic>
 #include <functional>
-#include <limits>
 #include <mutex>
 #include <optional>
 #include <string>
 
+#include "base/Infinity.h"
 #include "design/Placement.h"
 
 namespace korvel {
@@ -34,7 +34,7 @@ public:
 
 private:
     std::function<void(const Found&)> notice;
-    std::atomic<double> shortest{std::numeric_limits<double>::infinity()};
+    std::atomic<double> shortest{kInfiniteLength};
     mutable std::mutex mutex;
     std::optional<Found> found;  // mutex
 };

@@ -2,14 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
+
+#include "base/Infinity.h"
 
 namespace korvel {
 
 double wirelength(const Design& design, const Placement& placement) {
     double sum = 0.0;
     for (const Design::Net& net : design.nets) {
-        Spot low{std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
+        Spot low{kInfiniteLength, kInfiniteLength};
         Spot high{-low.x, -low.y};
         for (const Design::Pin& pin : net.pins) {
             Spot at;
@@ -31,9 +32,8 @@ double wirelength(const Design& design, const Placement& placement) {
 }
 
 void Relations::set(unsigned a, unsigned b, Topology topology) {
-    static constexpr std::array kConverse{Topology::R, Topology::L, Topology::B, Topology::A};
     where[a * dieNum + b] = topology;
-    where[b * dieNum + a] = kConverse[static_cast<unsigned>(topology)];
+    where[b * dieNum + a] = converse(topology);
 }
 
 Relations Relations::of(const Design& design, const Placement& placement) {

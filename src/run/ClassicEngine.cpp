@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/Tolerances.h"
 #include "run/ClassicNetlist.h"
 
 namespace korvel {
@@ -9,7 +10,7 @@ namespace korvel {
 namespace {
 
 // The search works in single precision: a bound that is to be beaten must not be cut.
-constexpr double kRoundUp = 1.0 + 1e-6;
+constexpr double kRoundUp = 1.0 + kFloatError;
 
 // The start's length as the search measures, which leaves out what no placement changes.
 float lengthToBeat(const Design& design, const std::optional<Placement>& start) {

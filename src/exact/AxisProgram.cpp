@@ -98,8 +98,7 @@ private:
 class AxisProgram {
 public:
     AxisProgram(const NetModel& nets, const AxisLimits& limits, const AxisOrder& order)
-        : nets(nets), limits(limits), order(order), low(order.lowest(limits)) {
-        span = limits.side();
+        : nets(nets), limits(limits), order(order), span(limits.side()), low(order.lowest(limits)) {
         for (unsigned die = 0; die < limits.dieNum(); ++die) {
             ends.push_back(std::max(limits.cornerRange(die).high, low[die]));
             span = std::max(span, low[die]);
@@ -170,7 +169,7 @@ private:
     const AxisLimits limits;
     const AxisOrder& order;
     double scale = 1.0;
-    double span = 0.0;         // no two positions are farther apart
+    double span;               // no two positions are farther apart
     std::vector<double> ends;  // by die: of its range, or more if the order needs that by rounding
     std::vector<double> low, high;   // by die: where it may lie, by its range and the order
     std::vector<GroupedCost> costs;  // by bundle

@@ -130,6 +130,27 @@ bool NodeBounder::propagate(ProofNode& node, std::array<bool, kAxes>& changed) {
     return true;
 }
 
+// Calls `take(from, to, least)` for every two bodies, by their numbers, of which the second has to
+// stay so much above the first: by the ranges of the dies and by the relations that are decided.
+template <typename Take>
+void NodeBounder::forGaps(const ProofNode& node, Axis axis, const Take& take) const {
+    const auto ground = static_cast<unsigned>(bodies.size() - 1);
+    for (unsigned j = 0; j < ground; ++j) {
+        const DieLimits::Range range = model.cornerRange(bodies[j], axis, node.turn[bodies[j]]);
+        take(ground, j, range.low);
+        take(j, ground, -range.high);
+        for (unsigned i = 0; i < j; ++i) {
+            const Whereabouts where = node.where[pairIndex(bodies[i], bodies[j])];
+            if (!isDecided(where) || axisOf(onlyOf(where)) != axis) {
+                continue;
+            }
+            const unsigned first = comesFirst(onlyOf(where)) ? i : j;
+            const unsigned second = comesFirst(onlyOf(where)) ? j : i;
+            take(first, second, leastDistance(node, bodies[first], bodies[second], axis));
+        }
+    }
+}
+
 bool NodeBounder::longestPaths(const ProofNode& node) {
     const std::size_t num = bodies.size();
     for (const Axis axis : {kX, kY}) {
@@ -139,22 +160,8 @@ bool NodeBounder::longestPaths(const ProofNode& node) {
                 path[i][j] = i == j ? 0.0 : -kInfiniteLength;
             }
         }
-        for (std::size_t j = 0; j + 1 < num; ++j) {
-            const DieLimits::Range range = cornerRange(node, bodies[j], axis);
-            path[num - 1][j] = range.low;
-            path[j][num - 1] = -range.high;
-            for (std::size_t i = 0; i < j; ++i) {
-                const Whereabouts where = node.where[pairIndex(bodies[i], bodies[j])];
-                if (!isDecided(where) || axisOf(onlyOf(where)) != axis) {
-                    continue;
-                }
-                if (comesFirst(onlyOf(where))) {
-                    path[i][j] = leastDistance(node, bodies[i], bodies[j], axis);
-                } else {
-                    path[j][i] = leastDistance(node, bodies[j], bodies[i], axis);
-                }
-            }
-        }
+        forGaps(node, axis,
+                [&path](unsigned from, unsigned to, double least) { path[from][to] = least; });
         for (std::size_t via = 0; via < num; ++via) {
             for (std::size_t i = 0; i < num; ++i) {
                 for (std::size_t j = 0; j < num; ++j) {
@@ -215,7 +222,8 @@ void NodeBounder::workOut(ProofNode& node, Axis axis) {
     optimum.begin(static_cast<unsigned>(bodies.size()), model.nearness());
     addNets(node, axis);
     addWideNets(node, axis);
-    addGaps(node, axis);
+    forGaps(node, axis,
+            [this](unsigned from, unsigned to, double least) { optimum.addGap(from, to, least); });
     std::array<double, kMaxProofDies> at{};
     for (std::size_t i = 0; i + 1 < bodies.size(); ++i) {
         at[i] = node.at[axis][bodies[i]];
@@ -258,26 +266,6 @@ void NodeBounder::addWideNets(const ProofNode& node, Axis axis) {
             } else if (node.isTurned(pins.body)) {
                 optimum.addPins(numberOf[pins.body],
                                 pins.range(axis, orientOf(node.turn[pins.body])));
-            }
-        }
-    }
-}
-
-void NodeBounder::addGaps(const ProofNode& node, Axis axis) {
-    const auto ground = static_cast<unsigned>(bodies.size() - 1);
-    for (unsigned j = 0; j < ground; ++j) {
-        const DieLimits::Range range = cornerRange(node, bodies[j], axis);
-        optimum.addGap(ground, j, range.low);
-        optimum.addGap(j, ground, -range.high);
-        for (unsigned i = 0; i < j; ++i) {
-            const Whereabouts where = node.where[pairIndex(bodies[i], bodies[j])];
-            if (!isDecided(where) || axisOf(onlyOf(where)) != axis) {
-                continue;
-            }
-            if (comesFirst(onlyOf(where))) {
-                optimum.addGap(i, j, leastDistance(node, bodies[i], bodies[j], axis));
-            } else {
-                optimum.addGap(j, i, leastDistance(node, bodies[j], bodies[i], axis));
             }
         }
     }

@@ -54,13 +54,11 @@ private:
     void workOut(ProofNode& node, Axis axis);
     void addNets(const ProofNode& node, Axis axis);
     void addWideNets(const ProofNode& node, Axis axis);
-    void addGaps(const ProofNode& node, Axis axis);
+    template <typename Take>
+    void forGaps(const ProofNode& node, Axis axis, const Take& take) const;
     double outstanding(const ProofNode& node) const;
     double leastOfPair(const ProofNode& node, unsigned low, unsigned high) const;
     double leastOfDie(const ProofNode& node, unsigned die) const;
-    DieLimits::Range cornerRange(const ProofNode& node, unsigned die, Axis axis) const {
-        return model.cornerRange(die, axis, node.turn[die]);
-    }
     double leastDistance(const ProofNode& node, unsigned first, unsigned second, Axis axis) const {
         return model.leastDistance(first, second, axis, node.turn[first]);
     }

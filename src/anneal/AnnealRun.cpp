@@ -2,15 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
+
+#include "base/Infinity.h"
 
 namespace korvel {
 
 namespace {
 
-constexpr double kNever = std::numeric_limits<double>::infinity();
-constexpr SlidLayout::Most kAnything{kNever, kNever};
+constexpr SlidLayout::Most kAnything{kInfiniteLength, kInfiniteLength};
 
 constexpr int kTrials = 500;  // to see how much random changes weigh
 
@@ -43,7 +43,7 @@ AnnealRun::AnnealRun(const AnnealLevel& level, RandomStream stream, Cooling::Pla
       moves(layout, level.solver.nets(), level.groups, level.region),
       cooling(plan),
       onOneDie(wirelength(level.design, layout.placement()) - layout.length()),
-      shortest(kNever),
+      shortest(kInfiniteLength),
       toldShortest(shortest),
       bestOrders(layout.dieNum()) {
     scramble();
@@ -118,7 +118,7 @@ void AnnealRun::begin(unsigned number) {
         startFrom(starts[(number - 1) % starts.size()]);
         return;
     }
-    if (cooling.isStart(number) || shortest == kNever) {
+    if (cooling.isStart(number) || shortest == kInfiniteLength) {
         scramble();
         return;
     }
@@ -136,7 +136,7 @@ void AnnealRun::noteOutcome() {
 
 std::vector<Start> AnnealRun::outcomes() {
     noteOutcome();
-    if (ended.empty() && shortest != kNever) {
+    if (ended.empty() && shortest != kInfiniteLength) {
         ended.push_back({shortest, {bestOrders, best}});
     }
     std::stable_sort(ended.begin(), ended.end(),
@@ -155,10 +155,10 @@ void AnnealRun::move() {
     const double allowance = -heat * std::log(1.0 - random.fraction());
     const bool slidesAnyway = random.below(kSlidesAnyway) == 0;
     moves.change(random);
-    if (layout.arrange(
-            random,
-            {excess + (allowance + hope) / penalty,
-             slidesAnyway ? kNever : length + allowance + penalty * excess + slidingHope})) {
+    if (layout.arrange(random,
+                       {excess + (allowance + hope) / penalty,
+                        slidesAnyway ? kInfiniteLength
+                                     : length + allowance + penalty * excess + slidingHope})) {
         judge(allowance);
     } else {
         layout.undo();

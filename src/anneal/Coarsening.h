@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "anneal/Start.h"
-#include "exact/NetModel.h"
+#include "nets/NetModel.h"
 
 namespace korvel {
 

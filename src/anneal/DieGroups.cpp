@@ -65,16 +65,12 @@ void Merging::addNets(const NetModel& nets) {
             joints[b][a] += count;
         }
     };
-    for (std::size_t pair = 0; pair < nets.pairs().size(); ++pair) {
-        double turns = 0.0;  // two for each net
-        for (const NetModel::Bend& bend : nets.bends(pair, kX, Orient::N, Orient::N)) {
-            turns += bend.turn;
-        }
-        add(nets.pairs()[pair].a, nets.pairs()[pair].b, turns / 2.0);
+    for (const auto& [a, b, weight] : nets.bundles()) {
+        add(a, b, weight);
     }
     for (const NetModel::WideNet& net : nets.wideNets()) {
         const double share =
-            net.count * 2.0 /
+            net.weight * 2.0 /
             (static_cast<double>(net.members.size()) * static_cast<double>(net.members.size() - 1));
         for (std::size_t a = 0; a < net.members.size(); ++a) {
             for (std::size_t b = 0; b < a; ++b) {

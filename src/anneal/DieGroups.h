@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "exact/NetModel.h"
+#include "nets/NetModel.h"
 
 namespace korvel {
 

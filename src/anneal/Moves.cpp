@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+
+#include "base/Infinity.h"
 
 namespace korvel {
 
@@ -56,7 +57,7 @@ Moves::Moves(SlidLayout& layout, const NetModel& nets, const DieGroups& groups, 
       groups(groups),
       groupMoves(layout),
       shares(usualShares()) {
-    for (const auto& [a, b] : nets.pairs()) {
+    for (const auto& [a, b, weight] : nets.bundles()) {
         if (b != nets.ground()) {
             partners[a].push_back(b);
             partners[b].push_back(a);
@@ -268,7 +269,7 @@ unsigned Moves::nearWish(unsigned die, RandomStream& random) const {
     const double x = wish.x + (2.0 * random.fraction() - 1.0) * kBlur * region.width;
     const double y = wish.y + (2.0 * random.fraction() - 1.0) * kBlur * region.height;
     unsigned nearest = die == 0 ? 1 : 0;
-    double shortest = std::numeric_limits<double>::infinity();
+    double shortest = kInfiniteLength;
     for (unsigned other = 0; other < layout.dieNum(); ++other) {
         const Spot centre = layout.centre(other);
         const double distance = std::abs(centre.x - x) + std::abs(centre.y - y);

@@ -2,46 +2,42 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
+#include "base/Infinity.h"
+#include "base/Tolerances.h"
+
 namespace korvel {
-
-namespace {
-
-constexpr double kNever = std::numeric_limits<double>::infinity();
-
-}  // namespace
 
 SlidLayout::SlidLayout(const NetModel& nets, Region region)
     : nets(nets),
       orders(nets.dieNum()),
       keptOrders(nets.dieNum()),
       orients(nets.dieNum(), Orient::N),
-      pairsOf(nets.dieNum()),
+      bundlesOf(nets.dieNum()),
       wideOf(nets.dieNum()),
       isReleased(nets.dieNum(), 0),
       nobody(nets.dieNum(), 0),
-      pairSeen(nets.pairs().size(), 0),
+      bundleSeen(nets.bundles().size(), 0),
       wideSeen(nets.wideNets().size(), 0),
       chain(nets.dieNum() + 1) {
-    for (unsigned pair = 0; pair < nets.pairs().size(); ++pair) {
-        for (const unsigned body : {nets.pairs()[pair].a, nets.pairs()[pair].b}) {
+    for (unsigned bundle = 0; bundle < nets.bundles().size(); ++bundle) {
+        for (const unsigned body : {nets.bundles()[bundle].a, nets.bundles()[bundle].b}) {
             if (body != nets.ground()) {
-                pairsOf[body].push_back(pair);
+                bundlesOf[body].push_back(bundle);
             }
         }
     }
     for (const NetModel::WideNet& net : nets.wideNets()) {
         firstMembers.push_back(static_cast<unsigned>(memberBodies.size()));
-        for (const NetModel::Member& member : net.members) {
+        for (const BodyPins& member : net.members) {
             if (member.body != nets.ground()) {
                 wideOf[member.body].push_back({static_cast<unsigned>(wideCounts.size()),
                                                static_cast<unsigned>(memberBodies.size())});
             }
             memberBodies.push_back(member.body);
         }
-        wideCounts.push_back(net.count);
+        wideCounts.push_back(net.weight);
     }
     firstMembers.push_back(static_cast<unsigned>(memberBodies.size()));
     for (const Axis which : {kX, kY}) {
@@ -53,13 +49,13 @@ SlidLayout::SlidLayout(const NetModel& nets, Region region)
         axis.kept = axis.at;
         axis.size.assign(nets.dieNum() + 1, 0.0);
         axis.limit.assign(nets.dieNum(), 0.0);
-        axis.bends.resize(nets.pairs().size());
+        axis.costs.resize(nets.bundles().size());
         for (const NetModel::WideNet& net : nets.wideNets()) {
-            for (const NetModel::Member& member : net.members) {
-                axis.reaches.push_back(member.reach[which][orientIndex(Orient::N)]);
+            for (const BodyPins& member : net.members) {
+                axis.reaches.push_back(member.range(which, Orient::N));
             }
         }
-        axis.pairCost.assign(nets.pairs().size(), 0.0);
+        axis.bundleCost.assign(nets.bundles().size(), 0.0);
         axis.wideCost.assign(nets.wideNets().size(), 0.0);
     }
     orients.push_back(Orient::N);
@@ -75,14 +71,13 @@ void SlidLayout::setOrientation(unsigned die, Orient orient) {
     orients[die] = orient;
     for (const Axis which : {kX, kY}) {
         along(which).size[die] = nets.size(die, which, orient);
-        for (const unsigned pair : pairsOf[die]) {
-            const auto [a, b] = nets.pairs()[pair];
-            along(which).bends[pair] = nets.bends(pair, which, orients[a], orients[b]);
+        for (const unsigned bundle : bundlesOf[die]) {
+            const auto& [a, b, weight] = nets.bundles()[bundle];
+            along(which).costs[bundle] = &nets.cost(bundle, which, orients[a], orients[b]);
         }
         for (const auto& [net, member] : wideOf[die]) {
-            along(which).reaches[member] = nets.wideNets()[net]
-                                               .members[member - firstMembers[net]]
-                                               .reach[which][orientIndex(orient)];
+            along(which).reaches[member] =
+                nets.wideNets()[net].members[member - firstMembers[net]].range(which, orient);
         }
     }
 }
@@ -160,7 +155,7 @@ void SlidLayout::undo() {
     for (std::size_t entry = journal.size(); entry-- > 0;) {
         const Measured& measured = journal[entry];
         (measured.isWide ? axes[measured.axis].wideCost
-                         : axes[measured.axis].pairCost)[measured.net] = measured.before;
+                         : axes[measured.axis].bundleCost)[measured.net] = measured.before;
     }
     endChange();
 }
@@ -268,36 +263,9 @@ double SlidLayout::excess() const {
     double sum = 0.0;
     for (const Along& axis : axes) {
         // Chains that fill the side may be longer by rounding.
-        sum += std::max(0.0, axis.need / axis.side - (1.0 + 1e-9));
+        sum += std::max(0.0, axis.need / axis.side - (1.0 + kFitting));
     }
     return sum;
-}
-
-// --- Costs -----------------------------------------------------------------------------------
-
-// Pins are mostly in rows of equal steps, so the bend before the distance is near where it would be
-// if bends were that as well.
-inline SlidLayout::Local SlidLayout::localAt(Bends bends, double distance) {
-    const NetModel::Bend& lowest = bends.front();
-    if (distance < lowest.at) {
-        const double slope = lowest.slope - lowest.turn;
-        return {lowest.value + slope * (distance - lowest.at), slope, slope};
-    }
-    const std::size_t highest = bends.size() - 1;
-    std::size_t before = highest;
-    if (distance < bends[highest].at) {
-        const double part = (distance - lowest.at) / (bends[highest].at - lowest.at);
-        before = static_cast<std::size_t>(part * static_cast<double>(highest));
-        while (bends[before].at > distance) {
-            --before;
-        }
-        while (bends[before + 1].at <= distance) {
-            ++before;
-        }
-    }
-    const NetModel::Bend& last = bends[before];
-    return {last.value + last.slope * (distance - last.at),
-            last.at == distance ? last.slope - last.turn : last.slope, last.slope};
 }
 
 // --- Sliding ---------------------------------------------------------------------------------
@@ -378,8 +346,8 @@ Spot SlidLayout::centre(unsigned die) const {
     return {x.at[die] + x.size[die] / 2, y.at[die] + y.size[die] / 2};
 }
 
-// Where the tangents at both ends meet, the function can bend; with one bend in between they meet
-// in it. So a few tangents find the lowest one.
+// Where the tangents at both ends meet, there may be a breakpoint; if only one is in between, they
+// meet at it. So a few tangents find the lowest point.
 double SlidLayout::bestBetween(unsigned die, Axis which, double low, double high) const {
     Local atLow = localAt(die, which, low);
     if (atLow.right >= 0.0 || high <= low) {
@@ -389,7 +357,7 @@ double SlidLayout::bestBetween(unsigned die, Axis which, double low, double high
     if (atHigh.left <= 0.0) {
         return high;
     }
-    const double enough = 1e-7 * along(which).side;
+    const double enough = kSlidingEnough * along(which).side;
     for (int tangent = 0; tangent < kMostTangents && high - low > enough; ++tangent) {
         const double meet = (atHigh.value - atLow.value + atLow.right * low - atHigh.left * high) /
                             (atLow.right - atHigh.left);
@@ -412,13 +380,13 @@ double SlidLayout::bestBetween(unsigned die, Axis which, double low, double high
 SlidLayout::Local SlidLayout::localAt(unsigned die, Axis which, double at) const {
     const Along& axis = along(which);
     Local sum{0.0, 0.0, 0.0};
-    for (const unsigned pair : pairsOf[die]) {
-        const auto [a, b] = nets.pairs()[pair];
+    for (const unsigned bundle : bundlesOf[die]) {
+        const auto& [a, b, weight] = nets.bundles()[bundle];
         if (a == die) {
-            const Local one = localAt(axis.bends[pair], at - axis.at[b]);
+            const Local one = axis.costs[bundle]->around(at - axis.at[b]);
             sum = {sum.value + one.value, sum.left + one.left, sum.right + one.right};
         } else {
-            const Local one = localAt(axis.bends[pair], axis.at[a] - at);
+            const Local one = axis.costs[bundle]->around(axis.at[a] - at);
             sum = {sum.value + one.value, sum.left - one.right, sum.right - one.left};
         }
     }
@@ -430,8 +398,8 @@ SlidLayout::Local SlidLayout::localAt(unsigned die, Axis which, double at) const
 }
 
 SlidLayout::Local SlidLayout::wideAt(Place place, const Along& axis, double at) const {
-    double low = kNever;
-    double high = -kNever;
+    double low = kInfiniteLength;
+    double high = -kInfiniteLength;
     for (unsigned member = firstMembers[place.net]; member < firstMembers[place.net + 1];
          ++member) {
         if (member != place.member) {
@@ -450,14 +418,14 @@ SlidLayout::Local SlidLayout::wideAt(Place place, const Along& axis, double at) 
 
 // --- Measuring -------------------------------------------------------------------------------
 
-double SlidLayout::pairLength(unsigned pair, const Along& axis) const {
-    const auto [a, b] = nets.pairs()[pair];
-    return localAt(axis.bends[pair], axis.at[a] - axis.at[b]).value;
+double SlidLayout::bundleLength(unsigned bundle, const Along& axis) const {
+    const auto& [a, b, weight] = nets.bundles()[bundle];
+    return axis.costs[bundle]->around(axis.at[a] - axis.at[b]).value;
 }
 
 double SlidLayout::wideLength(unsigned net, const Along& axis) const {
-    double low = kNever;
-    double high = -kNever;
+    double low = kInfiniteLength;
+    double high = -kInfiniteLength;
     for (unsigned member = firstMembers[net]; member < firstMembers[net + 1]; ++member) {
         const double at = axis.at[memberBodies[member]];
         low = std::min(low, at + axis.reaches[member].low);
@@ -469,8 +437,8 @@ double SlidLayout::wideLength(unsigned net, const Along& axis) const {
 void SlidLayout::measureAll() {
     for (Along& axis : axes) {
         axis.length = 0.0;
-        for (unsigned pair = 0; pair < axis.pairCost.size(); ++pair) {
-            axis.length += axis.pairCost[pair] = pairLength(pair, axis);
+        for (unsigned bundle = 0; bundle < axis.bundleCost.size(); ++bundle) {
+            axis.length += axis.bundleCost[bundle] = bundleLength(bundle, axis);
         }
         for (unsigned net = 0; net < axis.wideCost.size(); ++net) {
             axis.length += axis.wideCost[net] = wideLength(net, axis);
@@ -504,13 +472,13 @@ void SlidLayout::measureSlid() {
 
 void SlidLayout::measureNetsOf(unsigned die, unsigned axis) {
     Along& here = axes[axis];
-    for (const unsigned pair : pairsOf[die]) {
-        if (pairSeen[pair] != stamp) {
-            pairSeen[pair] = stamp;
-            const double length = pairLength(pair, here);
-            journal.push_back({axis, false, pair, here.pairCost[pair]});
-            here.length += length - here.pairCost[pair];
-            here.pairCost[pair] = length;
+    for (const unsigned bundle : bundlesOf[die]) {
+        if (bundleSeen[bundle] != stamp) {
+            bundleSeen[bundle] = stamp;
+            const double length = bundleLength(bundle, here);
+            journal.push_back({axis, false, bundle, here.bundleCost[bundle]});
+            here.length += length - here.bundleCost[bundle];
+            here.bundleCost[bundle] = length;
         }
     }
     for (const auto& [net, member] : wideOf[die]) {

@@ -7,12 +7,11 @@
 #pragma once
 
 #include <array>
-#include <span>
 #include <vector>
 
 #include "anneal/RandomStream.h"
 #include "anneal/SequencePair.h"
-#include "exact/NetModel.h"
+#include "nets/NetModel.h"
 
 namespace korvel {
 
@@ -57,17 +56,12 @@ public:
     // Where the die's nets would like its low corner, if nothing were in the way; without nets
     // it is content where it is.
     Spot wish(unsigned die) const;
-    bool hasNets(unsigned die) const { return !pairsOf[die].empty() || !wideOf[die].empty(); }
+    bool hasNets(unsigned die) const { return !bundlesOf[die].empty() || !wideOf[die].empty(); }
     Spot centre(unsigned die) const;
     bool isUpright(unsigned die) const { return axes[0].size[die] < axes[1].size[die]; }
 
 private:
-    using Bends = std::span<const NetModel::Bend>;
-    // A convex function near a place.
-    struct Local {
-        double value;
-        double left, right;  // slopes
-    };
+    using Local = PiecewiseLinear::Local;
     // Where a die stands among the members of the wide nets.
     struct Place {
         unsigned net;
@@ -75,14 +69,14 @@ private:
     };
     struct Along {
         double side;
-        double need, keptNeed;                 // the longest chain of dies, the side at least
-        double length, keptLength;             // of all nets
-        std::vector<double> at, kept;          // by body, now and before the change
-        std::vector<double> size;              // by body
-        std::vector<double> limit;             // by die, how far it can give way
-        std::vector<Bends> bends;              // by pair, for the orientations
-        std::vector<NetModel::Reach> reaches;  // by member of the wide nets, for the orientations
-        std::vector<double> pairCost, wideCost;
+        double need, keptNeed;                      // the longest chain of dies, the side at least
+        double length, keptLength;                  // of all nets
+        std::vector<double> at, kept;               // by body, now and before the change
+        std::vector<double> size;                   // by body
+        std::vector<double> limit;                  // by die, how far it can give way
+        std::vector<const PiecewiseLinear*> costs;  // by bundle, for the orientations
+        std::vector<PinRange> reaches;  // by member of the wide nets, for the orientations
+        std::vector<double> bundleCost, wideCost;
         std::vector<unsigned> slid;  // dies, since they were measured
     };
 
@@ -107,10 +101,9 @@ private:
     std::pair<double, double> slack(unsigned die, Axis which, const DieFlags& ignored) const;
     double bestBetween(unsigned die, Axis which, double low, double high) const;
     Local localAt(unsigned die, Axis which, double at) const;
-    static Local localAt(Bends bends, double distance);
     Local wideAt(Place place, const Along& axis, double at) const;
 
-    double pairLength(unsigned pair, const Along& axis) const;
+    double bundleLength(unsigned bundle, const Along& axis) const;
     double wideLength(unsigned net, const Along& axis) const;
     void measureAll();
     void measureMoved();
@@ -121,9 +114,9 @@ private:
     SequencePair orders, keptOrders;
     std::vector<Orient> orients;  // by body
     std::array<Along, 2> axes;
-    std::vector<std::vector<unsigned>> pairsOf;  // by die
-    std::vector<std::vector<Place>> wideOf;      // by die
-    std::vector<unsigned> firstMembers;          // by wide net and one more, into:
+    std::vector<std::vector<unsigned>> bundlesOf;  // by die
+    std::vector<std::vector<Place>> wideOf;        // by die
+    std::vector<unsigned> firstMembers;            // by wide net and one more, into:
     std::vector<unsigned> memberBodies;
     std::vector<double> wideCounts;  // by wide net
 
@@ -138,7 +131,7 @@ private:
         double before;
     };
     std::vector<Measured> journal;
-    std::vector<unsigned> pairSeen, wideSeen;  // stamps
+    std::vector<unsigned> bundleSeen, wideSeen;  // stamps
     unsigned stamp = 0;
     double bySliding = 0.0;
     std::vector<double> chain;  // by rank in the lower order

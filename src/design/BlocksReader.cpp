@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 
+#include "base/Tolerances.h"
 #include "design/Numeral.h"
 
 namespace korvel {
@@ -14,7 +15,8 @@ enum Header { kSoftNum, kHardNum, kTerminalNum };
 
 bool fits(Extent size, Region region) {
     const auto within = [region](double width, double height) {
-        return width <= region.width * kSlack && height <= region.height * kSlack;
+        return width <= region.width * (1.0 + kFitting) &&
+               height <= region.height * (1.0 + kFitting);
     };
     return within(size.width, size.height) || within(size.height, size.width);
 }
@@ -177,7 +179,7 @@ void BlocksReader::checkTotalArea() {
         total += die.size.width * die.size.height;
     }
     const double available = draft.region.width * draft.region.height;
-    if (draft.hasRegion && total > available * kSlack) {
+    if (draft.hasRegion && total > available * (1.0 + kFitting)) {
         file.error(0, "found dies of " + numeral(total) + " in all, expected no more than the " +
                           numeral(available) + " of the area");
     }

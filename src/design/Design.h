@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "base/BasicStructs.h"
+#include "base/Axis.h"
 
 namespace korvel {
 
@@ -54,6 +54,11 @@ struct Design {
 
 // The extent of a die of that size, turned. Orientation: any but Undefined.
 Extent turned(Extent size, Orient orient);
+
+// The same along one axis. Orientation: N, E, S or W.
+inline double lengthAlong(Axis axis, Extent size, Orient orient) {
+    return swapsWidthAndHeight(orient) == (axis == kX) ? size.height : size.width;
+}
 
 // Where a pin lies from the lower-left corner of its turned die. Orientation: any but Undefined.
 Spot turned(Spot offset, Extent size, Orient orient);

@@ -10,9 +10,6 @@
 
 namespace korvel {
 
-// Sums and differences of decimal fractions are off by a little.
-inline constexpr double kSlack = 1.0 + 1e-9;
-
 struct DesignDraft {
     enum class Kind { kDie, kTerminal, kOther };
     struct Body {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "base/Tolerances.h"
 #include "design/BlocksReader.h"
 #include "design/DesignDraft.h"
 #include "design/InputFile.h"
@@ -16,8 +17,8 @@ namespace korvel {
 namespace {
 
 bool isInside(Spot at, Region region) {
-    return at.x >= 0.0 && at.x <= region.width * kSlack && at.y >= 0.0 &&
-           at.y <= region.height * kSlack;
+    return at.x >= 0.0 && at.x <= region.width * (1.0 + kFitting) && at.y >= 0.0 &&
+           at.y <= region.height * (1.0 + kFitting);
 }
 
 // Warns once for all, as a wrong area or a turned one has many terminals outside.

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
+
+#include "base/Infinity.h"
 
 namespace korvel {
 
@@ -16,11 +17,10 @@ Spot placeOf(const Design& design, const Placement& placement, const Design::Pin
 }
 
 double wirelength(const Design& design, const Placement& placement) {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     double sum = 0.0;
     for (const Design::Net& net : design.nets) {
-        Spot low{kInfinity, kInfinity};
-        Spot high{-kInfinity, -kInfinity};
+        Spot low{kInfiniteLength, kInfiniteLength};
+        Spot high{-low.x, -low.y};
         for (const Design::Pin& pin : net.pins) {
             const Spot at = placeOf(design, placement, pin);
             low = {std::min(low.x, at.x), std::min(low.y, at.y)};
@@ -34,9 +34,8 @@ double wirelength(const Design& design, const Placement& placement) {
 }
 
 void Relations::set(unsigned a, unsigned b, Topology topology) {
-    static constexpr std::array kConverse{Topology::R, Topology::L, Topology::B, Topology::A};
     where[a * dieNum + b] = topology;
-    where[b * dieNum + a] = kConverse[static_cast<unsigned>(topology)];
+    where[b * dieNum + a] = converse(topology);
 }
 
 Relations Relations::of(const Design& design, const Placement& placement) {

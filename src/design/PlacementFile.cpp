@@ -6,6 +6,7 @@
 #include <ostream>
 #include <unordered_map>
 
+#include "base/Tolerances.h"
 #include "design/InputFile.h"
 #include "design/Numeral.h"
 #include "design/PlacementRecord.h"
@@ -18,9 +19,8 @@ namespace {
 // A file with so many is a placement of something else.
 constexpr std::size_t kMaxUnknown = 10000;
 
-// Tools print sizes with six digits or more.
 bool isNear(double a, double b) {
-    return std::abs(a - b) <= 1e-5 * std::max(std::abs(a), std::abs(b));
+    return std::abs(a - b) <= kPrintedSize * std::max(std::abs(a), std::abs(b));
 }
 
 bool isNear(Extent a, Extent b) {

@@ -2,20 +2,18 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include "base/Infinity.h"
 #include "base/Invariant.h"
 
 namespace korvel {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
 // Grows around what it is given.
 struct Box {
-    Spot low{kInfinity, kInfinity};
-    Spot high{-kInfinity, -kInfinity};
+    Spot low{kInfiniteLength, kInfiniteLength};
+    Spot high{-kInfiniteLength, -kInfiniteLength};
 
     void add(Spot spot) {
         low = {std::min(low.x, spot.x), std::min(low.y, spot.y)};
@@ -102,7 +100,8 @@ void findOutside(Region region, const std::vector<Lying>& lying, Judgement& judg
 void findNowhere(const Placement& placement, Judgement& judgement) {
     for (unsigned die = 0; die < placement.size(); ++die) {
         if (!isFinite(placement[die])) {
-            judgement.outside.push_back({die, kInfinity, kInfinity, kInfinity, kInfinity});
+            judgement.outside.push_back(
+                {die, kInfiniteLength, kInfiniteLength, kInfiniteLength, kInfiniteLength});
         }
     }
 }

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <condition_variable>
-#include <limits>
 #include <mutex>
 #include <optional>
 #include <vector>

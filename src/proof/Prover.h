@@ -5,9 +5,9 @@
 
 #include <atomic>
 #include <cstdint>
-#include <limits>
 #include <stop_token>
 
+#include "base/Tolerances.h"
 #include "results/Incumbent.h"
 
 namespace korvel {
@@ -18,7 +18,7 @@ struct ProofOptions {
     double gap = 0.0;
     // The same, for what counts as proved: the best placement is at most this part longer than the
     // shortest one.
-    double tolerance = 1e-6;
+    double tolerance = kProved;
 };
 
 enum class ProofEnd {

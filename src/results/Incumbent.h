@@ -7,11 +7,11 @@
 #pragma once
 
 #include <functional>
-#include <limits>
 #include <mutex>
 #include <optional>
 #include <string>
 
+#include "base/Infinity.h"
 #include "base/Relaxed.h"
 #include "design/Placement.h"
 #include "judge/Judge.h"
@@ -57,7 +57,7 @@ private:
     const Design& design;
     const Region region;
     const Notice notice;
-    Relaxed<double> shortest{std::numeric_limits<double>::infinity()};  // written under the mutex
+    Relaxed<double> shortest{kInfiniteLength};  // written under the mutex
     mutable std::mutex mutex;
     std::optional<Found> found;  // mutex
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/Tolerances.h"
 #include "results/ExactOffer.h"
 #include "run/ClassicNetlist.h"
 
@@ -10,7 +11,7 @@ namespace korvel {
 namespace {
 
 // The search works in single precision: a bound that is to be beaten must not be cut.
-constexpr double kRoundUp = 1.0 + 1e-6;
+constexpr double kRoundUp = 1.0 + kFloatError;
 
 // The start's length as the search measures it: without nets on one die.
 float lengthToBeat(const Design& design, const std::optional<Placement>& start) {

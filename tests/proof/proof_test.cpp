@@ -56,7 +56,8 @@ class Descent {
 public:
     Descent(const Design& design, Region region, const Relations& relations,
             const Placement& placement)
-        : model(design, region),
+        : nets(design),
+          model(design, nets, region),
           bounder(model),
           relations(relations),
           placement(placement),
@@ -117,6 +118,7 @@ private:
         return bounder.withRelation(node, low, high, topology, kInfinity);
     }
 
+    NetModel nets;
     ProofModel model;
     NodeBounder bounder;
     const Relations& relations;
@@ -372,7 +374,8 @@ TEST_P(ProofWithTwins, KeepsTheOptimum) {
         for (unsigned twin = 0; twin < twins; ++twin) {
             addTwin(design, 0, static_cast<unsigned>(random.number(0, 3)));
         }
-        const ProofModel model(design, region);
+        const NetModel nets(design);
+        const ProofModel model(design, nets, region);
         std::vector<unsigned> order(design.dies.size());
         std::iota(order.begin(), order.end(), 0U);
         EXPECT_GE(Symmetry(model, order).getImageNum(), twins == 1 ? 2U : 6U);
@@ -394,7 +397,7 @@ TEST(Symmetry, NeitherTerminalsNorSidesThatDifferAreTurned) {
     design.nets = {{{{0, {0, 0}}, {1, {1, 2}}}}};
     const std::vector<unsigned> order{0, 1};
     const auto imageNum = [&](Region region) {
-        return Symmetry(ProofModel(design, region), order).getImageNum();
+        return Symmetry(ProofModel(design, NetModel(design), region), order).getImageNum();
     };
     EXPECT_EQ(imageNum({9, 9}), 4U);
     EXPECT_EQ(imageNum({9, 8}), 2U);
@@ -408,7 +411,8 @@ TEST(Symmetry, TurnsThatLookTheSameAreTriedOnce) {
     design.dies = {{"centred", {3, 2}}, {"square", {2, 2}}, {"plain", {4, 2}}, {"bare", {2, 2}}};
     design.nets = {{{{0, {1.5, 1}}, {1, {1, 1}}, {2, {0, 1}}}}};
     const std::vector<unsigned> order{0, 1, 2, 3};
-    const ProofModel model(design, {20, 20});
+    const NetModel nets(design);
+    const ProofModel model(design, nets, {20, 20});
     const Symmetry symmetry(model, order);
     EXPECT_EQ(symmetry.turnsOf(0).size(), 2U);
     EXPECT_EQ(symmetry.turnsOf(1).size(), 1U);

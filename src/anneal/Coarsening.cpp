@@ -114,8 +114,8 @@ bool Coarsening::isWorthwhile() const {
 
 // At first around its host a satellite is on one of the four sides in turn, its centre on the
 // host's.
-Start Coarsening::expand(const Start& start) const {
-    Start whole{SequencePair(static_cast<unsigned>(sizes.size())), Placement(sizes.size())};
+StartLayout Coarsening::expand(const StartLayout& start) const {
+    StartLayout whole{SequencePair(static_cast<unsigned>(sizes.size())), Placement(sizes.size())};
     for (const auto which : SequencePair::kBoth) {
         unsigned rank = 0;
         const auto putSatellites = [&](const Host& host, bool areBefore) {

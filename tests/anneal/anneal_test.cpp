@@ -1,11 +1,11 @@
 // The annealer: what it finds on designs small enough to try everything, and what it promises.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <thread>
 
 #include "anneal/Annealer.h"
-#include "anneal/Moves.h"
-#include "anneal/SlidLayout.h"
+#include "anneal/LevelAnnealer.h"
 #include "exact/ExactCoordinates.h"
 #include "support/random_designs.h"
 
@@ -16,7 +16,6 @@ using test::isLegal;
 using test::RandomDesigns;
 
 constexpr double kSlack = 1e-9;
-constexpr double kAnything = std::numeric_limits<double>::infinity();
 constexpr auto kSoon = std::chrono::milliseconds(150);
 
 std::optional<Found> annealed(const Design& design, Region region, const AnnealOptions& options) {
@@ -94,6 +93,13 @@ TEST(Annealer, ReachesTheOptimumOfSmallDesigns) {
     EXPECT_LT(placed, 5);
 }
 
+bool same(const Placement& a, const Placement& b) {
+    return std::equal(
+        a.begin(), a.end(), b.begin(), b.end(), [](const PlacedDie& one, const PlacedDie& other) {
+            return one.at.x == other.at.x && one.at.y == other.at.y && one.orient == other.orient;
+        });
+}
+
 TEST(Annealer, SameSeedSameResult) {
     const Design design = RandomDesigns(5).make({9, 6, 40, 4, 8, 20, 1.0});
     const Region region{22, 20};
@@ -104,13 +110,33 @@ TEST(Annealer, SameSeedSameResult) {
         options.seed = 3;
         const auto first = annealed(design, region, options);
         const auto second = annealed(design, region, options);
-        ASSERT_TRUE(first && second);
+        options.seed = 4;
+        const auto other = annealed(design, region, options);
+        ASSERT_TRUE(first && second && other);
         EXPECT_TRUE(isLegal(design, region, first->placement, kSlack));
         EXPECT_DOUBLE_EQ(first->wirelength(), wirelength(design, first->placement));
-        for (unsigned die = 0; die < 9; ++die) {
-            EXPECT_EQ(first->placement[die].orient, second->placement[die].orient);
-            EXPECT_EQ(first->placement[die].at.x, second->placement[die].at.x);
-            EXPECT_EQ(first->placement[die].at.y, second->placement[die].at.y);
+        EXPECT_TRUE(same(first->placement, second->placement));
+        EXPECT_FALSE(same(first->placement, other->placement));
+    }
+}
+
+// With moves for several restarts each is as long as it would be alone, and differs from the
+// others; threads divide them.
+TEST(Annealer, MovesAreDividedAmongRestarts) {
+    const Design design = RandomDesigns(7).make({2, 3, 8, 4, 5, 12, 1.0});
+    constexpr std::uint64_t kUsual = 40000;  // of a restart with two dies
+    for (const unsigned threads : {1U, 2U, 3U}) {
+        for (const unsigned rounds : {1U, 2U}) {
+            AnnealOptions options;
+            options.threads = threads;
+            options.iterations = rounds * threads * kUsual;
+            Incumbent incumbent(design, {12, 12});
+            AnnealProgress progress;
+            anneal(design, {12, 12}, options, incumbent, {}, progress);
+            EXPECT_EQ(progress.restarts.load(), rounds * threads);
+            EXPECT_NEAR(static_cast<double>(progress.iterations.load()),
+                        static_cast<double>(options.iterations), 64.0 * rounds * threads);
+            EXPECT_TRUE(incumbent.best().has_value());
         }
     }
 }
@@ -155,67 +181,41 @@ TEST_P(AnnealerStops, AtOnce) {
 INSTANTIATE_TEST_SUITE_P(Means, AnnealerStops, testing::Bool(),
                          [](const auto& one) { return one.param ? "deadline" : "stop"; });
 
-// --- Layout ----------------------------------------------------------------------------------
-
-// After any change, kept or undone, the length is that of the placement measured from scratch, and
-// a layout without excess is legal.
-TEST(SlidLayout, MeasuresMovedNetsOnlyAndYetAll) {
-    RandomDesigns designs(8);
-    for (unsigned round = 0; round < 6; ++round) {
-        const Design design = designs.make({8, 4, 40, 5, 9, 30, 1.0});
-        const Region region{30, 30};
-        const NetModel nets(design);
-        SlidLayout layout(nets, region);
-        const double onOneDie = wirelength(design, layout.placement()) - layout.length();
-        RandomStream random(1, round);
-        const DieGroups groups(nets);
-        Moves moves(layout, nets, groups, region);
-        layout.editOrders().shuffle(random);
-        layout.arrange(random, {kAnything, kAnything});
-        layout.keep();
-        int legal = 0;
-        for (int change = 0; change < 300; ++change) {
-            const double before = layout.length();
-            moves.change(random);
-            const bool isArranged = layout.arrange(
-                random, {change % 7 == 0 ? 0.0 : 1.0, change % 5 == 0 ? before : kAnything});
-            if (isArranged && random.below(2) == 0) {
-                layout.keep();
-            } else {
-                layout.undo();
-                ASSERT_DOUBLE_EQ(layout.length(), before);
-            }
-            const Placement placement = layout.placement();
-            ASSERT_NEAR(layout.length() + onOneDie, wirelength(design, placement), 1e-7);
-            if (layout.excess() <= 0.0) {
-                ++legal;
-                ASSERT_TRUE(isLegal(design, region, placement, kSlack));
-            }
+// On one level, which is what a restart relies on: what is told is ever shorter and legal, and the
+// outcomes of the coolings are legal and in order.
+TEST(LevelAnnealer, TellsOfShorterLegalPlacements) {
+    const Design design = RandomDesigns(9).make({8, 4, 40, 4, 8, 20, 1.0});
+    const Region region{24, 24};
+    const PreparedDesign prepared(design, region);
+    for (const auto kind : {CoolingSchedule::Kind::Usual, CoolingSchedule::Kind::CoarseLevel}) {
+        std::vector<double> told;
+        LevelAnnealer annealer(prepared, RandomStream(1, 1), kind,
+                               [&](const Placement& found, double length) {
+                                   EXPECT_TRUE(isLegal(design, region, found, kSlack));
+                                   EXPECT_NEAR(wirelength(design, found), length, 1e-9);
+                                   EXPECT_TRUE(told.empty() || length < told.back());
+                                   told.push_back(length);
+                               });
+        constexpr int kSteps = 200;
+        for (int step = 0; step < kSteps; ++step) {
+            annealer.advance(64, static_cast<double>(step) / kSteps);
         }
-        EXPECT_GT(legal, 0);
+        annealer.reportBest();
+        const std::size_t toldNum = told.size();
+        annealer.reportBest();
+        EXPECT_EQ(told.size(), toldNum) << "told once";
+        ASSERT_FALSE(told.empty());
+        const std::vector<StartLayout> outcomes = annealer.outcomes();
+        ASSERT_GT(outcomes.size(), 5U);
+        double before = 0.0;
+        for (const StartLayout& outcome : outcomes) {
+            const double length = wirelength(design, outcome.placement);
+            EXPECT_TRUE(isLegal(design, region, outcome.placement, kSlack));
+            EXPECT_GE(length, before - 1e-9);
+            EXPECT_GE(length, told.back() - 1e-9);
+            before = length;
+        }
     }
-}
-
-// The die in the middle is wanted far to the right, but goes no further than the next one.
-TEST(SlidLayout, ReleasedDiesPushNobodyWhereThereIsRoom) {
-    Design design;
-    design.dies = {{"left", {4, 4}}, {"middle", {2, 4}}, {"right", {4, 4}}, {"idle", {2, 2}}};
-    design.terminals = {{"t", {30, 2}}};
-    design.nets = {{{{1, {1, 2}}, {4, {0, 0}}}}};
-    const NetModel nets(design);
-    SlidLayout layout(nets, {40, 40});
-    SequencePair orders(4);
-    layout.place(orders, {{{2, 0}}, {{8, 0}}, {{12, 0}}, {{20, 5}}});
-    for (const unsigned die : {1U, 3U}) {
-        layout.release(die);
-    }
-    RandomStream random(1, 1);
-    ASSERT_TRUE(layout.arrange(random, {kAnything, kAnything}));
-    const Placement placement = layout.placement();
-    EXPECT_EQ(placement[0].at.x, 2.0);
-    EXPECT_EQ(placement[1].at.x, 10.0);
-    EXPECT_EQ(placement[2].at.x, 12.0);
-    EXPECT_EQ(placement[3].at.x, 20.0) << "without nets it stays";
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// A design as runs of the annealer take it: what is prepared once for all of them.
+// A design as the annealer takes it, with what is prepared once for all restarts: its nets, the
+// solver of exact coordinates and the groups of dies.
 // Filled once and never changed; any thread may read.
 #pragma once
 
@@ -7,10 +8,12 @@
 
 namespace korvel {
 
-struct AnnealLevel {
-    // The design must outlive the level.
-    AnnealLevel(const Design& design, Region region)
+struct PreparedDesign {
+    // The design must outlive it.
+    PreparedDesign(const Design& design, Region region)
         : design(design), region(region), solver(design, region), groups(solver.nets()) {}
+
+    const NetModel& nets() const { return solver.nets(); }
 
     const Design& design;
     const Region region;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "anneal/StartLayout.h"
+#include "nets/NetModel.h"
 
 namespace korvel {
 

@@ -108,8 +108,8 @@ float SortedVotes::stepAt(unsigned rank) {
     return direction * candidates.atRank(ascending - before);
 }
 
-// Leaves of each part what may be the estimate at the rank, and not much more, by halving the widest
-// part. Equal estimates may stop that early, which leaves more candidates than needed.
+// Leaves of each part what may be the estimate at the rank, and not much more, by halving the
+// widest part. Where equal estimates prevent that, more candidates are left than needed.
 void SortedVotes::narrowDown(unsigned rank) {
     constexpr unsigned kFew = 4;
     constexpr unsigned kMostRounds = 64;

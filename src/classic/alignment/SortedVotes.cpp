@@ -109,7 +109,7 @@ float SortedVotes::stepAt(unsigned rank) {
 }
 
 // Leaves of each part what may be the estimate at the rank, and not much more, by halving the
-// widest part. Equal estimates may stop that early, which leaves more candidates than needed.
+// widest part. Where equal estimates prevent that, more candidates are left than needed.
 void SortedVotes::narrowDown(unsigned rank) {
     constexpr unsigned kFew = 4;
     constexpr unsigned kMostRounds = 64;

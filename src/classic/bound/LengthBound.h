@@ -20,7 +20,7 @@
 //
 // The alignment computes in floats and has tolerances. What these can take away is taken off every
 // gap (`slack`), every net (`rounding`) and the sum (`sumKept`), so the bound holds for the length
-// as the program computes it. All of these are in the unit of the netlist.
+// as the program computes it. Lengths are in the unit of the netlist.
 #pragma once
 
 #include <vector>
@@ -76,7 +76,7 @@ public:
 
         AxisSpace axes[kAxes];
         LengthAscent ascent;
-        LengthCut improved;
+        LengthCut improved;  // the cut that the ascent works on
     };
     Workspace makeWorkspace() const { return Workspace(*this); }
 
@@ -97,8 +97,8 @@ private:
     Area area;
     double rounding;  // at most this much of one gap, or of one net along one axis, is rounding
     double slack;     // at most this much can rounding and tolerances take off a gap
-    double sumKept;   // at least this part of the sum of all nets is left by its rounding
-    bool usable;
+    double sumKept;   // rounding leaves at least this part of the sum of all nets
+    bool usable;      // blocks have the sizes and indexes that the rest relies on
 };
 
 }  // namespace korvel

@@ -126,6 +126,7 @@ void ResidualGraph::offerMoves(const std::uint64_t* ends, const std::uint64_t* n
 
 // --- Room ------------------------------------------------------------------------------------
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): it stands in kOperations
 unsigned ResidualGraph::unlimited(const Arc& /*arc*/, double /*tolerance*/) const {
     return kUnlimited;
 }
@@ -150,6 +151,7 @@ unsigned ResidualGraph::stepsToLower(const Arc& arc, double tolerance) const {
     return steps - 2 * static_cast<unsigned>(begin - breakpoints.begin());
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): it stands in kOperations
 unsigned ResidualGraph::oneEnd(const Arc& /*arc*/, double /*tolerance*/) const {
     return 1;
 }

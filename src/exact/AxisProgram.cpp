@@ -195,7 +195,8 @@ void AxisProgram::chooseScale() {
 // left out where the order implies it.
 void AxisProgram::addOrder(std::vector<Arc>& arcs) const {
     const Unit free = std::numeric_limits<Unit>::max();
-    std::vector<Unit> least, most;
+    std::vector<Unit> least;
+    std::vector<Unit> most;
     for (unsigned die = 0; die < limits.dieNum(); ++die) {
         least.push_back(cutUnits(limits.cornerRange(die).low));
         most.push_back(cutUnits(ends[die]));

@@ -63,6 +63,7 @@ std::vector<BodyPins> NetModel::pinsByBody(const Design& design, const Design::N
         }
     }
     std::vector<BodyPins> inOrder;
+    inOrder.reserve(byBody.size());
     for (const auto& [body, pins] : byBody) {
         inOrder.push_back(pins);
     }

@@ -138,10 +138,11 @@ bool Symmetry::keepsBundle(const Image& image, unsigned a, unsigned b) const {
     const auto isKept = [&](Axis axis, unsigned turnA, unsigned turnB) {
         const unsigned nowA = (turnA + image.turned[a]) % kUnmirroredOrients;
         const unsigned nowB = (turnB + turnedB) % kUnmirroredOrients;
-        const PiecewiseLinear& before = fromA < fromB ? model.cost(*from, axis, turnA, turnB)
-                                                      : model.cost(*from, axis, turnB, turnA);
+        // The costs go by the lower body first.
+        const PiecewiseLinear& before =
+            model.cost(*from, axis, fromA < fromB ? turnA : turnB, fromA < fromB ? turnB : turnA);
         const PiecewiseLinear& after =
-            a < b ? model.cost(*bundle, axis, nowA, nowB) : model.cost(*bundle, axis, nowB, nowA);
+            model.cost(*bundle, axis, a < b ? nowA : nowB, a < b ? nowB : nowA);
         return before.isLike(after, isReversed, nearness);
     };
     for (unsigned turnA = 0; turnA < kUnmirroredOrients; ++turnA) {
@@ -173,6 +174,7 @@ bool Symmetry::keepsWideNets(const Image& image) const {
                });
     };
     std::vector<double> unmet;  // by net: the weight of it that nothing has become yet
+    unmet.reserve(nets.size());
     for (const NetModel::WideNet& net : nets) {
         unmet.push_back(net.weight);
     }

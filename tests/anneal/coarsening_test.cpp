@@ -27,13 +27,16 @@ SequencePair shuffled(unsigned dieNum, RandomStream& random) {
 }
 
 TEST(Coarsening, LeavesOutTheMemoriesOfHosts) {
-    const Design design = hostsWithMemories(6, 3);
+    Design design = hostsWithMemories(6, 3);
+    design.terminals = {{"t", {50, 40}}};
+    design.nets.push_back({{{0, {1, 2}}, {24, {0, 0}}}});
     const Coarsening coarsening(design, NetModel(design));
     EXPECT_TRUE(coarsening.isWorthwhile());
     ASSERT_EQ(coarsening.coarse().dies.size(), 6U);
     EXPECT_NEAR(areaOf(coarsening.coarse()), areaOf(design), 1e-9);
 
-    // Hosts lie in the middle of their coarse dies, whichever way they are turned.
+    // Hosts lie in the middle of their coarse dies, whichever way they are turned. Their numbers
+    // are multiples of 4, as is the terminal's.
     Design hostsOnly = design;
     std::erase_if(hostsOnly.nets, [](const Design::Net& net) {
         return net.pins[0].body % 4 != 0 || net.pins[1].body % 4 != 0;

@@ -80,8 +80,13 @@ TEST_P(RandomChanges, LengthAndOverflowAreThoseOfThePlacement) {
     for (int change = 0; change < 300; ++change) {
         const double before = layout.length();
         moves.change(random);
-        const bool isArranged = layout.arrange(
-            random, {change % 7 == 0 ? 0.0 : 1.0, change % 5 == 0 ? before : kInfinity});
+        const Layout::Limits limits{change % 7 == 0 ? 0.0 : 1.0,
+                                    change % 5 == 0 ? before : kInfinity};
+        const bool isArranged = layout.arrange(random, limits);
+        if (isArranged && layout.overflow() <= 0.0) {
+            ASSERT_GE(layout.savedBySliding(), -kRounding);
+            ASSERT_LE(layout.length() + layout.savedBySliding(), limits.pushedLength + 1e-7);
+        }
         if (isArranged && random.coin()) {
             layout.keep();
         } else {

@@ -130,7 +130,7 @@ void Placer::BandB() {
 
 // The order of the blocks does not change from the initial to the main pass.
 const SearchTables& Placer::prepareTables() {
-    if (searchTables == nullptr || searchTables->alignment.getBlockNum() != numBlocks) {
+    if (searchTables == nullptr || searchTables->alignment.numBlocks != numBlocks) {
         searchTables = std::make_unique<const SearchTables>(netlist, numBlocks, area());
     }
     return *searchTables;

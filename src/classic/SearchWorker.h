@@ -25,7 +25,7 @@ struct SearchWorker {
     SearchWorker(const SearchTables& shared, const BoundTables& bounds, unsigned levelCount)
         : tables(shared),
           placement(shared.alignment),
-          familyBounds(bounds, shared.alignment.getBlockNum()),
+          familyBounds(bounds, shared.alignment.numBlocks),
           boundSpace(shared.lengthBound.makeWorkspace()),
           counters(levelCount) {}
 

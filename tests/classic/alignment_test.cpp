@@ -141,7 +141,5 @@ TEST_P(Alignment, FastAndPlainAgreeToTheBit) {
 
 INSTANTIATE_TEST_SUITE_P(Designs, Alignment, testing::Values(0U, 1U, 2U));
 
-// Dies of 10 x 10 with nets from the far edge of one to the far edge of its neighbour: 20 along x,
-// and the third die's centre is a die's height above the second's.
 }  // namespace
 }  // namespace korvel::test

@@ -67,7 +67,7 @@ float selectStep(const StepOfRank& stepOfRank, const FreeOfRank& freeOfRank, uns
 
 class StepVotes {
 public:
-    // Forgets all votes and makes room for up to `most` calls of add and pairs of runs; memory is
+    // Forgets all votes and makes room for up to `most` calls of add and pairs of lists; memory is
     // kept, so that voting allocates nothing once the largest vote has been.
     void clear(std::size_t most);
 
@@ -87,8 +87,8 @@ public:
         leastFree = smaller(free, leastFree);
     }
 
-    // What nets of two pins want along one axis.
-    void addAlong(Axis axis, const SortedRun& run) { alongAxes[axis].add(run); }
+    // What the nets of a sorted group want along one axis.
+    void addAlong(Axis axis, const ShiftedList& list) { alongAxes[axis].add(list); }
 
     // Signed step of the majority along the axis, 0 without one.
     float step(Axis axis, Middle middle);

@@ -49,13 +49,20 @@ struct LengthNets::BoxNet {
 
 LengthNets::LengthNets(const Netlist& netlist, unsigned numBlocks)
     : bodyNum(numBlocks + 1), netNum(netlist.nets.size()), terminalLengths(numBlocks + 1, 0.0) {
+    const Bodies bodies(netlist, numBlocks);
     std::vector<BoxNet> boxes;
     for (const Net& net : netlist.nets) {
-        addTerminals(net);
-        if (net.getDeclaredDegree() == 2 && net.getNetDegree() == 2) {
-            addPair(net.getPins()[0], net.getPins()[1]);
-        } else if (BoxNet box = boxOf(net); box.members.size() > 1) {
+        addTerminals(net, bodies);
+        if (isPair(net)) {
+            continue;
+        }
+        if (BoxNet box = boxOf(net, bodies); box.members.size() > 1) {
             boxes.push_back(std::move(box));
+        }
+    }
+    for (const korvel::PairGroup& pairs : groupPairs(netlist, bodies)) {
+        if (pairs.first != pairs.second) {
+            addPairs(pairs);
         }
     }
     finishPairs();
@@ -64,29 +71,16 @@ LengthNets::LengthNets(const Netlist& netlist, unsigned numBlocks)
     spreadBoxes(boxes);
 }
 
-// Blocks that this pass does not place come last.
-unsigned LengthNets::bodyOf(const Pin& pin) const {
-    if (pin.isTerminal()) {
-        return kTerminals;
-    }
-    const unsigned block = pin.getBlockIndex();
-    return block < bodyNum - 1 ? block + 1 : bodyNum;
-}
-
-void LengthNets::addPair(const Pin* first, const Pin* second) {
-    if (bodyOf(*second) < bodyOf(*first)) {
-        std::swap(first, second);
-    }
-    if (bodyOf(*first) == bodyOf(*second) || bodyOf(*second) == bodyNum) {
-        return;
-    }
-    PairGroup& group = groupOf(bodyOf(*first), bodyOf(*second));
-    for (unsigned f = 0; f < kUnmirroredOrients; ++f) {
-        for (unsigned s = 0; s < kUnmirroredOrients; ++s) {
-            for (const Axis axis : {kX, kY}) {
-                group.pointsByOrients[pointsIndex(axis, f, s)].at.push_back(
-                    double{along(placeOf(*first, f), axis)} -
-                    double{along(placeOf(*second, s), axis)});
+void LengthNets::addPairs(const korvel::PairGroup& pairs) {
+    PairGroup& group = groupOf(pairs.first, pairs.second);
+    for (const auto& [first, second] : pairs.joints) {
+        for (unsigned f = 0; f < kUnmirroredOrients; ++f) {
+            for (unsigned s = 0; s < kUnmirroredOrients; ++s) {
+                for (const Axis axis : {kX, kY}) {
+                    group.pointsByOrients[pointsIndex(axis, f, s)].at.push_back(
+                        double{along(placeOf(*first, f), axis)} -
+                        double{along(placeOf(*second, s), axis)});
+                }
             }
         }
     }
@@ -127,11 +121,11 @@ void LengthNets::finishPairs() {
     }
 }
 
-LengthNets::BoxNet LengthNets::boxOf(const Net& net) const {
+LengthNets::BoxNet LengthNets::boxOf(const Net& net, const Bodies& bodies) {
     BoxNet box;
     for (const Pin* pin : net.getPins()) {
-        const unsigned body = bodyOf(*pin);
-        if (body == bodyNum) {
+        const unsigned body = bodies.of(*pin);
+        if (body == bodies.neverPlaced()) {
             continue;
         }
         const auto [found, isNew] = box.members.emplace(body, Member{});
@@ -173,7 +167,7 @@ void LengthNets::spreadBoxes(std::vector<BoxNet>& boxes) {
 }
 
 // The net counts with its terminals alone until the first of its blocks is placed.
-void LengthNets::addTerminals(const Net& net) {
+void LengthNets::addTerminals(const Net& net, const Bodies& bodies) {
     constexpr float kMost = std::numeric_limits<float>::max();
     Point low{kMost, kMost};
     Point high{-kMost, -kMost};
@@ -181,7 +175,7 @@ void LengthNets::addTerminals(const Net& net) {
     bool hasTerminal = false;
     for (const Pin* pin : net.getPins()) {
         if (!pin->isTerminal()) {
-            firstBlock = std::min(firstBlock, bodyOf(*pin));
+            firstBlock = std::min(firstBlock, bodies.of(*pin));
             continue;
         }
         hasTerminal = true;

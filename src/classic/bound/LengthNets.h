@@ -1,6 +1,6 @@
 // The nets as the bound on their length needs them: for each, the outermost pins of each body that
-// it joins, by orientation. A "body" is a block or all terminals together, which never move. Worked
-// out once per pass, read by all workers.
+// it joins, by orientation. Worked out for a search from the first blocks of an order, then read by
+// all workers. Bodies and their numbers: see Bodies.h.
 #pragma once
 
 #include <cstdint>
@@ -9,16 +9,12 @@
 
 #include "base/Axis.h"
 #include "base/VertexSet.h"
-#include "classic/netlist/Netlist.h"
+#include "classic/netlist/PairGroups.h"
 
 namespace korvel {
 
 class LengthNets {
 public:
-    // Bodies are numbered from the terminals on; block b is body b + 1, so those of a partial
-    // placement are the first ones.
-    static constexpr unsigned kTerminals = 0;
-
     // For the first numBlocks blocks in their final order.
     LengthNets(const Netlist& netlist, unsigned numBlocks);
 
@@ -91,13 +87,12 @@ private:
         return ((std::size_t{axis} * bodyNum + body) * kUnmirroredOrients + orient) *
                firstBodies.size();
     }
-    unsigned bodyOf(const Pin& pin) const;
     PairGroup& groupOf(unsigned first, unsigned second);
-    void addPair(const Pin* first, const Pin* second);
+    void addPairs(const korvel::PairGroup& pairs);
     void finishPairs();
-    BoxNet boxOf(const Net& net) const;
+    static BoxNet boxOf(const Net& net, const Bodies& bodies);
     void spreadBoxes(std::vector<BoxNet>& boxes);
-    void addTerminals(const Net& net);
+    void addTerminals(const Net& net, const Bodies& bodies);
 
     unsigned bodyNum;
     unsigned wordNum = 1;  // of a set of box nets

@@ -100,7 +100,7 @@ void Placer::runStages() {
     banner("===   Blocks placement six  ===");
     const Clock::time_point start = Clock::now();
     ordering();
-    while (allBlocks >= numBlocks && !stopRequested.load(std::memory_order_relaxed)) {
+    while (allBlocks >= numBlocks && !stop.run.load()) {
         banner("===   Blocks placement for " + std::to_string(numBlocks) + " blocks  ===");
         place();
         banner("===   End   ===");
@@ -157,7 +157,7 @@ void Placer::writeStatistics(const std::string& text) {
 }
 
 void Placer::place() {
-    passEnded.store(false, std::memory_order_relaxed);
+    stop.pass.store(false);
     if (observer != nullptr) {
         observer->passBegins(numBlocks);
     }

@@ -10,7 +10,6 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <cstdint>
 #include <iostream>
 #include <map>
@@ -76,7 +75,7 @@ public:
 
     // Asks the running search, and all that would follow, to stop; from any thread. The run goes
     // on with the best node found so far.
-    void requestStop() { stopRequested.store(true, std::memory_order_relaxed); }
+    void requestStop() { stop.run.store(true); }
 
     // --- Driver ------------------------------------------------------------------------------
 
@@ -145,16 +144,12 @@ private:
     const SearchTables& prepareTables();
     void search(SearchState& state, const SearchTables& shared);
     void BBcore(SearchState& state, const SearchTables& shared);
-    bool takeNode(SearchState& state, BBNode& node) const;
+    static bool takeNode(SearchState& state, BBNode& node);
     void expandShared(SearchState& state, SearchWorker& worker);
     void workOwnStack(SearchState& state, SearchWorker& worker);
     bool isKept(SearchState& state, SearchWorker& worker, BBNode& node);
     void updateBest(SearchState& state, const BBNode& node, const WorkingPlacement& placement);
-    void tellObserver(SearchWorker& worker);
-    bool isStopped() const {
-        return stopRequested.load(std::memory_order_relaxed) ||
-               passEnded.load(std::memory_order_relaxed);
-    }
+    void tellObserver(StopFlags& stop, SearchWorker& worker);
     // Whether no alignment saves the node, nor any that it becomes by further relations of its
     // newest block: with what later blocks add at least (`remaining`) its wirelength is too long.
     // Takes nodes inside the area, with their coordinates found.
@@ -194,8 +189,7 @@ private:
     std::unique_ptr<const SearchTables> searchTables;  // of the last search
     // Of pairs of blocks whose cost no pass changes.
     std::map<std::pair<unsigned, unsigned>, PairCosts> knownPairCosts;
-    std::atomic<bool> stopRequested{false};
-    std::atomic<bool> passEnded{false};  // the observer has ended the current pass
+    StopFlags stop;
     SearchObserver* observer = nullptr;
     bool joinPieces = false;
 };

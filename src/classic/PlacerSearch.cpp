@@ -118,7 +118,7 @@ void Placer::BandB() {
     netlist.unplaceAllNets();
     const SearchTables& shared = prepareTables();
     SearchState state(numBlocks * (numBlocks + 1) / 2,
-                      hasBound ? initWL : std::numeric_limits<float>::max());
+                      hasBound ? initWL : std::numeric_limits<float>::max(), stop);
     search(state, shared);
     bestNode = state.bestNode;
     searchCounters = state.counters;
@@ -165,15 +165,15 @@ void Placer::BBcore(SearchState& state, const SearchTables& shared) {
         }
         countOut(state);
     }
-    tellObserver(worker);
-    const std::lock_guard lock(state.bestMutex);
+    tellObserver(state.stop, worker);
+    const std::lock_guard lock(state.countersMutex);
     state.counters.add(worker.counters);
 }
 
 // Waits for a node on the shared stack; false at the end of the search. A worker that gets one is
 // counted in.
-bool Placer::takeNode(SearchState& state, BBNode& node) const {
-    while (!isStopped()) {
+bool Placer::takeNode(SearchState& state, BBNode& node) {
+    while (!state.stop.isSet()) {
         if (!state.sharedStackEmpty.load()) {
             countIn(state);
             {
@@ -207,7 +207,7 @@ void Placer::expandShared(SearchState& state, SearchWorker& worker) {
 // Works on the own stack until it is empty, or handed over to a worker that waits. A single node
 // is not worth handing over.
 void Placer::workOwnStack(SearchState& state, SearchWorker& worker) {
-    while (!worker.ownStack.empty() && !isStopped()) {
+    while (!worker.ownStack.empty() && !state.stop.isSet()) {
         if (state.shareRequest.load() && worker.ownStack.size() != 1) {
             shareOwnStack(state, worker.ownStack);
             continue;
@@ -224,7 +224,7 @@ void Placer::workOwnStack(SearchState& state, SearchWorker& worker) {
 bool Placer::isKept(SearchState& state, SearchWorker& worker, BBNode& node) {
     ++worker.counters.expandedNodes;
     if (worker.counters.expandedNodes - worker.toldNodes >= kNodesBetweenWords) {
-        tellObserver(worker);
+        tellObserver(state.stop, worker);
     }
     if (!estimateNode(node, state.bestWL.load(), worker)) {
         ++worker.counters.prunedByBound[node.blockLevel - 1];
@@ -239,26 +239,30 @@ bool Placer::isKept(SearchState& state, SearchWorker& worker, BBNode& node) {
     return true;
 }
 
-void Placer::tellObserver(SearchWorker& worker) {
+void Placer::tellObserver(StopFlags& stop, SearchWorker& worker) {
     const std::uint64_t nodes = worker.counters.expandedNodes - worker.toldNodes;
     const double share = worker.counters.closedShare - worker.toldShare;
     worker.toldNodes += nodes;
     worker.toldShare += share;
     if (observer != nullptr && !observer->worked(nodes, share)) {
-        passEnded.store(true, std::memory_order_relaxed);
+        stop.pass.store(true);
     }
 }
 
 void Placer::updateBest(SearchState& state, const BBNode& node, const WorkingPlacement& placement) {
-    const std::lock_guard lock(state.bestMutex);
-    if (state.bestWL.load() > node.wirelength) {
+    {
+        const std::lock_guard lock(state.bestMutex);
+        if (!(state.bestWL.load() > node.wirelength)) {
+            return;
+        }
         state.bestNode = node;
         state.bestWL.store(node.wirelength);
         out << "best solution is updated, bestWL (w/o one-die nets): " << node.wirelength
             << std::endl;
-        if (observer != nullptr) {
-            observer->improved(node, placement);
-        }
+    }
+    // Without the lock: others need not wait, and the observer may take locks of its own.
+    if (observer != nullptr) {
+        observer->improved(node, placement);
     }
 }
 
@@ -339,7 +343,7 @@ void Placer::finishSearch(const AlignmentTables& alignment) {
 
 void Placer::reportSearch() {
     // A stage that was ended too early to find anything leaves the decisions of the one before.
-    if (stageMode && (bestNode.numBlocks != 0 || !isStopped())) {
+    if (stageMode && (bestNode.numBlocks != 0 || !stop.isSet())) {
         prevBestNode = bestNode;
     }
     out << std::endl

@@ -358,7 +358,7 @@ void Placer::calcMinDistancesCombined() {
     for (unsigned i = 1; i < numBlocks; ++i) {
         tables.levelMinDistance.push_back(0.0F);  // for the terminal distance
         for (unsigned j = 0; j < i; ++j) {
-            if (isStopped()) {
+            if (stop.isSet()) {
                 tables.levelMinDistance.push_back(0.0F);  // no search will ask
                 continue;
             }

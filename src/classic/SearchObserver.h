@@ -1,5 +1,5 @@
 // What stands around the engine may learn about its searches, and say to them, by this. An engine
-// without an observer works as if there were none of it.
+// without an observer works as if there were none of it. The engine holds no lock while it calls.
 #pragma once
 
 #include <cstdint>
@@ -25,12 +25,14 @@ public:
     // How many blocks the stage after that of so many places; more than these. Main thread.
     virtual unsigned nextStage(unsigned blocks) const { return blocks + 1; }
 
-    // A new best node of the pass, and where it is aligned. From any worker, one call at a time.
+    // A new best node of the pass, and where it is aligned; both are the calling worker's and last
+    // for the call. From any worker and several at a time, so a longer node may come after a
+    // shorter one.
     virtual void improved(const BBNode& /*node*/, const WorkingPlacement& /*placement*/) {}
 
-    // From every worker now and then: the nodes that it has taken since its last call, and the
-    // share of the search tree that these have closed. All shares of a finished search add up to
-    // one. False ends the pass.
+    // From every worker now and then, several at a time: the nodes that it has taken since its last
+    // call, and the share of the search tree that these have closed. All shares of a finished
+    // search add up to one. False ends the pass.
     virtual bool worked(std::uint64_t /*nodes*/, double /*share*/) { return true; }
 };
 

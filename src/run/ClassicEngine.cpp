@@ -152,10 +152,16 @@ bool ClassicEngine::worked(std::uint64_t nodes, double share) {
 
 void ClassicEngine::improved(const BBNode& node, const WorkingPlacement& placement) {
     PassFigures& pass = passes.back();
-    if (++pass.improvements == 1) {
-        leastTime = RunClock::now() - passBegan;
+    {
+        const std::lock_guard lock(bestMutex);
+        if (pass.length && *pass.length <= node.wirelength) {
+            return;  // another worker's shorter node came first
+        }
+        if (++pass.improvements == 1) {
+            leastTime = RunClock::now() - passBegan;
+        }
+        pass.length = node.wirelength;
     }
-    pass.length = node.wirelength;
     if (node.numBlocks == design.dies.size()) {
         const Placement draft = draftOf(node, placement);
         results.offer(relationsOf(node, draft), draft, "classic search, " + pass.name);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <mutex>
 #include <optional>
 #include <stop_token>
 
@@ -48,6 +49,7 @@ private:
     std::stop_token stop;
     std::optional<RunClock::time_point> deadline;
     std::vector<PassFigures> passes;
+    std::mutex bestMutex;  // while workers live, of the last pass's best length and improvements
 
     // Of the current pass.
     std::optional<RunProgress::Phase> phase;

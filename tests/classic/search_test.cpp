@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <mutex>
 #include <thread>
 
 #include "support/helpers.h"
@@ -164,6 +165,7 @@ public:
         share = 0.0;
     }
     void improved(const BBNode& node, const WorkingPlacement&) override {
+        const std::lock_guard lock(mutex);
         lengths.push_back(node.wirelength);
     }
     bool worked(std::uint64_t taken, double closed) override {
@@ -174,7 +176,8 @@ public:
     const std::uint64_t mostNodes;
     std::atomic<std::uint64_t> nodes{0};
     std::atomic<double> share{0.0};
-    std::vector<float> lengths;
+    std::mutex mutex;
+    std::vector<float> lengths;  // mutex
 };
 
 TEST(Search, TellsAnObserverOfItsWork) {
@@ -187,8 +190,10 @@ TEST(Search, TellsAnObserverOfItsWork) {
         engine.placer.place();
         EXPECT_EQ(watcher.nodes, engine.placer.getSearchCounters()->expandedNodes);
         EXPECT_NEAR(watcher.share, 1.0, 1e-4);
-        EXPECT_EQ(watcher.lengths.back(), engine.placer.getBestNode().wirelength);
-        EXPECT_TRUE(std::is_sorted(watcher.lengths.rbegin(), watcher.lengths.rend()));
+        EXPECT_EQ(*std::min_element(watcher.lengths.begin(), watcher.lengths.end()),
+                  engine.placer.getBestNode().wirelength);
+        EXPECT_TRUE(threads > 1 ||
+                    std::is_sorted(watcher.lengths.rbegin(), watcher.lengths.rend()));
     }
 }
 

@@ -1,5 +1,5 @@
-// The base search under a run: the same tables, the same passes, silent. Every new best node of the
-// search goes to the incumbent as a legal placement.
+// The classic search under a run: the same tables, the same passes, silent. Every new best node of
+// the search goes to the incumbent as a legal placement.
 #pragma once
 
 #include <atomic>

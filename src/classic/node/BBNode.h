@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "base/BasicStructs.h"
@@ -37,7 +38,7 @@ public:
     float height = 0.0F;
     // Nodes of the same family differ in the relations of the newest block only.
     std::uint64_t family = 0;
-    float share = 1.0F;  // of the search tree, which siblings divide equally
+    float treeFraction = 1.0F;  // of the search tree, which siblings divide equally
 
     // Adds the next block of the order, without relations. A mirrored orientation is reported and
     // ends the process with status 0.
@@ -88,8 +89,11 @@ public:
     void placeAndAlign(WorkingPlacement& placement, bool areaConst, Area area) const;
 
     Orient findPrepOrient(unsigned block) const { return blocksOrients[block]; }
-    // Where block a lies relative to b; a horizontal relation wins over a vertical one. A pair
-    // without a relation is reported and ends the process with status 0.
+    // Where block a lies relative to b, if they have a relation; a horizontal one wins over a
+    // vertical one.
+    std::optional<Topology> relationOf(unsigned a, unsigned b) const;
+    // The same for a pair that must have one: else it is reported and ends the process with status
+    // 0.
     Topology findPrepTopology(unsigned a, unsigned b) const;
 
     // Reads the netlist's blocks, so bring them up to date first.
@@ -107,7 +111,7 @@ private:
         const bool aFirst = topology == Topology::L || topology == Topology::B;
         return aFirst ? Edge{axis, a, b} : Edge{axis, b, a};
     }
-    // More than the rounding of the additions along a path, of a thousand blocks even, can come to.
+    // Larger than the error that rounding can add up to along a path of a thousand blocks.
     static constexpr float kBeyondRounding = 1.0001F;
 
     const ConsraintGraphList& graph(Axis axis) const {

@@ -2,7 +2,8 @@
 // tables of lower bounds and the run's flags; the reader fills it, run() places the benchmark.
 //
 // Everything runs on the main thread but the workers of a search, which live only inside BandB(),
-// and the timer of a limited run. Netlist, tables and flags are only read while workers live.
+// and the timer of a limited run. While workers live, nothing of the engine changes but its stop
+// flags and its report stream, see SearchState.
 //
 // The sources follow the groups below: Placer.cpp (state and driver), PlacerTables.cpp (with
 // PairTrials and TerminalTrials), PlacerSearch.cpp (with the room search/), PlacerPlot.cpp.

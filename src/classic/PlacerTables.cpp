@@ -1,5 +1,5 @@
-// The pre-calculation of the search's tables of lower bounds: what two blocks, or a block and the
-// terminals, cost at the least, by trials.
+// The pre-calculation: fills the tables of lower bounds by trials of two blocks, and of a block and
+// the terminals.
 
 #include <algorithm>
 #include <limits>

@@ -108,14 +108,11 @@ float SortedVotes::stepAt(unsigned rank) {
     return direction * candidates.atRank(ascending - before);
 }
 
-// Leaves of each part what may be the estimate at the rank, and not much more. Weights grow with
-// distance more or less evenly, so a pivot is guessed from them; every third time the widest part
-// is halved, which ends whatever the weights.
+// Leaves of each part what may be the estimate at the rank, and not much more, by halving the
+// widest part. Equal estimates may stop that early, which leaves more candidates than needed.
 void SortedVotes::narrowDown(unsigned rank) {
     constexpr unsigned kFew = 4;
     constexpr unsigned kMostRounds = 64;
-    unsigned before = 0;    // weight below every `low`
-    unsigned upTo = total;  // weight below every `high`
     for (Part& part : parts) {
         part.low = part.begin;
         part.high = part.end;
@@ -128,14 +125,10 @@ void SortedVotes::narrowDown(unsigned rank) {
         if (widest.high - widest.low <= kFew || most - least <= 2 * tolerance) {
             return;
         }
-        const double share = (rank - before + 0.5) / (upTo - before);
-        const double pivot = round % 3 != 2 ? least + share * (most - least)
-                                            : widest.list.estimate((widest.low + widest.high) / 2);
-        const unsigned less = divideAt(pivot);
+        const unsigned less = divideAt(widest.list.estimate((widest.low + widest.high) / 2));
         for (Part& part : parts) {
             (rank < less ? part.high : part.low) = part.divided;
         }
-        (rank < less ? upTo : before) = less;
     }
 }
 

@@ -18,8 +18,8 @@ namespace korvel {
 
 class SortedVotes {
 public:
-    // Makes room for lists of up to `most` pairs and other votes in all, so that nothing is
-    // allocated as long as there are no more.
+    // Makes room for up to `most` lists, and as many pairs and other votes: nothing is allocated as
+    // long as there are no more.
     void reserve(std::size_t most);
     // Forgets all votes.
     void clear();
@@ -31,10 +31,10 @@ public:
     unsigned getBackward() const { return backward; }
     unsigned getStays() const { return stays; }
 
-    // Turns to the nets that want to move in that direction, and `others` that do, none of which
-    // comes from a list.
+    // Selects the nets that want to move in that direction for stepAt(). `others`: steps in that
+    // direction of nets that are in no list.
     void chooseSide(bool isForward, const StepList& others);
-    // The step at `rank` of these, positive in the direction.
+    // The step at `rank` of these, from the shortest on; positive.
     float stepAt(unsigned rank);
 
 private:

@@ -1,5 +1,11 @@
 // The vote of many nets about one step, and the choice of that step, along both axes. Shared by
 // the block alignment, the alignment to terminals and the trials of the pre-calculation.
+//
+// Why the middle: each net that wants to move says how far, and the sum of distances to a number of
+// points is least at their median. So the group moves to the side that more nets want, by the
+// middle of what they want; each net that wants the other side, or to stay, cancels the largest of
+// these steps. Other nets do not change while the group moves by no more than a free distance: each
+// one whose distance the step would pass counts against the majority too.
 #pragma once
 
 #include <span>

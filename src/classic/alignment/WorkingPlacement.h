@@ -1,5 +1,5 @@
-// One worker's placement in the making: where the blocks of the node at hand and their pins lie,
-// and what their nets want. Belongs to one thread; nothing here allocates while searching.
+// A worker's own placement: where the blocks of the node at hand and their pins lie, and what their
+// nets want. Belongs to one thread; nothing here allocates while searching.
 //
 // Use: start() with the number of placed blocks, place() each of them, then ask for wanted steps,
 // move blocks and measure.
@@ -38,7 +38,8 @@ public:
     // The common step that the nets to terminals ask for.
     Point wantedStepToTerminals();
 
-    // Moves the bodies of that block index.
+    // Moves the block with that index; in a netlist of separate pieces several may have it, or
+    // none.
     void moveBlock(unsigned index, Point distance);
     // Moves all placed blocks.
     void moveAll(Point distance);

@@ -18,17 +18,17 @@ float along(Point p, unsigned axis) {
     return axis == kX ? p.x : p.y;
 }
 
-// Items whose last body is placed come first; returns how many those are, by number of placed
-// blocks.
-template <typename Items, typename LastBody>
-std::vector<unsigned> sortByPlaced(Items& items, unsigned numBlocks, const LastBody& lastBody) {
+// Sorts items by the body that must be placed for them to count, and returns how many count, by
+// number of placed blocks.
+template <typename Items, typename NeededBody>
+std::vector<unsigned> sortByPlaced(Items& items, unsigned numBlocks, const NeededBody& neededBody) {
     std::stable_sort(items.begin(), items.end(),
-                     [&](const auto& a, const auto& b) { return lastBody(a) < lastBody(b); });
+                     [&](const auto& a, const auto& b) { return neededBody(a) < neededBody(b); });
     std::vector<unsigned> counts;
     for (unsigned placed = 0; placed <= numBlocks; ++placed) {
         counts.push_back(
             static_cast<unsigned>(std::count_if(items.begin(), items.end(), [&](const auto& item) {
-                return lastBody(item) <= placed;
+                return neededBody(item) <= placed;
             })));
     }
     return counts;
@@ -36,15 +36,14 @@ std::vector<unsigned> sortByPlaced(Items& items, unsigned numBlocks, const LastB
 
 }  // namespace
 
-// Outermost pins of a net on one body.
+// The outermost pins of a net on one body, from the body's corner.
 struct LengthNets::Member {
     float low[kAxes][kUnmirroredOrients];
     float high[kAxes][kUnmirroredOrients];
 };
 
-// By body, ascending.
 struct LengthNets::BoxNet {
-    std::map<unsigned, Member> members;
+    std::map<unsigned, Member> members;  // by body
 };
 
 LengthNets::LengthNets(const Netlist& netlist, unsigned numBlocks)
@@ -60,7 +59,7 @@ LengthNets::LengthNets(const Netlist& netlist, unsigned numBlocks)
             boxes.push_back(std::move(box));
         }
     }
-    for (const korvel::PairGroup& pairs : groupPairs(netlist, bodies)) {
+    for (const PairGroup& pairs : groupPairs(netlist, bodies)) {
         if (pairs.first != pairs.second) {
             addPairs(pairs);
         }
@@ -71,13 +70,13 @@ LengthNets::LengthNets(const Netlist& netlist, unsigned numBlocks)
     spreadBoxes(boxes);
 }
 
-void LengthNets::addPairs(const korvel::PairGroup& pairs) {
-    PairGroup& group = groupOf(pairs.first, pairs.second);
+void LengthNets::addPairs(const PairGroup& pairs) {
+    GroupLength& group = groupOf(pairs.first, pairs.second);
     for (const auto& [first, second] : pairs.joints) {
         for (unsigned f = 0; f < kUnmirroredOrients; ++f) {
             for (unsigned s = 0; s < kUnmirroredOrients; ++s) {
                 for (const Axis axis : {kX, kY}) {
-                    group.pointsByOrients[pointsIndex(axis, f, s)].at.push_back(
+                    group.lengths[lengthIndex(axis, f, s)].breakpoints.push_back(
                         double{along(placeOf(*first, f), axis)} -
                         double{along(placeOf(*second, s), axis)});
                 }
@@ -86,36 +85,38 @@ void LengthNets::addPairs(const korvel::PairGroup& pairs) {
     }
 }
 
-LengthNets::PairGroup& LengthNets::groupOf(unsigned first, unsigned second) {
+LengthNets::GroupLength& LengthNets::groupOf(unsigned first, unsigned second) {
     const auto known = std::find_if(
         pairGroups.begin(), pairGroups.end(),
-        [&](const PairGroup& group) { return group.first == first && group.second == second; });
+        [&](const GroupLength& group) { return group.first == first && group.second == second; });
     if (known != pairGroups.end()) {
         return *known;
     }
-    PairGroup& group = pairGroups.emplace_back();
+    GroupLength& group = pairGroups.emplace_back();
     group.first = first;
     group.second = second;
-    group.pointsByOrients.resize(std::size_t{kAxes} * kUnmirroredOrients * kUnmirroredOrients);
+    group.lengths.resize(std::size_t{kAxes} * kUnmirroredOrients * kUnmirroredOrients);
     return group;
 }
 
 void LengthNets::finishPairs() {
-    for (PairGroup& group : pairGroups) {
-        for (PairGroup::Points& points : group.pointsByOrients) {
-            std::sort(points.at.begin(), points.at.end());
-            points.values.push_back(std::accumulate(points.at.begin(), points.at.end(), 0.0));
-            for (const double at : points.at) {
-                points.values.push_back(points.values.back() - at);
-                points.values.push_back(points.values.back() - at);
+    for (GroupLength& group : pairGroups) {
+        for (PairLength& length : group.lengths) {
+            std::vector<double>& breakpoints = length.breakpoints;
+            std::sort(breakpoints.begin(), breakpoints.end());
+            double intercept = std::accumulate(breakpoints.begin(), breakpoints.end(), 0.0);
+            length.intercepts.push_back(intercept);
+            for (const double breakpoint : breakpoints) {
+                length.intercepts.push_back(intercept -= breakpoint);
+                length.intercepts.push_back(intercept -= breakpoint);
             }
         }
     }
-    groupNums =
-        sortByPlaced(pairGroups, bodyNum - 1, [](const PairGroup& group) { return group.second; });
+    groupNums = sortByPlaced(pairGroups, bodyNum - 1,
+                             [](const GroupLength& group) { return group.second; });
     groupsBetween.assign(std::size_t{bodyNum} * bodyNum, kNoGroup);
     for (unsigned g = 0; g < pairGroups.size(); ++g) {
-        const PairGroup& group = pairGroups[g];
+        const GroupLength& group = pairGroups[g];
         groupsBetween[group.first * bodyNum + group.second] = g;
         groupsBetween[group.second * bodyNum + group.first] = g;
     }
@@ -166,7 +167,7 @@ void LengthNets::spreadBoxes(std::vector<BoxNet>& boxes) {
     }
 }
 
-// The net counts with its terminals alone until the first of its blocks is placed.
+// Until the first of its blocks is placed, a net is as long as its terminals are apart.
 void LengthNets::addTerminals(const Net& net, const Bodies& bodies) {
     constexpr float kMost = std::numeric_limits<float>::max();
     Point low{kMost, kMost};

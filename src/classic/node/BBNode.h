@@ -1,7 +1,13 @@
 // A node of the search tree: a partial placement of the first blocks of the block order. It holds
 // their orientations and their relations, as edges of two constraint graphs; coordinates are
-// written into a worker's placement when the node is estimated or reported, and the heuristics that
-// slide the blocks toward their nets work on that.
+// written into a worker's placement when the node is estimated or reported, and the alignment
+// slides the blocks toward their nets there.
+//
+// Why alignment: the graphs say how far left and down each block can lie, and its nets would often
+// have it further right or up. First all blocks move together toward the terminals; then, in up to
+// three rounds, each block moves as its nets vote (StepVotes), as far as its neighbours and the
+// area allow. It is a heuristic: a block cannot push others away, and what it ends with depends on
+// the order of the blocks.
 //
 // A node is a value. It is worked on by one thread at a time, which passes its own placement.
 // Copying a node into one that was as large before allocates nothing.
@@ -36,7 +42,7 @@ public:
     float remaining = 0.0F;  // lower bound on the wirelength still to come
     float width = 0.0F;
     float height = 0.0F;
-    // Nodes of the same family differ in the relations of the newest block only.
+    // Nodes of the same family differ in the relations of their newest block only.
     std::uint64_t family = 0;
     float treeFraction = 1.0F;  // of the search tree, which siblings divide equally
 

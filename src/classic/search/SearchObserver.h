@@ -1,5 +1,5 @@
-// What stands around the engine may learn about its searches, and say to them, by this. An engine
-// without an observer works as if there were none of it. The engine holds no lock while it calls.
+// How code around the engine follows its searches and ends them. The engine holds no lock while it
+// calls its observer.
 #pragma once
 
 #include <cstdint>

@@ -70,23 +70,21 @@ int Placer::run() {
 
 void Placer::runMode() {
     if (params.getAreaConst()) {
-        calcUtilization();
+        printUtilization();
     }
     if (numBlocks > kMostBlocksInOnePass) {
         runStages();
-    } else if (initialPlacement) {
-        runInitialAndMain();
     } else {
-        runPlain();
+        runInitialAndMain();
     }
 }
 
-void Placer::calcUtilization() {
+void Placer::printUtilization() {
     float blockArea = 0.0F;
     for (const Block& block : netlist.blocks) {
         blockArea += block.getArea();
     }
-    utilization = blockArea / (params.getDieWidth() * params.getDieHight());
+    const float utilization = blockArea / (params.getDieWidth() * params.getDieHight());
     out << std::endl << "Utilization: " << utilization << std::endl;
 }
 
@@ -103,9 +101,9 @@ void Placer::runStages() {
         banner("===   Blocks placement for " + std::to_string(numBlocks) + " blocks  ===");
         place();
         banner("===   End   ===");
-        prevNumBlocks = numBlocks;
+        previousStage.numBlocks = numBlocks;
+        previousStage.levels = numBlocks * (numBlocks + 1) >> 1U;
         ++numBlocks;
-        prevLevels = prevNumBlocks * (prevNumBlocks + 1) >> 1U;
     }
     printRuntime(out, millisecondsSince(start));
 }
@@ -133,15 +131,6 @@ void Placer::runInitialAndMain() {
     writeStatistics(" || runtime: " + runtimeText(milliseconds) + "\n");
 }
 
-void Placer::runPlain() {
-    banner("===   Blocks placement   ===");
-    const Clock::time_point start = Clock::now();
-    ordering();
-    place();
-    banner("===   End   ===");
-    printRuntime(out, millisecondsSince(start));
-}
-
 // The pieces of one run, appended one by one, make one line.
 void Placer::writeStatistics(const std::string& text) {
     if (!statistics) {
@@ -160,7 +149,6 @@ void Placer::place() {
     if (observer != nullptr) {
         observer->passBegins(numBlocks);
     }
-    levelCutFactor = static_cast<float>(1.0 / (numBlocks + 1));
     banner("==   Pre-Calculations for B&B   ==");
     calcMinDistancesCombined();
     minimalOrintationalPairsCalc();
@@ -175,7 +163,6 @@ void Placer::place() {
 }
 
 void Placer::ordering() {
-    knownPairCosts.clear();
     out << "Perform ordering ..." << std::endl << std::endl;
     std::vector<Block>& blocks = netlist.blocks;
     UndirectedGraph graph(numBlocks);

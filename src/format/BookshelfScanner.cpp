@@ -263,7 +263,7 @@ Corner<Number> BookshelfScanner::corner(const char* passing) {
     skipPast(',');
     corner.y = number<Number>();
     if (isStrict()) {
-        skipPast(')');  // what the base reader never looks for
+        skipPast(')');  // what the classic reader never looks for
     }
     return corner;
 }

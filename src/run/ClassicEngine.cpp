@@ -27,23 +27,6 @@ float lengthToBeat(const Design& design, const std::optional<Placement>& start) 
     return static_cast<float>(kRoundUp * wirelength(betweenDies, *start));
 }
 
-// Where block a of a node lies to block b.
-std::optional<Topology> relationOf(const BBNode& node, unsigned a, unsigned b) {
-    if (node.horizontalGraph.getOutcomingEdges(a).contains(b)) {
-        return Topology::L;
-    }
-    if (node.horizontalGraph.getIncomingEdges(a).contains(b)) {
-        return Topology::R;
-    }
-    if (node.verticalGraph.getOutcomingEdges(a).contains(b)) {
-        return Topology::B;
-    }
-    if (node.verticalGraph.getIncomingEdges(a).contains(b)) {
-        return Topology::A;
-    }
-    return std::nullopt;
-}
-
 }  // namespace
 
 ClassicEngine::ClassicEngine(const Design& design, Region region, const RunOptions& options,
@@ -119,7 +102,7 @@ Relations ClassicEngine::relationsOf(const BBNode& node, const Placement& draft)
     Relations relations = Relations::of(design, draft);
     for (unsigned a = 1; a < node.numBlocks; ++a) {
         for (unsigned b = 0; b < a; ++b) {
-            if (const auto topology = relationOf(node, a, b)) {
+            if (const auto topology = node.relationOf(a, b)) {
                 relations.set(dieOf(a), dieOf(b), *topology);
             }
         }

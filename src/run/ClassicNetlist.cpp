@@ -1,5 +1,7 @@
 #include "run/ClassicNetlist.h"
 
+#include "classic/netlist/NetlistBuilder.h"
+
 namespace korvel {
 
 namespace {
@@ -29,25 +31,6 @@ void loadBodies(Netlist& netlist, const Design& design) {
     }
 }
 
-void loadPin(Netlist& netlist, const Design& design, const Design::Pin& from, Net& net) {
-    const bool isDie = design.isDie(from.body);
-    Block& owner =
-        isDie ? netlist.blocks[from.body] : netlist.terminals[from.body - design.dies.size()];
-    Point offset;
-    if (isDie) {
-        const Extent size = design.dies[from.body].size;
-        offset = {fraction(from.offset.x, size.width), fraction(from.offset.y, size.height)};
-    }
-    Pin& pin = netlist.pins.emplace_back(
-        static_cast<int>(netlist.pins.size()), kBothWays, owner.getCoord(), offset, !isDie,
-        owner.getWidth(), owner.getHeight(), static_cast<unsigned>(owner.getIndex()), &net);
-    if (!isDie) {
-        pin.setPlaced();
-    }
-    owner.addPin(&pin);
-    net.addPin(&pin);
-}
-
 std::size_t countPins(const Design& design) {
     std::size_t number = 0;
     for (const Design::Net& net : design.nets) {
@@ -56,17 +39,26 @@ std::size_t countPins(const Design& design) {
     return number;
 }
 
-// Nets and pins point to one another, so that their arrays must not grow later.
-void loadNets(Netlist& netlist, const Design& design) {
-    netlist.nets.reserve(design.nets.size());
-    netlist.pins.reserve(countPins(design));
-    for (const Design::Net& from : design.nets) {
-        Net& net = netlist.nets.emplace_back(static_cast<unsigned>(netlist.nets.size()),
-                                             static_cast<unsigned>(from.pins.size()));
-        for (const Design::Pin& pin : from.pins) {
-            loadPin(netlist, design, pin, net);
+void loadPin(NetlistBuilder& builder, Netlist& netlist, const Design& design,
+             const Design::Pin& pin) {
+    if (!design.isDie(pin.body)) {
+        builder.addTerminalPin(netlist.terminals[pin.body - design.dies.size()], kBothWays);
+        return;
+    }
+    const Extent size = design.dies[pin.body].size;
+    builder.addBlockPin(netlist.blocks[pin.body], kBothWays,
+                        {fraction(pin.offset.x, size.width), fraction(pin.offset.y, size.height)});
+}
+
+void loadNets(Netlist& netlist, const Design& design, std::ostream& report) {
+    NetlistBuilder builder(netlist, design.nets.size(), countPins(design));
+    for (const Design::Net& net : design.nets) {
+        builder.addNet(static_cast<unsigned>(net.pins.size()), net.pins.size());
+        for (const Design::Pin& pin : net.pins) {
+            loadPin(builder, netlist, design, pin);
         }
     }
+    builder.finish(report);
 }
 
 }  // namespace
@@ -78,12 +70,9 @@ void loadDesign(Placer& placer, const Design& design, Region region) {
     placer.setBlockNum(static_cast<unsigned>(design.dies.size()));
     placer.setTermNum(static_cast<unsigned>(design.terminals.size()));
     loadBodies(placer.netlist, design);
-    loadNets(placer.netlist, design);
+    loadNets(placer.netlist, design, placer.report());
     placer.setNetNum(static_cast<unsigned>(placer.netlist.nets.size()));
     placer.setPinNum(static_cast<unsigned>(placer.netlist.pins.size()));
-    for (Block& block : placer.netlist.blocks) {
-        block.findNetsIndexes(placer.report());
-    }
 }
 
 }  // namespace korvel

@@ -281,5 +281,24 @@ TEST(Search, StagesLeaveLaterDiesAlone) {
     EXPECT_GT(placer.getBestNode().wirelength, 0);
 }
 
+TEST(Branching, ChildrenAreSortedAndTiesHaveAFixedOrder) {
+    using Three = std::array<unsigned, 3>;
+    using Four = std::array<unsigned, 4>;
+    EXPECT_EQ(Placer::sortThreeNodes({5, 3, 3}), (Three{1, 2, 0}));
+    EXPECT_EQ(Placer::sortThreeNodes({4, 4, 4}), (Three{0, 1, 2}));
+    EXPECT_EQ(Placer::sortFourNodes({4, 4, 4, 4}), (Four{3, 0, 1, 2}));
+    for (unsigned code = 0; code < 256; ++code) {
+        const std::array<float, 4> keys = {float(code & 3U), float(code >> 2U & 3U),
+                                           float(code >> 4U & 3U), float(code >> 6U)};
+        const Three three = Placer::sortThreeNodes(keys);
+        const Four four = Placer::sortFourNodes(keys);
+        EXPECT_EQ(std::set<unsigned>(three.begin(), three.end()).size(), 3U);
+        EXPECT_EQ(std::set<unsigned>(four.begin(), four.end()).size(), 4U);
+        const auto less = [&keys](unsigned a, unsigned b) { return keys[a] < keys[b]; };
+        EXPECT_TRUE(std::is_sorted(three.begin(), three.end(), less)) << code;
+        EXPECT_TRUE(std::is_sorted(four.begin(), four.end(), less)) << code;
+    }
+}
+
 }  // namespace
 }  // namespace korvel::test

@@ -142,9 +142,6 @@ inline int read(Placer& placer, const std::string& blocks, const std::string& pl
     } catch (const ProcessEnd& end) {
         return end.status;
     }
-    for (Block& block : placer.netlist.blocks) {
-        block.findNetsIndexes();
-    }
     return -1;
 }
 

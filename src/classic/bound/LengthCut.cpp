@@ -8,7 +8,7 @@ void OrientedNets::orient(const LengthNets& nets, const std::vector<Orient>& blo
         orients.push_back(orientIndex(orient));
     }
     pairLengths.clear();
-    for (const LengthNets::PairGroup& group :
+    for (const LengthNets::GroupLength& group :
          nets.groups(static_cast<unsigned>(blockOrients.size()))) {
         pairLengths.push_back(&group.length(axis, orients[group.first], orients[group.second]));
     }
@@ -16,7 +16,7 @@ void OrientedNets::orient(const LengthNets& nets, const std::vector<Orient>& blo
 
 LengthCut::LengthCut(const LengthNets& nets, Axis axis, unsigned placed)
     : boxParts(std::size_t{placed + 1} * kUnmirroredOrients, 0.0) {
-    for (const LengthNets::PairGroup& group : nets.groups(placed)) {
+    for (const LengthNets::GroupLength& group : nets.groups(placed)) {
         slopeSteps.push_back(static_cast<unsigned>(group.size()));
     }
     for (unsigned n = 0; n < nets.boxNum(placed); ++n) {

@@ -48,13 +48,20 @@ struct LengthNets::BoxNet {
 
 LengthNets::LengthNets(const Netlist& netlist, unsigned numBlocks)
     : bodyNum(numBlocks + 1), netNum(netlist.nets.size()), terminalLengths(numBlocks + 1, 0.0) {
+    const Bodies bodies(netlist, numBlocks);
     std::vector<BoxNet> boxes;
     for (const Net& net : netlist.nets) {
-        addTerminals(net);
-        if (net.getDeclaredDegree() == 2 && net.getNetDegree() == 2) {
-            addPair(net.getPins()[0], net.getPins()[1]);
-        } else if (BoxNet box = boxOf(net); box.members.size() > 1) {
+        addTerminals(net, bodies);
+        if (isPair(net)) {
+            continue;
+        }
+        if (BoxNet box = boxOf(net, bodies); box.members.size() > 1) {
             boxes.push_back(std::move(box));
+        }
+    }
+    for (const PairGroup& pairs : groupPairs(netlist, bodies)) {
+        if (pairs.first != pairs.second) {
+            addPairs(pairs);
         }
     }
     finishPairs();
@@ -63,42 +70,29 @@ LengthNets::LengthNets(const Netlist& netlist, unsigned numBlocks)
     spreadBoxes(boxes);
 }
 
-// Blocks that the search does not place share one number beyond the others.
-unsigned LengthNets::bodyOf(const Pin& pin) const {
-    if (pin.isTerminal()) {
-        return kTerminals;
-    }
-    const unsigned block = pin.getBlockIndex();
-    return block < bodyNum - 1 ? block + 1 : bodyNum;
-}
-
-void LengthNets::addPair(const Pin* first, const Pin* second) {
-    if (bodyOf(*second) < bodyOf(*first)) {
-        std::swap(first, second);
-    }
-    if (bodyOf(*first) == bodyOf(*second) || bodyOf(*second) == bodyNum) {
-        return;
-    }
-    PairGroup& group = groupOf(bodyOf(*first), bodyOf(*second));
-    for (unsigned f = 0; f < kUnmirroredOrients; ++f) {
-        for (unsigned s = 0; s < kUnmirroredOrients; ++s) {
-            for (const Axis axis : {kX, kY}) {
-                group.lengths[lengthIndex(axis, f, s)].breakpoints.push_back(
-                    double{along(placeOf(*first, f), axis)} -
-                    double{along(placeOf(*second, s), axis)});
+void LengthNets::addPairs(const PairGroup& pairs) {
+    GroupLength& group = groupOf(pairs.first, pairs.second);
+    for (const auto& [first, second] : pairs.joints) {
+        for (unsigned f = 0; f < kUnmirroredOrients; ++f) {
+            for (unsigned s = 0; s < kUnmirroredOrients; ++s) {
+                for (const Axis axis : {kX, kY}) {
+                    group.lengths[lengthIndex(axis, f, s)].breakpoints.push_back(
+                        double{along(placeOf(*first, f), axis)} -
+                        double{along(placeOf(*second, s), axis)});
+                }
             }
         }
     }
 }
 
-LengthNets::PairGroup& LengthNets::groupOf(unsigned first, unsigned second) {
+LengthNets::GroupLength& LengthNets::groupOf(unsigned first, unsigned second) {
     const auto known = std::find_if(
         pairGroups.begin(), pairGroups.end(),
-        [&](const PairGroup& group) { return group.first == first && group.second == second; });
+        [&](const GroupLength& group) { return group.first == first && group.second == second; });
     if (known != pairGroups.end()) {
         return *known;
     }
-    PairGroup& group = pairGroups.emplace_back();
+    GroupLength& group = pairGroups.emplace_back();
     group.first = first;
     group.second = second;
     group.lengths.resize(std::size_t{kAxes} * kUnmirroredOrients * kUnmirroredOrients);
@@ -106,7 +100,7 @@ LengthNets::PairGroup& LengthNets::groupOf(unsigned first, unsigned second) {
 }
 
 void LengthNets::finishPairs() {
-    for (PairGroup& group : pairGroups) {
+    for (GroupLength& group : pairGroups) {
         for (PairLength& length : group.lengths) {
             std::vector<double>& breakpoints = length.breakpoints;
             std::sort(breakpoints.begin(), breakpoints.end());
@@ -118,21 +112,21 @@ void LengthNets::finishPairs() {
             }
         }
     }
-    groupNums =
-        sortByPlaced(pairGroups, bodyNum - 1, [](const PairGroup& group) { return group.second; });
+    groupNums = sortByPlaced(pairGroups, bodyNum - 1,
+                             [](const GroupLength& group) { return group.second; });
     groupsBetween.assign(std::size_t{bodyNum} * bodyNum, kNoGroup);
     for (unsigned g = 0; g < pairGroups.size(); ++g) {
-        const PairGroup& group = pairGroups[g];
+        const GroupLength& group = pairGroups[g];
         groupsBetween[group.first * bodyNum + group.second] = g;
         groupsBetween[group.second * bodyNum + group.first] = g;
     }
 }
 
-LengthNets::BoxNet LengthNets::boxOf(const Net& net) const {
+LengthNets::BoxNet LengthNets::boxOf(const Net& net, const Bodies& bodies) {
     BoxNet box;
     for (const Pin* pin : net.getPins()) {
-        const unsigned body = bodyOf(*pin);
-        if (body == bodyNum) {
+        const unsigned body = bodies.of(*pin);
+        if (body == bodies.neverPlaced()) {
             continue;
         }
         const auto [found, isNew] = box.members.emplace(body, Member{});
@@ -174,7 +168,7 @@ void LengthNets::spreadBoxes(std::vector<BoxNet>& boxes) {
 }
 
 // Until the first of its blocks is placed, a net is as long as its terminals are apart.
-void LengthNets::addTerminals(const Net& net) {
+void LengthNets::addTerminals(const Net& net, const Bodies& bodies) {
     constexpr float kMost = std::numeric_limits<float>::max();
     Point low{kMost, kMost};
     Point high{-kMost, -kMost};
@@ -182,7 +176,7 @@ void LengthNets::addTerminals(const Net& net) {
     bool hasTerminal = false;
     for (const Pin* pin : net.getPins()) {
         if (!pin->isTerminal()) {
-            firstBlock = std::min(firstBlock, bodyOf(*pin));
+            firstBlock = std::min(firstBlock, bodies.of(*pin));
             continue;
         }
         hasTerminal = true;

@@ -1,5 +1,5 @@
 // The nets as the bound on their length needs them: where the outermost pins of each net lie on
-// each body, by orientation. A body is a block or all terminals together, which never move.
+// each body, by orientation. Bodies and their numbers: see Bodies.h.
 //
 // Worked out once for all searches with as many blocks, then read by all workers. Lengths are in
 // the unit of the netlist.
@@ -11,15 +11,12 @@
 
 #include "base/Axis.h"
 #include "base/VertexSet.h"
-#include "classic/netlist/Netlist.h"
+#include "classic/netlist/PairGroups.h"
 
 namespace korvel {
 
 class LengthNets {
 public:
-    // Block b is body b + 1, so the bodies of a partial placement are the first ones.
-    static constexpr unsigned kTerminals = 0;
-
     // For the first numBlocks blocks in their final order.
     LengthNets(const Netlist& netlist, unsigned numBlocks);
 
@@ -45,7 +42,7 @@ public:
     }
     unsigned getWordNum() const { return wordNum; }
 
-    // --- Pair groups: the nets of two pins (declared and found) between the same two bodies ----
+    // --- Pair groups (see PairGroups.h) --------------------------------------------------------
 
     // The length of a pair group along an axis, as a function of d, the position of the second body
     // minus that of the first: the sum of |d - breakpoint| over its n nets. It is convex and
@@ -57,7 +54,7 @@ public:
         std::vector<double> breakpoints;  // ascending
         std::vector<double> intercepts;
     };
-    struct PairGroup {
+    struct GroupLength {
         unsigned first;                   // body
         unsigned second;                  // body, of a larger number
         std::vector<PairLength> lengths;  // by axis and orientations
@@ -71,7 +68,7 @@ public:
     static constexpr unsigned kNoGroup = ~0U;
 
     // Those of which both bodies are placed.
-    std::span<const PairGroup> groups(unsigned placed) const {
+    std::span<const GroupLength> groups(unsigned placed) const {
         return {pairGroups.data(), groupNums[placed]};
     }
     // Position of the group between two bodies, in either order, or kNoGroup.
@@ -96,18 +93,17 @@ private:
         return ((std::size_t{axis} * bodyNum + body) * kUnmirroredOrients + orient) *
                firstBodies.size();
     }
-    unsigned bodyOf(const Pin& pin) const;
-    PairGroup& groupOf(unsigned first, unsigned second);
-    void addPair(const Pin* first, const Pin* second);
+    GroupLength& groupOf(unsigned first, unsigned second);
+    void addPairs(const PairGroup& pairs);
     void finishPairs();
-    BoxNet boxOf(const Net& net) const;
+    static BoxNet boxOf(const Net& net, const Bodies& bodies);
     void spreadBoxes(std::vector<BoxNet>& boxes);
-    void addTerminals(const Net& net);
+    void addTerminals(const Net& net, const Bodies& bodies);
 
     unsigned bodyNum;
     unsigned wordNum = 1;  // of a set of box nets
     std::size_t netNum;
-    std::vector<PairGroup> pairGroups;
+    std::vector<GroupLength> pairGroups;
     std::vector<unsigned> groupsBetween;    // by first and second body
     std::vector<unsigned> firstBodies;      // by box net
     std::vector<float> lows;                // rows by axis, body and orientation; in it by box net

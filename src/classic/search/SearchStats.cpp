@@ -1,4 +1,4 @@
-#include "classic/SearchStats.h"
+#include "classic/search/SearchStats.h"
 
 #include <fstream>
 #include <iomanip>
@@ -27,6 +27,16 @@ double peakMegabytes() {
 }
 
 }  // namespace
+
+void SearchCounters::add(const SearchCounters& other) {
+    expandedNodes += other.expandedNodes;
+    sortedNodes += other.sortedNodes;
+    closedFraction += other.closedFraction;
+    for (std::size_t level = 0; level < prunedByBound.size(); ++level) {
+        prunedByBound[level] += other.prunedByBound[level];
+        cutAtBranching[level] += other.cutAtBranching[level];
+    }
+}
 
 void printSearchStats(std::ostream& out, const std::string& pass, const SearchCounters& counters,
                       std::chrono::duration<double> time) {

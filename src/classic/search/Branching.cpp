@@ -1,19 +1,14 @@
-// Branching: a kept node's children. A block gets its orientation first, then its relation to each
-// earlier block, one per level. Children are tested before they are made, so that one that the
-// bound cuts costs a table look-up, and one without room little more.
+#include "classic/search/Branching.h"
 
 #include <algorithm>
 #include <cstdlib>
-
-#include "base/Invariant.h"
-#include "classic/Placer.h"
 
 namespace korvel {
 
 namespace {
 
 constexpr unsigned kMostChildren = 4;
-constexpr float kLeastShare = 1e-30F;
+constexpr float kLeastFraction = 1e-30F;
 
 // The children of one node, before they are made: what is chosen, and where they belong in the
 // order of exploration.
@@ -40,14 +35,14 @@ struct Children {
         rejectedNum = num;
     }
 
-    // What each gets of the node's share of the tree. Nothing where it would be next to nothing:
-    // the smallest numbers of all are slow to reckon with.
-    float shareOfEach(float share) const {
-        return share > kLeastShare ? share / static_cast<float>(num) : 0.0F;
+    // What each gets of the node's fraction of the tree. Nothing where it would be next to nothing:
+    // the smallest floats of all are slow to calculate with.
+    float fractionOfEach(float fraction) const {
+        return fraction > kLeastFraction ? fraction / static_cast<float>(num) : 0.0F;
     }
-    // Part of the node's share that no child is left for.
-    float closedShare(float share) const {
-        return num == 0 ? share : shareOfEach(share) * static_cast<float>(rejectedNum);
+    // What of the node's fraction no child is left for.
+    float closedFraction(float fraction) const {
+        return num == 0 ? fraction : fractionOfEach(fraction) * static_cast<float>(rejectedNum);
     }
 
     // Puts the children in the place of the top node, the smallest key topmost; `make` makes each
@@ -80,12 +75,12 @@ private:
                 }
                 break;
             case 3: {
-                const auto three = Placer::sortThreeNodes(keys);
+                const auto three = Branching::sortThreeNodes(keys);
                 std::copy(three.begin(), three.end(), order.begin());
                 break;
             }
             case 4:
-                order = Placer::sortFourNodes(keys);
+                order = Branching::sortFourNodes(keys);
                 break;
             default:
                 break;
@@ -94,7 +89,7 @@ private:
     }
 };
 
-// Counts children that estimateNode would reject for certain, whatever the best wirelength is by
+// Counts children that the estimator would reject for certain, whatever the best wirelength is by
 // then, as if it had. They are not made: most children have no room, and what costs most about them
 // is to copy and take a node.
 void countRejected(SearchCounters& counters, unsigned level, unsigned number, unsigned sorted) {
@@ -105,125 +100,121 @@ void countRejected(SearchCounters& counters, unsigned level, unsigned number, un
 
 }  // namespace
 
-void Placer::branch(NodeStack& stack, float bestWL, SearchWorker& worker) const {
+Branching::Branching(const SearchSetting& setting)
+    : setting(setting),
+      estimator(setting.areaConst, setting.area),
+      levelCutFactor(static_cast<float>(1.0 / (setting.numBlocks + 1))) {}
+
+void Branching::branch(NodeStack& stack, float bestWL, SearchWorker& worker) const {
     const BBNode& node = stack.top();
     if (node.isBlockComplete()) {
         branchOrientations(stack, bestWL, worker.counters);
     } else if (node.definedNodes > node.numBlocks - 1) {
         std::cout << "ERROR: Inadmissible value curBlockTotal or curBlockDef // Placer::branchingBB"
                   << std::endl
-                  << "false numBlocks: " << numBlocks << std::endl;
+                  << "false numBlocks: " << setting.numBlocks << std::endl;
         std::exit(0);
     } else {
         branchTopologies(stack, bestWL, worker);
     }
 }
 
-// In staged mode the levels that the previous stage covered follow its best node, where it has an
-// answer.
-bool Placer::isSteered(const BBNode& node) const {
-    return prevNumBlocks != 0 && node.blockLevel <= prevLevels;
-}
-
-std::optional<Orient> Placer::steeredOrient(const BBNode& node, unsigned block) const {
-    if (isSteered(node) && block < prevBestNode.numBlocks) {
-        return prevBestNode.findPrepOrient(block);
-    }
-    return std::nullopt;
-}
-
-std::optional<Topology> Placer::steeredTopology(const BBNode& node, unsigned a, unsigned b) const {
-    if (isSteered(node) && a < prevBestNode.numBlocks) {
-        return prevBestNode.findPrepTopology(a, b);
-    }
-    return std::nullopt;
-}
-
 // The least that the relations of block `next`, and all later blocks, add when it takes `orient`.
-float Placer::remainingDistance(const BBNode& node, unsigned next, Orient orient) const {
-    float sum = tables.remainingAfter(next);
+float Branching::remainingDistance(const BBNode& node, unsigned next, Orient orient) const {
+    float sum = setting.bounds.remainingAfter(next);
     for (unsigned j = next; j-- > 0;) {
-        sum += tables.minOrientPairDist(next, j, orient, node.blocksOrients[j]);
+        sum += setting.bounds.minOrientPairDist(next, j, orient, node.blocksOrients[j]);
     }
     return sum;
 }
 
-void Placer::branchOrientations(NodeStack& stack, float bestWL, SearchCounters& counters) const {
+void Branching::branchOrientations(NodeStack& stack, float bestWL, SearchCounters& counters) const {
     const BBNode& node = stack.top();
     const unsigned next = node.numBlocks;
-    const std::optional<Orient> steered = steeredOrient(node, next);
+    const std::optional<Orient> decided = setting.previous.orientFor(node, next);
     Children<Orient> children;
     for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
         const auto orient = static_cast<Orient>(o);
-        if (steered && *steered != orient) {
+        if (decided && *decided != orient) {
             continue;
         }
-        const float termDist = tables.minTermDist[kUnmirroredOrients * next + o];
+        const float termDist = setting.bounds.minTermDist[kUnmirroredOrients * next + o];
         if (next != 0 && bestWL < termDist + remainingDistance(node, next, orient)) {
             continue;
         }
-        const float wirelength = numTerms != 0 ? node.wirelength + termDist : node.wirelength;
+        const float wirelength =
+            setting.hasTerminals ? node.wirelength + termDist : node.wirelength;
         children.add(orient, wirelength, wirelength);
     }
-    counters.closedShare += children.closedShare(node.share);
-    const float share = children.shareOfEach(node.share);
+    counters.closedFraction += children.closedFraction(node.treeFraction);
+    const float fraction = children.fractionOfEach(node.treeFraction);
     children.replaceTop(stack, [&](BBNode& child, Orient orient) {
-        child.addBlock(orient, netlist);
+        child.addBlock(orient, setting.netlist);
         ++child.blockLevel;
         child.definedNodes = 0;
-        child.share = share;
+        child.treeFraction = fraction;
     });
 }
 
-void Placer::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& worker) const {
+void Branching::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& worker) const {
     const BBNode& node = stack.top();
     const unsigned a = node.numBlocks - 1;
     const unsigned b = node.definedNodes;
     const FamilyBounds::RelationBounds& bounds = worker.familyBounds.nextRelation(node);
     const bool completes = b + 1 == a;
-    const std::optional<Topology> steered = steeredTopology(node, a, b);
+    const std::optional<Topology> decided = setting.previous.topologyFor(node, a, b);
     Children<Topology> children;
     for (unsigned t = 0; t < static_cast<unsigned>(Topology::LAST); ++t) {
+        // 1. A stage repeats what the one before has decided.
         const auto topology = static_cast<Topology>(t);
-        if (steered && *steered != topology) {
+        if (decided && *decided != topology) {
             continue;
         }
+        // 2. What the tables say alone: too long, or much longer than the alternatives.
         const float distance = bounds.distances[t];
-        if (distance + node.wirelength + bounds.remaining > bestWL) {
-            ++worker.counters.cutAtBranching[node.blockLevel - 1];
+        if (isCut(node, distance, bounds.remaining, bestWL, worker.counters)) {
             continue;
         }
-        // A relation that costs much more than the level's cheapest one is given up, although its
-        // bound may still be below the best: on purpose, this is what makes the search fast.
-        if (distance - tables.levelMinDistance[node.blockLevel - 1] > bestWL * levelCutFactor) {
-            continue;
-        }
+        // 3. What the graphs say: a cycle, or no room.
         const float wirelength = node.wirelength + distance;
         const bool cyclic = node.closesCycle(a, b, topology);
-        const bool rejected =
-            cyclic || (params.getAreaConst() && node.leavesArea(a, b, topology, area()));
+        const bool rejected = cyclic || estimator.leavesArea(node, a, b, topology);
         children.add(topology, wirelength, bounds.remaining + wirelength, rejected);
         if (rejected) {
             countRejected(worker.counters, node.blockLevel + 1, 1, completes && !cyclic ? 1 : 0);
         }
     }
-    // One look at what they have in common may do for all.
-    if (completes && children.madeNum() > 1 && isHopeless(node, bounds.remaining, bestWL, worker)) {
+    // 4. One look at what the last relations of a block have in common may do for all of them.
+    if (completes && children.madeNum() > 1 &&
+        estimator.isHopeless(node, bounds.remaining, bestWL, worker)) {
         countRejected(worker.counters, node.blockLevel + 1, children.madeNum(), children.madeNum());
         children.rejectAll();
     }
-    worker.counters.closedShare += children.closedShare(node.share);
-    const float share = children.shareOfEach(node.share);
+    // 5. Only what is left is made.
+    worker.counters.closedFraction += children.closedFraction(node.treeFraction);
+    const float fraction = children.fractionOfEach(node.treeFraction);
     children.replaceTop(stack, [&](BBNode& child, Topology topology) {
         child.relate(a, b, topology);
         ++child.definedNodes;
         ++child.blockLevel;
         child.remaining = bounds.remaining;
-        child.share = share;
+        child.treeFraction = fraction;
     });
 }
 
-std::array<unsigned, 3> Placer::sortThreeNodes(const std::array<float, 4>& keys) {
+bool Branching::isCut(const BBNode& node, float distance, float remaining, float bestWL,
+                      SearchCounters& counters) const {
+    if (distance + node.wirelength + remaining > bestWL) {
+        ++counters.cutAtBranching[node.blockLevel - 1];
+        return true;
+    }
+    // A relation that costs much more than the level's cheapest one is given up, although its
+    // bound may still be below the best: on purpose, this is what makes the search fast.
+    const float cheapest = setting.bounds.levelMinDistance[node.blockLevel - 1];
+    return distance - cheapest > bestWL * levelCutFactor;
+}
+
+std::array<unsigned, 3> Branching::sortThreeNodes(const std::array<float, 4>& keys) {
     const bool swapped = keys[0] > keys[1];
     const unsigned lo = swapped ? 1 : 0;
     const unsigned hi = swapped ? 0 : 1;
@@ -236,7 +227,7 @@ std::array<unsigned, 3> Placer::sortThreeNodes(const std::array<float, 4>& keys)
     return {lo, hi, 2};
 }
 
-std::array<unsigned, 4> Placer::sortFourNodes(const std::array<float, 4>& keys) {
+std::array<unsigned, 4> Branching::sortFourNodes(const std::array<float, 4>& keys) {
     const unsigned lo01 = keys[1] > keys[0] ? 0 : 1;
     const unsigned hi01 = 1 - lo01;
     const unsigned lo23 = keys[3] > keys[2] ? 2 : 3;

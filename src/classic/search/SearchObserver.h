@@ -1,5 +1,5 @@
-// What stands around the engine may learn about its searches, and say to them, by this. An engine
-// without an observer works as if there were none of it. The engine holds no lock while it calls.
+// How code around the engine follows its searches and ends them. The engine holds no lock while it
+// calls its observer.
 #pragma once
 
 #include <cstdint>
@@ -26,9 +26,9 @@ public:
     virtual void improved(const BBNode& /*node*/, const WorkingPlacement& /*placement*/) {}
 
     // From every worker now and then, several at a time: the nodes that it has taken since its last
-    // call, and the share of the search tree that these have closed. All shares of a finished
-    // search add up to one. False ends the pass.
-    virtual bool worked(std::uint64_t /*nodes*/, double /*share*/) { return true; }
+    // call, and the fraction of the search tree that these have closed. All fractions of a
+    // finished search add up to one, but for rounding. False ends the pass.
+    virtual bool worked(std::uint64_t /*nodes*/, double /*fraction*/) { return true; }
 };
 
 }  // namespace korvel

@@ -35,7 +35,7 @@ Restart::Restart(const PreparedDesign& whole, const CoarseLevel* coarse, Numbers
     } else {
         coarseAnnealer.emplace(coarse->prepared,
                                RandomStream(numbers.seed, kCoarseStreams + numbers.restart),
-                               CoolingSchedule::Kind::CoarseLevel, [](const Placement&, double) {});
+                               CoolingSchedule::Kind::CoarseLevel, [](const Placement&) {});
     }
 }
 

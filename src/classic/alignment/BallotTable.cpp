@@ -23,6 +23,7 @@ std::vector<BallotTable::PairVote> BallotTable::Source::votesOfSites(const PairG
         ++weights[{site(*first), site(*second)}];
     }
     std::vector<PairVote> votes;
+    votes.reserve(weights.size());
     for (const auto& [sites, weight] : weights) {
         votes.push_back({sites.first, sites.second, weight});
     }

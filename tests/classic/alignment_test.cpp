@@ -59,7 +59,7 @@ Design unevenDesign(unsigned seed) {
     }
     for (auto& net : design.nets) {
         for (PinAt& pin : net) {
-            pin.x = std::max(-50.0F, std::min(50.0F, pin.x + jitter()));
+            pin.x = std::max(-50.0, std::min(50.0, pin.x + jitter()));
         }
     }
     return design;

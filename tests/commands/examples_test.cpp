@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iomanip>
 #include <nlohmann/json.hpp>
 
 #include "support/plain_reader.h"
@@ -127,17 +128,26 @@ TEST_P(ExampleRun, HasImagesThatAreAsShort) {
 }
 
 TEST_P(ExampleRun, EndsAtTheGapAskedFor) {
-    ASSERT_EQ(door.run(placing() + "--threads 1 --iterations 1 --gap 90% --json -"), 0);
+    const std::string command = placing() + "--threads 1 --iterations 1 --gap 90%";
+    ASSERT_EQ(door.run(command + " --json -"), 0);
     const Json report = Json::parse(door.out());
     expectSound(report);
     EXPECT_EQ(report["run"]["ended"], "gap reached");
     const double length = report["judgement"]["wirelength"];
     const double bound = report["run"]["lowerBound"];
+    const double gap = (length - bound) / length;
     EXPECT_LE(bound, GetParam().shortest);
     EXPECT_GE(length, GetParam().shortest * (1 - kSameLength));
-    EXPECT_NEAR(report["run"]["gap"], (length - bound) / length, 1e-12);
-    EXPECT_LE(report["run"]["gap"], 0.9);
-    EXPECT_GT(report["run"]["gap"], 0.0);
+    EXPECT_NEAR(report["run"]["gap"], gap, 1e-12);
+    EXPECT_LE(gap, 0.9);
+    EXPECT_GT(gap, 0.0);
+
+    ASSERT_EQ(door.run(command), 0);
+    std::ostringstream row;
+    row << std::setprecision(10) << "\nLower bound  " << bound << ", gap " << std::setprecision(3)
+        << 100 * gap << " %\n";
+    EXPECT_NE(door.out().find(row.str()), std::string::npos) << row.str() << door.out();
+    EXPECT_NE(door.out().find("\nEnded        gap of 90 % reached\n"), std::string::npos);
 }
 
 TEST_P(ExampleRun, OfTheClassicEngineIsSoundAndNotBelowTheShortest) {

@@ -46,10 +46,32 @@ protected:
     // That the report's lengths and its legality are those of its placement.
     void expectSound(const Json& report) const {
         Placement placement;
-        for (const Json& die : report["dies"]) {
+        for (std::size_t i = 0; i < design.dies.size(); ++i) {
+            const Json& die = report["dies"][i];
             placement[die["name"]] = {die["orientation"], die["x"], die["y"]};
+            const auto [width, height] = extent(design.dies[i], die["orientation"]);
+            EXPECT_EQ(die["name"], design.dies[i].name);
+            EXPECT_EQ(die["width"], width);
+            EXPECT_EQ(die["height"], height);
         }
         expectSound(placement, report);
+    }
+    // That the table of the dies in a summary has the report's figures.
+    void expectTable(const std::string& summary, const Json& report) const {
+        const auto lines = wordsOfLines(summary.substr(summary.find("\nDie ")));
+        ASSERT_EQ(lines.size(), 1 + design.dies.size());
+        for (std::size_t i = 0; i < design.dies.size(); ++i) {
+            const Json& die = report["dies"][i];
+            const auto& line = lines[1 + i];
+            ASSERT_EQ(line.size(), 6U);
+            EXPECT_EQ(line[0], die["name"]);
+            EXPECT_EQ(line[3], die["orientation"]);
+            const std::pair<std::size_t, const char*> figures[] = {
+                {1, "x"}, {2, "y"}, {4, "width"}, {5, "height"}};
+            for (const auto& [column, field] : figures) {
+                EXPECT_NEAR(std::stod(line[column]), die[field], 1e-4);
+            }
+        }
     }
     void expectSound(const Placement& placement, const Json& report) const {
         const Json& judgement = report["judgement"];
@@ -148,6 +170,7 @@ TEST_P(ExampleRun, EndsAtTheGapAskedFor) {
         << 100 * gap << " %\n";
     EXPECT_NE(door.out().find(row.str()), std::string::npos) << row.str() << door.out();
     EXPECT_NE(door.out().find("\nEnded        gap of 90 % reached\n"), std::string::npos);
+    expectTable(door.out(), report);
 }
 
 TEST_P(ExampleRun, OfTheClassicEngineIsSoundAndNotBelowTheShortest) {

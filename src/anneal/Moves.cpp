@@ -215,7 +215,8 @@ void Moves::exchange(unsigned a, unsigned b) {
 // --- Groups ----------------------------------------------------------------------------------
 
 void Moves::turnGroup(RandomStream& random) {
-    groupMoves.turn(oneOf(groups.groups(), random), 1 + random.below(3));
+    const unsigned turns = 1 + random.below(3);
+    groupMoves.turn(oneOf(groups.groups(), random), turns);
 }
 
 // Near where one of its dies would like to be, so in a group that is torn apart it may be in place

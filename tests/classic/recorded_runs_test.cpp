@@ -28,20 +28,21 @@ std::string comparable(std::string text) {
     return withoutTimes(std::move(text));
 }
 
-class RecordedRun : public testing::TestWithParam<fs::path> {};
+class RecordedRun : public testing::TestWithParam<std::string> {};
 
 TEST_P(RecordedRun, RepeatsToTheLetter) {
-    const std::map<std::string, std::string> input = filesBelow(GetParam() / "input");
-    std::map<std::string, std::string> expected = filesBelow(GetParam() / "expected");
+    const fs::path recorded = fs::path(KORVEL_RECORDED) / GetParam();
+    const std::map<std::string, std::string> input = filesBelow(recorded / "input");
+    std::map<std::string, std::string> expected = filesBelow(recorded / "expected");
     ASSERT_NE(expected["stdout"], "");
     expected.insert(input.begin(), input.end());
 
     const FrontDoor door;
     if (!input.empty()) {
-        door.copyInto(GetParam() / "input");
+        door.copyInto(recorded / "input");
     }
     door.writeScript("gnuplot", "cp \"$1\" gnuplot-script\ncp nets.txt gnuplot-data\n");
-    std::string arguments = contentsOf(GetParam() / "arguments");
+    std::string arguments = contentsOf(recorded / "arguments");
     arguments.pop_back();
     const int status = door.run(arguments);
     door.remove("gnuplot");
@@ -58,15 +59,17 @@ TEST_P(RecordedRun, RepeatsToTheLetter) {
     }
 }
 
-std::vector<fs::path> recordedRuns() {
-    const fs::directory_iterator folder(KORVEL_RECORDED);
-    std::vector<fs::path> runs(begin(folder), end(folder));
+std::vector<std::string> recordedRuns() {
+    std::vector<std::string> runs;
+    for (const auto& entry : fs::directory_iterator(KORVEL_RECORDED)) {
+        runs.push_back(entry.path().filename().string());
+    }
     std::sort(runs.begin(), runs.end());
     return runs;
 }
 
-std::string nameOf(const testing::TestParamInfo<fs::path>& run) {
-    std::string name = run.param.filename().string();
+std::string nameOf(const testing::TestParamInfo<std::string>& run) {
+    std::string name = run.param;
     std::replace(name.begin(), name.end(), '-', '_');
     return name;
 }

@@ -127,6 +127,8 @@ void expectSame(Design design, std::mt19937& random, Tally& tally) {
             EXPECT_LE(least, length);
             tally.lengths += length;
             tally.bounds += least;
+            // Where less is enough, less work still reaches it.
+            EXPECT_GE(bound.leastLength(node, space, 0.8 * least), 0.8 * least);
         }
         fast.netlist.unplaceAllNets();
         ++tally.nodes;
@@ -144,7 +146,7 @@ TEST_P(Alignment, FastAndPlainAgreeToTheBit) {
     }
     EXPECT_GT(tally.nodes, 400U);
     // A bound that is never too high is worth nothing unless it is high.
-    EXPECT_GT(tally.bounds, (GetParam() == 2 ? 0.87 : 0.93) * tally.lengths);
+    EXPECT_GT(tally.bounds, (GetParam() == 2 ? 0.885 : 0.95) * tally.lengths);
 }
 
 INSTANTIATE_TEST_SUITE_P(Designs, Alignment, testing::Values(0U, 1U, 2U));

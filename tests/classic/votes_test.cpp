@@ -165,7 +165,10 @@ TEST(Votes, ListsAnswerForEveryRankAsPositionsDo) {
             std::vector<WeightedStep> wishes;
             const auto from = static_cast<float>(random() % 40) - 25.0F;
             for (auto i = random() % 80; i > 0; --i) {
-                const float wish = from + coarseness * static_cast<float>(random() % 50);
+                const bool isOnTheEdge = random() % 20 == 0;
+                const float wish = isOnTheEdge
+                                       ? (random() % 2 == 0 ? kSamePosition : -kSamePosition)
+                                       : from + coarseness * static_cast<float>(random() % 50);
                 const auto weight = static_cast<unsigned>(1 + random() % 3);
                 wishes.push_back({wish, weight});
                 const float size = std::fabs(wish);

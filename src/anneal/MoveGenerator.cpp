@@ -218,7 +218,8 @@ void MoveGenerator::exchange(unsigned a, unsigned b) {
 // --- Groups ----------------------------------------------------------------------------------
 
 void MoveGenerator::turnGroup(RandomStream& random) {
-    groupMoves.turn(oneOf(groups.groups(), random), 1 + random.below(3));
+    const unsigned turns = 1 + random.below(3);
+    groupMoves.turn(oneOf(groups.groups(), random), turns);
 }
 
 // Half of the time beside a die near where one of its own dies would like to be, else beside any.

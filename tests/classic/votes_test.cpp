@@ -107,12 +107,18 @@ TEST(Votes, LargeVotesAreThoseOfSortedLists) {
         std::vector<float> wanted;
         std::vector<float> free;
         std::vector<WeightedStep> listed;
+        std::size_t stays = 0;
         votes.clear(100);
         for (unsigned i = 0; i < 1 + round % 60; ++i) {
             const auto offset = static_cast<float>(1 + random() % (round % 2 == 0 ? 10 : 1000));
             const auto weight = static_cast<unsigned>(1 + random() % 4);
             if (random() % 8 < round % 8) {
-                listed.push_back({offset, weight});
+                const bool isStay = random() % 4 == 0;
+                listed.push_back({isStay ? 0.0F : offset, weight});
+                if (isStay) {
+                    stays += weight;
+                    continue;
+                }
             } else {
                 votes.add(adviceForPair(quadOf({0, offset})), static_cast<std::int32_t>(weight));
             }
@@ -124,15 +130,18 @@ TEST(Votes, LargeVotesAreThoseOfSortedLists) {
             free.push_back(static_cast<float>(random() % 500));
             votes.addWithFree(freeWithin(kUp, free.back()));
         }
-        const auto stays = static_cast<unsigned>(random() % wanted.size());
-        votes.add(adviceToStay(), static_cast<int>(stays));
+        const std::size_t moreStays = random() % (wanted.size() + 1);
+        votes.add(adviceToStay(), static_cast<int>(moreStays));
+        stays += moreStays;
         std::sort(wanted.begin(), wanted.end());
         std::sort(free.begin(), free.end());
         free.resize(200, kInfinity);
         const Middle middle = random() % 2 == 0 ? Middle::Lower : Middle::Upper;
-        const float plain = selectStep([&](unsigned i) { return wanted.at(i); },
-                                       [&](unsigned i) { return free.at(i); },
-                                       static_cast<unsigned>(wanted.size()) - stays, middle);
+        const float plain = stays >= wanted.size()
+                                ? 0.0F
+                                : selectStep([&](unsigned i) { return wanted.at(i); },
+                                             [&](unsigned i) { return free.at(i); },
+                                             static_cast<unsigned>(wanted.size() - stays), middle);
         ASSERT_EQ(votes.step(kY, middle), plain) << "round " << round;
     }
 }
@@ -156,7 +165,10 @@ TEST(Votes, ListsAnswerForEveryRankAsPositionsDo) {
             std::vector<WeightedStep> wishes;
             const auto from = static_cast<float>(random() % 40) - 25.0F;
             for (auto i = random() % 80; i > 0; --i) {
-                const float wish = from + coarseness * static_cast<float>(random() % 50);
+                const bool isOnTheEdge = random() % 20 == 0;
+                const float wish = isOnTheEdge
+                                       ? (random() % 2 == 0 ? kSamePosition : -kSamePosition)
+                                       : from + coarseness * static_cast<float>(random() % 50);
                 const auto weight = static_cast<unsigned>(1 + random() % 3);
                 wishes.push_back({wish, weight});
                 const float size = std::fabs(wish);

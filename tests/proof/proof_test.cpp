@@ -384,12 +384,14 @@ TEST_P(ProofWithTwins, KeepsTheOptimum) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Designs, ProofWithTwins,
-                         testing::Values(TwinCase{"square", {2, 0, 4, 3, 3, 0, 1.0}, 1, 5, 5, 6},
-                                         TwinCase{"oblong", {2, 0, 4, 3, 3, 0, 1.0}, 1, 4, 6, 6},
-                                         TwinCase{"terminals", {2, 2, 5, 4, 3, 5, 1.0}, 1, 5, 5, 6},
-                                         TwinCase{"triplets", {2, 0, 3, 3, 2, 0, 1.0}, 2, 4, 3, 4}),
-                         [](const auto& one) { return one.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Designs, ProofWithTwins,
+    testing::Values(TwinCase{"square", {2, 0, 4, 3, 3, 0, 1.0}, 1, 5, 5, 6},
+                    TwinCase{"oblong", {2, 0, 4, 3, 3, 0, 1.0}, 1, 4, 6, 6},
+                    TwinCase{"terminals", {2, 2, 5, 4, 3, 5, 1.0}, 1, 5, 5, 30},
+                    TwinCase{"twinsAndTerminals", {1, 3, 5, 3, 4, 6, 1.0}, 1, 7, 6, 30},
+                    TwinCase{"triplets", {2, 0, 3, 3, 2, 0, 1.0}, 2, 4, 3, 4}),
+    [](const auto& one) { return one.param.name; });
 
 TEST(Symmetry, NeitherTerminalsNorSidesThatDifferAreTurned) {
     Design design;

@@ -32,13 +32,18 @@ NetModel::NetModel(const Design& design) {
         sizes.push_back(die.size);
     }
     std::map<std::pair<unsigned, unsigned>, std::vector<TwoBodies>> byBodies;
+    std::vector<std::pair<unsigned, unsigned>> named;
     for (const Design::Net& net : design.nets) {
         std::vector<BodyPins> pins = pinsByBody(design, net);
         if (pins.size() == 1) {
             onOneBody +=
                 pins[0].range(kX, Orient::N).length() + pins[0].range(kY, Orient::N).length();
         } else if (pins.size() == 2) {
-            byBodies[{pins[0].body, pins[1].body}].push_back({pins[0], pins[1]});
+            auto& nets = byBodies[{pins[0].body, pins[1].body}];
+            if (nets.empty()) {
+                named.emplace_back(pins[0].body, pins[1].body);
+            }
+            nets.push_back({pins[0], pins[1]});
         } else if (pins.size() > 2) {
             addWide(std::move(pins));
         }
@@ -46,6 +51,14 @@ NetModel::NetModel(const Design& design) {
     costs.reserve(costIndex(byBodies.size(), kX, Orient::N, Orient::N));
     for (const auto& [bodies, nets] : byBodies) {
         addBundle(nets);
+    }
+    inNetOrder.reserve(named.size());
+    for (const auto& bodies : named) {
+        const auto found = std::lower_bound(joined.begin(), joined.end(), bodies,
+                                            [](const Bundle& bundle, const auto& key) {
+                                                return std::pair(bundle.a, bundle.b) < key;
+                                            });
+        inNetOrder.push_back(static_cast<std::size_t>(found - joined.begin()));
     }
 }
 

@@ -72,6 +72,8 @@ public:
 
     // By a, then by b.
     const std::vector<Bundle>& bundles() const { return joined; }
+    // Their numbers, in the order in which the nets of the design first name them.
+    const std::vector<std::size_t>& bundlesInNetOrder() const { return inNetOrder; }
     // What a bundle costs along an axis, by the position of a less that of b. The slope far left is
     // less than 0 by the bundle's weight, the one far right is more by as much.
     const PiecewiseLinear& cost(std::size_t bundle, Axis axis, Orient ofA, Orient ofB) const {
@@ -96,6 +98,7 @@ private:
 
     std::vector<Extent> sizes;  // in orientation N
     std::vector<Bundle> joined;
+    std::vector<std::size_t> inNetOrder;
     std::vector<PiecewiseLinear> costs;  // by costIndex
     std::vector<WideNet> wide;
     double onOneBody = 0.0;

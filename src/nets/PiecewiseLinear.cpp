@@ -34,7 +34,7 @@ std::size_t PiecewiseLinear::numBelow(double distance) const {
 
 double PiecewiseLinear::value(double distance) const {
     const std::size_t next = numBelow(distance);
-    const Breakpoint& from = points[next == 0 ? 0 : next - 1];
+    const Breakpoint& from = points[std::min(next, points.size() - 1)];
     return from.value + slopeBefore(next) * (distance - from.at);
 }
 
@@ -42,9 +42,11 @@ double PiecewiseLinear::leastWithin(double from, double to) const {
     if (from > to) {
         return kInfiniteLength;
     }
-    const auto lowest = std::find_if(points.begin(), points.end(),
-                                     [](const Breakpoint& point) { return point.slope >= 0.0; });
-    return value(std::clamp(lowest->at, from, to));
+    std::size_t lowest = points.size() - 1;
+    while (slopeBefore(lowest) > 0.0) {
+        --lowest;
+    }
+    return value(std::clamp(points[lowest].at, from, to));
 }
 
 bool PiecewiseLinear::isLike(const PiecewiseLinear& other, bool mirrored, double nearness) const {

@@ -235,9 +235,8 @@ void NodeBounder::workOut(ProofNode& node, Axis axis) {
 }
 
 void NodeBounder::addNets(const ProofNode& node, Axis axis) {
-    const auto& bundles = model.nets().bundles();
-    for (std::size_t bundle = 0; bundle < bundles.size(); ++bundle) {
-        const auto& [a, b, weight] = bundles[bundle];
+    for (const std::size_t bundle : model.nets().bundlesInNetOrder()) {
+        const auto& [a, b, weight] = model.nets().bundles()[bundle];
         if (!node.isTurned(a)) {
             continue;
         }

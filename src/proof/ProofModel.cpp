@@ -118,7 +118,8 @@ void ProofModel::settleGround() {
 
 double ProofModel::leastLength() const {
     double sum = model.fixedLength();
-    for (const auto& [a, b, weight] : model.bundles()) {
+    for (const std::size_t bundle : model.bundlesInNetOrder()) {
+        const auto& [a, b, weight] = model.bundles()[bundle];
         double least = kInfiniteLength;
         for (unsigned turnA = 0; turnA < kUnmirroredOrients; ++turnA) {
             if (b == ground()) {

@@ -245,7 +245,8 @@ std::optional<std::pair<unsigned, unsigned>> ProofWorker::uncountedPair(
     const ProofNode& node) const {
     std::optional<std::pair<unsigned, unsigned>> best;
     double most = 0.0;
-    for (const auto& [a, b, weight] : tree.model.nets().bundles()) {
+    for (const std::size_t bundle : tree.model.nets().bundlesInNetOrder()) {
+        const auto& [a, b, weight] = tree.model.nets().bundles()[bundle];
         if (b != tree.model.ground() && node.isTurned(a) && node.isTurned(b) &&
             !node.counted[pairIndex(a, b)] && weight > most) {
             most = weight;

@@ -255,15 +255,15 @@ WrittenFiles writeFiles(const Design& design, const PlaceOptions& options, const
 // --- The command ---------------------------------------------------------------------------------
 
 RunResult search(const Design& design, const PlaceOptions& options, std::ostream& err) {
-    const bool isTerminal = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
-    StatusLine line(err, isTerminal && !options.quiet);
+    const bool isTerminal = &err == &std::cerr && isatty(STDERR_FILENO) != 0 && !options.quiet;
+    StatusLine line(err, isTerminal);
     PlaceRun run(design, options.inputs.region, options.run, [&](const Found& found) {
         if (options.verbose) {
             line.say(improvementText(found));
         }
     });
     const SignalWatch signals([&run] { run.interrupt(); });
-    const std::jthread status = showStatus(run, line);
+    const std::jthread status = isTerminal ? showStatus(run, line) : std::jthread();
     return run.execute();
 }
 

@@ -1,7 +1,7 @@
 #include "commands/PlaceReport.h"
 
+#include <algorithm>
 #include <array>
-#include <cmath>
 
 #include "report/Text.h"
 #include "run/Duration.h"

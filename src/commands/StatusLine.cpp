@@ -99,9 +99,8 @@ std::string statusText(const PlaceRun& run) {
         text += "  " + percentText(*view.gauge.share, 1) + " searched";
     }
     if (view.gauge.lowerBound && found && found->wirelength() > 0.0) {
-        text +=
-            "  gap " +
-            percentText((found->wirelength() - *view.gauge.lowerBound) / found->wirelength(), 2);
+        const double best = found->wirelength();
+        text += "  gap " + percentText((best - *view.gauge.lowerBound) / best, 2);
     }
     return text;
 }

@@ -36,7 +36,7 @@ struct ReadPlacement {
 // dimensions that are not the die's in any way. What was readable comes back in any case.
 ReadPlacement readPlacement(const std::string& path, const Design& design,
                             Diagnostics& diagnostics);
-ReadPlacement readPlacement(std::istream& in, const std::string& file, const Design& design,
+ReadPlacement readPlacement(std::istream& in, const std::string& name, const Design& design,
                             Diagnostics& diagnostics);
 
 // A line of such a file.

@@ -33,19 +33,16 @@ std::optional<double> parseDuration(std::string_view text) {
 }
 
 std::string durationText(double seconds) {
-    std::ostringstream text;
     if (seconds < kMinute) {
+        std::ostringstream text;
         // Cut, so that no 59.99 becomes a minute's worth of seconds.
         text << std::fixed << std::setprecision(1) << std::floor(seconds * 10.0) / 10.0 << " s";
         return text.str();
     }
     const auto whole = static_cast<long long>(seconds);
-    if (seconds < kHour) {
-        text << whole / 60 << " min " << whole % 60 << " s";
-    } else {
-        text << whole / 3600 << " h " << whole % 3600 / 60 << " min";
-    }
-    return text.str();
+    return seconds < kHour
+               ? std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s"
+               : std::to_string(whole / 3600) + " h " + std::to_string(whole % 3600 / 60) + " min";
 }
 
 }  // namespace korvel

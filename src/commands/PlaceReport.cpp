@@ -1,6 +1,7 @@
 #include "commands/PlaceReport.h"
 
-#include <cmath>
+#include <algorithm>
+#include <array>
 
 #include "report/Text.h"
 #include "run/Duration.h"
@@ -22,23 +23,10 @@ std::optional<double> gapOf(const RunResult& result) {
     return std::max(0.0, 1.0 - *result.lowerBound / result.best->wirelength());
 }
 
-std::string endingWord(Ending ending) {
-    switch (ending) {
-        case Ending::TimeLimit:
-            return "time limit";
-        case Ending::Interrupted:
-            return "interrupted";
-        case Ending::Proved:
-            return "proved optimal";
-        case Ending::NoPlacement:
-            return "no legal placement exists";
-        case Ending::GapReached:
-            return "gap reached";
-        case Ending::Done:
-            break;
-    }
-    return "done";
-}
+// By Ending.
+constexpr std::array<const char*, 6> kEndingWords{
+    "done",       "time limit", "interrupted", "proved optimal", "no legal placement exists",
+    "gap reached"};
 
 std::string endingText(const RunOptions& options, const RunResult& result) {
     switch (result.ending) {
@@ -86,18 +74,12 @@ Json optionFields(const PlaceInputs& inputs, const RunOptions& options) {
             {"gap", options.gap}};
 }
 
-// JSON has no infinity; where no placement exists, there is nothing to bound.
-Json lowerBoundField(const RunResult& result) {
-    return result.lowerBound && std::isfinite(*result.lowerBound) ? Json(*result.lowerBound)
-                                                                  : Json(nullptr);
-}
-
 Json runFields(const RunResult& result) {
-    Json fields{{"ended", endingWord(result.ending)},
+    Json fields{{"ended", kEndingWords.at(static_cast<std::size_t>(result.ending))},
                 {"seconds", result.seconds},
                 {"foundBy", result.best ? Json(result.best->finder) : Json(nullptr)},
-                {"foundAfter", result.best ? Json(result.foundAfter) : Json(nullptr)},
-                {"lowerBound", lowerBoundField(result)},
+                {"foundAfter", result.best ? Json(result.best->after) : Json(nullptr)},
+                {"lowerBound", orNull(result.lowerBound)},  // infinity is written as null
                 {"gap", orNull(gapOf(result))},
                 {"nodes", result.nodes},
                 {"moves", result.moves}};
@@ -112,7 +94,7 @@ Rows runRows(const RunOptions& options, const RunResult& result) {
     Rows rows;
     if (result.best) {
         rows.push_back(
-            {"Found", "by " + result.best->finder + ", after " + durationText(result.foundAfter)});
+            {"Found", "by " + result.best->finder + ", after " + durationText(result.best->after)});
     }
     rows.push_back({"Ended", endingText(options, result)});
     if (const auto gap = gapOf(result)) {
@@ -125,13 +107,6 @@ Rows runRows(const RunOptions& options, const RunResult& result) {
         rows.push_back({"Moves", std::to_string(result.moves)});
     }
     return rows;
-}
-
-Json headOf(const Design& design, Region region, const RunResult& result) {
-    if (!result.best) {
-        return reportHead("place", design, region, false);
-    }
-    return reportOn("place", design, region, result.best->placement, result.best->judgement);
 }
 
 }  // namespace
@@ -150,7 +125,9 @@ std::string placeSummary(const Design& design, Region region, const RunOptions& 
 
 Json placeReport(const Design& design, const PlaceInputs& inputs, const RunOptions& options,
                  const RunResult& result) {
-    Json report = headOf(design, inputs.region, result);
+    const std::optional<Found>& best = result.best;
+    Json report = best ? reportOn("place", design, inputs.region, best->placement, best->judgement)
+                       : reportHead("place", design, inputs.region, false);
     report["options"] = optionFields(inputs, options);
     report["run"] = runFields(result);
     return report;

@@ -3,11 +3,10 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <cmath>
-#include <condition_variable>
 #include <iomanip>
 #include <sstream>
 
+#include "base/CallAfter.h"
 #include "report/Text.h"
 #include "run/Duration.h"
 
@@ -77,41 +76,38 @@ void StatusLine::erase() {
     }
 }
 
-StatusUpdater::StatusUpdater(const PlaceRun& run, StatusLine& line)
-    : drawer([&run, &line](const std::stop_token& stop) {
-          std::mutex mutex;
-          std::condition_variable_any never;
-          std::unique_lock lock(mutex);
-          const auto isOver = [] { return false; };
-          while (line.isTerminal() && !stop.stop_requested()) {
-              never.wait_for(lock, stop, kRedraw, isOver);
-              line.show(statusText(run));
-          }
-          line.show("");
-      }) {}
+std::jthread showStatus(const PlaceRun& run, StatusLine& line) {
+    return std::jthread([&run, &line](const std::stop_token& stop) {
+        while (sleepFor(kRedraw, stop)) {
+            line.show(statusText(run));
+        }
+    });
+}
 
 std::string statusText(const PlaceRun& run) {
     const RunProgress::View view = run.getProgress().view();
-    const double best = run.bestLength();
+    const std::optional<Found> found = run.best();
     std::string text = view.phase.empty() ? "" : view.phase + "  ";
     text += timeText(run);
-    text += std::isfinite(best)
-                ? "  HPWL " + numberText(best) + " after " + durationText(run.bestFoundAfter())
-                : "  nothing legal yet";
+    text +=
+        found ? "  HPWL " + numberText(found->wirelength()) + " after " + durationText(found->after)
+              : "  nothing legal yet";
     if (view.gauge.count > 0) {
         text += "  " + workText(view);
     }
     if (view.gauge.share) {
         text += "  " + percentText(*view.gauge.share, 1) + " searched";
     }
-    if (view.gauge.lowerBound && std::isfinite(best) && best > 0.0) {
+    if (view.gauge.lowerBound && found && found->wirelength() > 0.0) {
+        const double best = found->wirelength();
         text += "  gap " + percentText((best - *view.gauge.lowerBound) / best, 2);
     }
     return text;
 }
 
-std::string improvementText(const Found& found, double seconds) {
-    return durationText(seconds) + "  HPWL " + numberText(found.wirelength()) + "  " + found.finder;
+std::string improvementText(const Found& found) {
+    return durationText(found.after) + "  HPWL " + numberText(found.wirelength()) + "  " +
+           found.finder;
 }
 
 }  // namespace korvel

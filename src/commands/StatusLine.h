@@ -24,7 +24,6 @@ public:
     StatusLine(const StatusLine&) = delete;
     StatusLine& operator=(const StatusLine&) = delete;
 
-    bool isTerminal() const { return terminal; }
     // A line that stays.
     void say(const std::string& line);
     // In place of what was shown before, cut at the terminal's right edge.
@@ -39,19 +38,13 @@ private:
     bool shown = false;
 };
 
-// Shows how a run stands, four times a second on a thread of its own, until it is destroyed.
-class StatusUpdater {
-public:
-    // Both must outlive it.
-    StatusUpdater(const PlaceRun& run, StatusLine& line);
-
-private:
-    std::jthread drawer;
-};
+// Shows how a run stands, four times a second on the thread returned, until that ends. Both must
+// outlive it.
+std::jthread showStatus(const PlaceRun& run, StatusLine& line);
 
 // Phase, time, best length, work done; without what is not known.
 std::string statusText(const PlaceRun& run);
 
-std::string improvementText(const Found& found, double seconds);
+std::string improvementText(const Found& found);
 
 }  // namespace korvel

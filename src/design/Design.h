@@ -9,16 +9,13 @@
 
 namespace korvel {
 
-// The region that the dies are to be placed in, from the origin.
-struct Region {
-    double width = 0.0;
-    double height = 0.0;
-};
-
 struct Extent {
     double width = 0.0;
     double height = 0.0;
 };
+
+// What the dies are to be placed in, from the origin.
+using Region = Extent;
 
 // A position or a displacement in double precision.
 struct Spot {

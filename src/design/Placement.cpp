@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "base/Infinity.h"
-
 namespace korvel {
 
 Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin) {
@@ -16,19 +14,23 @@ Spot placeOf(const Design& design, const Placement& placement, const Design::Pin
     return {placed.at.x + offset.x, placed.at.y + offset.y};
 }
 
+void Box::add(Spot spot) {
+    low = {std::min(low.x, spot.x), std::min(low.y, spot.y)};
+    high = {std::max(high.x, spot.x), std::max(high.y, spot.y)};
+}
+
+double netLength(const Design& design, const Placement& placement, const Design::Net& net) {
+    Box box;
+    for (const Design::Pin& pin : net.pins) {
+        box.add(placeOf(design, placement, pin));
+    }
+    return box.size().width + box.size().height;
+}
+
 double wirelength(const Design& design, const Placement& placement) {
     double sum = 0.0;
     for (const Design::Net& net : design.nets) {
-        Spot low{kInfiniteLength, kInfiniteLength};
-        Spot high{-low.x, -low.y};
-        for (const Design::Pin& pin : net.pins) {
-            const Spot at = placeOf(design, placement, pin);
-            low = {std::min(low.x, at.x), std::min(low.y, at.y)};
-            high = {std::max(high.x, at.x), std::max(high.y, at.y)};
-        }
-        if (!net.pins.empty()) {
-            sum += (high.x - low.x) + (high.y - low.y);
-        }
+        sum += netLength(design, placement, net);
     }
     return sum;
 }

@@ -128,9 +128,7 @@ private:
     Number plainNumber();
     void skipPastMark(char mark);
     void noteSlip(std::string_view found, const char* expected);
-    template <class Number>
-    Number checkedNumber(bool (*isPlain)(const std::string& text, Number value),
-                         const char* expected);
+    void expectMore(const char* expected);
 
     Records records;
     LineBuffer lines;

@@ -10,19 +10,6 @@ namespace korvel {
 
 namespace {
 
-// Grows around what it is given.
-struct Box {
-    Spot low{kInfiniteLength, kInfiniteLength};
-    Spot high{-kInfiniteLength, -kInfiniteLength};
-
-    void add(Spot spot) {
-        low = {std::min(low.x, spot.x), std::min(low.y, spot.y)};
-        high = {std::max(high.x, spot.x), std::max(high.y, spot.y)};
-    }
-    bool isEmpty() const { return high.x < low.x; }
-    Extent size() const { return isEmpty() ? Extent{} : Extent{high.x - low.x, high.y - low.y}; }
-};
-
 // A die where it lies.
 struct Lying {
     unsigned die;
@@ -55,11 +42,7 @@ bool isOnOneBody(const Design::Net& net) {
 
 void measureNets(const Design& design, const Placement& placement, Judgement& judgement) {
     for (const Design::Net& net : design.nets) {
-        Box box;
-        for (const Design::Pin& pin : net.pins) {
-            box.add(placeOf(design, placement, pin));
-        }
-        const double length = box.size().width + box.size().height;
+        const double length = netLength(design, placement, net);
         judgement.wirelength += length;
         judgement.wirelengthBetweenDies += isOnOneBody(net) ? 0.0 : length;
     }

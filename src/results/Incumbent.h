@@ -6,6 +6,7 @@
 // a stale one is larger, so an offer that it lets pass is compared once more under the mutex.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -13,7 +14,7 @@
 
 #include "base/Infinity.h"
 #include "base/Relaxed.h"
-#include "design/Placement.h"
+#include "exact/ExactCoordinates.h"
 #include "judge/Judge.h"
 
 namespace korvel {
@@ -23,6 +24,7 @@ struct Found {
     Placement placement;
     Judgement judgement;
     std::string finder;  // which engine, in the user's words
+    double after = 0.0;  // seconds since the incumbent was made
 
     double wirelength() const { return judgement.wirelength; }
 };
@@ -47,6 +49,13 @@ public:
     // Judges before it locks, so threads judge side by side. Any thread.
     Offer offer(const Placement& placement, const std::string& finder);
 
+    // For engines that have decided relations and orientations but know their coordinates only
+    // roughly: offers the exact coordinates for these relations and the orientations of `draft`;
+    // the draft as it is if there are none, or none that are legal. Any thread; takes a linear
+    // program per axis.
+    void offerExact(const CoordinateSolver& solver, const Relations& relations,
+                    const Placement& draft, const std::string& finder);
+
     // Infinity before anything is found. Any thread.
     double wirelength() const { return shortest.load(); }
 
@@ -58,6 +67,7 @@ private:
     const Region region;
     const Notice notice;
     Relaxed<double> shortest{kInfiniteLength};  // written under the mutex
+    const std::chrono::steady_clock::time_point began = std::chrono::steady_clock::now();
     mutable std::mutex mutex;
     std::optional<Found> found;  // mutex
 };

@@ -6,7 +6,6 @@
 #include "anneal/Annealer.h"
 #include "base/CallAfter.h"
 #include "proof/Prover.h"
-#include "results/ExactOffer.h"
 #include "run/ClassicEngine.h"
 
 namespace korvel {
@@ -18,14 +17,14 @@ constexpr std::uint64_t kOtherSeed = 0x9E3779B97F4A7C15U;
 
 }  // namespace
 
-PlaceRun::PlaceRun(const Design& design, Region region, RunOptions options, Notice notice)
+PlaceRun::PlaceRun(const Design& design, Region region, RunOptions options,
+                   Incumbent::Notice notice)
     : design(design),
       region(region),
       options(std::move(options)),
       plan(planFor(design.dies.size(), this->options)),
       limit(this->options.engine == Engine::Classic ? this->options.timeLimit : plan.whole),
-      notice(std::move(notice)),
-      incumbent(design, region, [this](const Found& found) { improved(found); }) {}
+      incumbent(design, region, std::move(notice)) {}
 
 double PlaceRun::elapsed() const {
     return std::chrono::duration<double>(RunClock::now() - began).count();
@@ -37,21 +36,13 @@ void PlaceRun::end(Ending reason) {
     stopping.request_stop();
 }
 
-void PlaceRun::improved(const Found& found) {
-    const double seconds = elapsed();
-    foundAfter = seconds;
-    if (notice) {
-        notice(found, seconds);
-    }
-}
-
 // As it is, and with what can be won by moving its dies without changing how they lie to one
 // another.
 void PlaceRun::offerStart(const Placement& start) {
     static const std::string kFinder = "the start placement";
     incumbent.offer(start, kFinder);
-    offerExact(CoordinateSolver(design, region), Relations::of(design, start), start, kFinder,
-               incumbent);
+    incumbent.offerExact(CoordinateSolver(design, region), Relations::of(design, start), start,
+                         kFinder);
 }
 
 RunResult PlaceRun::execute() {
@@ -70,7 +61,6 @@ RunResult PlaceRun::execute() {
     }
     timer = {};
     result.best = incumbent.best();
-    result.foundAfter = foundAfter;
     result.ending = ending;
     result.timeLimit = limit;
     result.seconds = elapsed();
@@ -109,9 +99,7 @@ void PlaceRun::runAuto(RunResult& result) {
 void PlaceRun::anneal(RunResult& result, double until) {
     AnnealProgress annealing;
     const RunProgress::Phase phase(progress, "annealing", "moves", [&annealing] {
-        RunProgress::Gauge gauge;
-        gauge.count = annealing.iterations;
-        return gauge;
+        return RunProgress::Gauge{.count = annealing.iterations};
     });
     AnnealOptions annealOptions;
     // Going on with the same numbers would repeat what was done.

@@ -3,13 +3,11 @@
 //
 // Shared between threads: the thread that executes the run, those of the engines, the timer of the
 // limit, the signal watch, and whoever shows how the run stands. Incumbent and RunProgress guard
-// themselves, the stop source is made for threads, `ending` and `foundAfter` are atomic, and the
-// rest does not change after construction. Whoever shows length and time of the best placement may
-// get them of two placements if a better one is found in between; the next look sets it right.
+// themselves, the stop source is made for threads, `ending` is atomic, and the rest does not change
+// after construction.
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <optional>
 #include <stop_token>
 
@@ -21,12 +19,9 @@ namespace korvel {
 
 class PlaceRun {
 public:
-    // A new best placement, and the seconds since the run began. Called from any thread, one call
-    // at a time, with the incumbent locked: it must not ask for the best placement.
-    using Notice = std::function<void(const Found&, double)>;
-
-    // Design and region must outlive it.
-    PlaceRun(const Design& design, Region region, RunOptions options, Notice notice = {});
+    // The design must outlive it. The notice is of every new best placement, from any thread.
+    PlaceRun(const Design& design, Region region, RunOptions options,
+             Incumbent::Notice notice = {});
 
     // Works until the end, on this thread and on those that the options allow. Call it once.
     RunResult execute();
@@ -36,14 +31,12 @@ public:
 
     // For those who watch, from any thread.
     const RunProgress& getProgress() const { return progress; }
-    double bestLength() const { return incumbent.wirelength(); }
-    double bestFoundAfter() const { return foundAfter; }
+    std::optional<Found> best() const { return incumbent.best(); }
     double elapsed() const;
     std::optional<double> timeLimit() const { return limit; }
 
 private:
     void end(Ending reason);
-    void improved(const Found& found);
     void offerStart(const Placement& start);
     void runClassic(RunResult& result);
     void runAuto(RunResult& result);
@@ -55,13 +48,11 @@ private:
     const RunOptions options;
     const AutoPlan plan;
     const std::optional<double> limit;  // seconds
-    const Notice notice;
     const RunClock::time_point began = RunClock::now();
     Incumbent incumbent;
     RunProgress progress;
     std::stop_source stopping;
     std::atomic<Ending> ending{Ending::Done};  // the first reason stays
-    std::atomic<double> foundAfter{0.0};
 };
 
 }  // namespace korvel

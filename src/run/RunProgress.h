@@ -4,15 +4,21 @@
 // not lock anything; gauges read atomics.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
 
-#include "run/RunClock.h"
-
 namespace korvel {
+
+// Runs are timed by it.
+using RunClock = std::chrono::steady_clock;
+
+inline RunClock::duration clockSpan(double seconds) {
+    return std::chrono::duration_cast<RunClock::duration>(std::chrono::duration<double>(seconds));
+}
 
 class RunProgress {
 public:

@@ -11,8 +11,6 @@
 #include <random>
 #include <thread>
 
-#include "results/ExactOffer.h"
-
 namespace korvel::test {
 namespace {
 
@@ -118,7 +116,7 @@ TEST(ExactOffer, OffersTheBestCoordinatesForTheRelations) {
     leftOf.set(0, 1, Topology::L);
 
     Incumbent incumbent(design, kRegion);
-    offerExact(solver, leftOf, {{{3, 0}}, {{13 - 1e-4, 9}}}, "rough", incumbent);
+    incumbent.offerExact(solver, leftOf, {{{3, 0}}, {{13 - 1e-4, 9}}}, "rough");
     ASSERT_TRUE(incumbent.best());
     EXPECT_EQ(incumbent.wirelength(), 10);
 
@@ -127,9 +125,9 @@ TEST(ExactOffer, OffersTheBestCoordinatesForTheRelations) {
     wide.dies[0].size.width = 95;
     Incumbent other(wide, kRegion);
     const CoordinateSolver wideSolver(wide, kRegion);
-    offerExact(wideSolver, leftOf, {{{0, 0}}, {{80, 9}}}, "overlapping", other);
+    other.offerExact(wideSolver, leftOf, {{{0, 0}}, {{80, 9}}}, "overlapping");
     EXPECT_FALSE(other.best());
-    offerExact(wideSolver, leftOf, {{{0, 0}}, {{0, 12}}}, "draft", other);
+    other.offerExact(wideSolver, leftOf, {{{0, 0}}, {{0, 12}}}, "draft");
     ASSERT_TRUE(other.best());
     EXPECT_EQ(other.wirelength(), 12);
 }

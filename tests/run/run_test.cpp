@@ -6,8 +6,8 @@
 
 #include "judge/Judge.h"
 #include "run/AutoPlan.h"
+#include "run/ClassicEngine.h"
 #include "run/Duration.h"
-#include "run/PassTally.h"
 #include "run/PlaceRun.h"
 #include "support/random_designs.h"
 
@@ -105,7 +105,7 @@ void expectLegal(const Design& design, Region region, const RunResult& result) {
     const Judgement judgement = judge(design, region, result.best->placement);
     EXPECT_TRUE(judgement.isLegal());
     EXPECT_EQ(judgement.wirelength, result.best->wirelength());
-    EXPECT_LE(result.foundAfter, result.seconds);
+    EXPECT_LE(result.best->after, result.seconds);
 }
 
 // --- A pass of the classic engine ------------------------------------------------------------
@@ -263,7 +263,7 @@ TEST_P(EndedRun, IsInterruptedFromAnotherThread) {
     std::promise<void> found;
     std::once_flag once;
     PlaceRun run(design, region, optionsOf(GetParam()),
-                 [&](const Found&, double) { std::call_once(once, [&] { found.set_value(); }); });
+                 [&](const Found&) { std::call_once(once, [&] { found.set_value(); }); });
     RunClock::time_point asked;
     std::thread stopper([&] {
         found.get_future().wait();

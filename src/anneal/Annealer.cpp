@@ -23,86 +23,115 @@ constexpr const char* kFinder = "annealing";
 // Moves between looks at the clock and at the stop.
 constexpr unsigned kStride = 64;
 
-// A run makes so many moves by the square of the number of dies, if the time or the moves are not
-// shared out otherwise; from longer ones less is gained than from further restarts. Few dies
-// are best cooled down slowly.
+// A restart makes so many moves by the square of the number of dies, if time or moves suffice. From
+// longer ones less is gained than from further restarts. Few dies are best cooled down slowly.
 constexpr std::uint64_t kMovesPerDieAndDie = 4000;
 constexpr std::uint64_t kMovesIfFewDies = 10000;
 constexpr std::size_t kFewDies = 12;
 
-// With less than this part of its usual moves a run is for one start only.
-constexpr double kSinglePart = 0.4;
-
+// With less than this part of its usual moves a restart is for a single start.
+constexpr double kSingleStartBelow = 0.4;
 // With less than this part there is no time for a coarse level.
-constexpr double kCoarsePart = 0.05;
+constexpr double kCoarseLevelFrom = 0.05;
 
-// Of the time, or of the usual moves, for the first restart of a thread.
-constexpr double kFirstShare = 0.06;
+// Of the time, or of the usual moves, for the first restart of a thread, which is to find something
+// soon.
+constexpr double kFirstRestart = 0.06;
 // Without a deadline, how much longer than the one before a restart is.
 constexpr double kStretch = 1.5;
 
-// One call of anneal: what its threads share, and what each of them does.
-class Annealing {
+// Offers what restarts found in the order of their numbers, whichever ends first.
+class OrderedResults {
 public:
-    Annealing(const Design& design, Region region, const AnnealOptions& options,
-              Incumbent& incumbent, std::stop_token stop, AnnealProgress& progress)
-        : design(design),
-          options(options),
+    explicit OrderedResults(Incumbent& incumbent) : incumbent(incumbent) {}
+
+    // What the restart found, if anything. Any thread.
+    void add(std::uint64_t restart, std::optional<Placement> result) {
+        const std::lock_guard lock(mutex);
+        waiting.emplace(restart, std::move(result));
+        for (; !waiting.empty() && waiting.begin()->first == next; ++next) {
+            offerFirst();
+        }
+    }
+
+    // When no restart runs any more: after a stop, some before the waiting ones never began.
+    void offerRest() {
+        const std::lock_guard lock(mutex);
+        while (!waiting.empty()) {
+            offerFirst();
+        }
+    }
+
+private:
+    void offerFirst() {
+        if (const auto& first = waiting.begin()->second) {
+            incumbent.offer(*first, kFinder);
+        }
+        waiting.erase(waiting.begin());
+    }
+
+    Incumbent& incumbent;
+    std::mutex mutex;
+    std::map<std::uint64_t, std::optional<Placement>> waiting;  // mutex; by restart
+    std::uint64_t next = 0;                                     // mutex; restart to be offered
+};
+
+// One call of anneal. Thread `t` of `n` makes the restarts t, t + n, t + 2 n and so on.
+class Annealer {
+public:
+    Annealer(const Design& design, Region region, const AnnealOptions& options,
+             Incumbent& incumbent, std::stop_token stop, AnnealProgress& progress)
+        : options(options),
           incumbent(incumbent),
           stop(std::move(stop)),
           progress(progress),
-          level(design, region),
-          coarse(hasFewDies() ? nullptr : CoarseLevel::of(level)),
-          threads(std::max(1U, options.threads)) {}
+          threads(std::max(1U, options.threads)),
+          dieNum(design.dies.size()),
+          whole(design, region),
+          coarse(hasFewDies() ? nullptr : CoarseLevel::of(whole)),
+          results(incumbent) {}
 
     void run();
 
 private:
-    // The share of a restart's schedule that is over after some moves; 1 or more is its end.
+    // How much of a restart is over after some moves; 1 or more is its end.
     using Pace = std::function<double(std::uint64_t moves)>;
 
     void work(unsigned thread);
-    void workThrough(unsigned thread);
+    void workThroughMoves(unsigned thread);
     void workUntilDeadline(unsigned thread);
     void workUntilStopped(unsigned thread);
     std::uint64_t restart(std::uint64_t number, double expectedMoves, const Pace& pace,
-                          const AnnealRun::Notice& notice);
-    AnnealRun::Notice offering() {
-        return [this](const Placement& placement, double length) {
-            incumbent.offer(placement, length, kFinder);
-        };
+                          const LevelAnnealer::Notice& notice);
+    LevelAnnealer::Notice offering() {
+        return [this](const Placement& placement) { incumbent.offer(placement, kFinder); };
     }
-    void end(std::uint64_t number, std::optional<Found> result);
 
     bool isOver() const {
         return stop.stop_requested() || (options.deadline && Clock::now() >= *options.deadline);
     }
-    Cooling::Plan planFor(double partOfUsual) const {
-        return partOfUsual < kSinglePart ? Cooling::Plan::Single
-               : hasFewDies()            ? Cooling::Plan::FewDies
-                                         : Cooling::Plan::Usual;
+    CoolingSchedule::Kind scheduleFor(double partOfUsual) const {
+        return partOfUsual < kSingleStartBelow ? CoolingSchedule::Kind::SingleStart
+               : hasFewDies()                  ? CoolingSchedule::Kind::FewDies
+                                               : CoolingSchedule::Kind::Usual;
     }
-    bool hasFewDies() const { return design.dies.size() <= kFewDies; }
+    bool hasFewDies() const { return dieNum <= kFewDies; }
     std::uint64_t usualMoves() const {
-        return (hasFewDies() ? kMovesIfFewDies : kMovesPerDieAndDie) * design.dies.size() *
-               design.dies.size();
+        return (hasFewDies() ? kMovesIfFewDies : kMovesPerDieAndDie) * dieNum * dieNum;
     }
 
-    const Design& design;
     const AnnealOptions& options;
     Incumbent& incumbent;
     const std::stop_token stop;
     AnnealProgress& progress;
-    const AnnealLevel level;
-    const std::unique_ptr<const CoarseLevel> coarse;
     const unsigned threads;
-
-    std::mutex mutex;
-    std::map<std::uint64_t, std::optional<Found>> ended;  // mutex; restarts after one that runs
-    std::uint64_t nextToOffer = 0;                        // mutex
+    const std::size_t dieNum;
+    const PreparedDesign whole;
+    const std::unique_ptr<const CoarseLevel> coarse;  // null if it is not worth it
+    OrderedResults results;                           // with a number of moves
 };
 
-void Annealing::run() {
+void Annealer::run() {
     {
         std::vector<std::jthread> others;
         for (unsigned thread = 1; thread < threads; ++thread) {
@@ -110,17 +139,12 @@ void Annealing::run() {
         }
         work(0);
     }
-    // After a stop some restarts before these have not begun.
-    for (const auto& [number, result] : ended) {
-        if (result) {
-            incumbent.offer(result->placement, result->wirelength, result->finder);
-        }
-    }
+    results.offerRest();
 }
 
-void Annealing::work(unsigned thread) {
+void Annealer::work(unsigned thread) {
     if (options.iterations > 0) {
-        workThrough(thread);
+        workThroughMoves(thread);
     } else if (options.deadline) {
         workUntilDeadline(thread);
     } else {
@@ -129,47 +153,45 @@ void Annealing::work(unsigned thread) {
 }
 
 // Equal restarts, as many on every thread.
-void Annealing::workThrough(unsigned thread) {
+void Annealer::workThroughMoves(unsigned thread) {
     const std::uint64_t rounds =
         std::max<std::uint64_t>(1, options.iterations / (usualMoves() * threads));
     const std::uint64_t length = options.iterations / (rounds * threads) + 1;
     for (std::uint64_t round = 0; round < rounds && !isOver(); ++round) {
         const std::uint64_t number = round * threads + thread;
-        std::optional<Found> result;
+        std::optional<Placement> result;
         restart(
             number, static_cast<double>(length),
             [length](std::uint64_t moves) {
                 return static_cast<double>(moves) / static_cast<double>(length);
             },
-            [&result](const Placement& placement, double wirelength) {
-                result = Found{placement, wirelength, kFinder};
-            });
-        end(number, std::move(result));
+            [&result](const Placement& placement) { result = placement; });
+        results.add(number, std::move(result));
     }
 }
 
 // A short restart, so that there is something early; its speed tells how many more are worth it.
-void Annealing::workUntilDeadline(unsigned thread) {
-    double share = kFirstShare;
-    double expected = 0.0;
+void Annealer::workUntilDeadline(unsigned thread) {
+    double part = kFirstRestart;  // of the time that is left
+    double expectedMoves = 0.0;
     for (std::uint64_t number = thread; !isOver(); number += threads) {
         const auto begin = Clock::now();
-        const std::chrono::duration<double> length = (*options.deadline - begin) * share;
+        const std::chrono::duration<double> length = (*options.deadline - begin) * part;
         const std::uint64_t moves = restart(
-            number, expected,
+            number, expectedMoves,
             [begin, length](std::uint64_t) { return (Clock::now() - begin) / length; }, offering());
         const std::chrono::duration<double> took = Clock::now() - begin;
         const std::chrono::duration<double> left = *options.deadline - Clock::now();
         const auto usual =
             took * (static_cast<double>(usualMoves()) / static_cast<double>(moves + 1));
-        share = 1.0 / std::max(1.0, std::round(left / usual));
-        expected = left / usual * share * static_cast<double>(usualMoves());
+        part = 1.0 / std::max(1.0, std::round(left / usual));
+        expectedMoves = left / usual * part * static_cast<double>(usualMoves());
     }
 }
 
 // The longer it lasts, the longer are the restarts.
-void Annealing::workUntilStopped(unsigned thread) {
-    double length = kFirstShare * static_cast<double>(usualMoves());
+void Annealer::workUntilStopped(unsigned thread) {
+    double length = kFirstRestart * static_cast<double>(usualMoves());
     for (std::uint64_t number = thread; !isOver(); number += threads) {
         restart(
             number, number < threads ? 0.0 : length,
@@ -179,46 +201,33 @@ void Annealing::workUntilStopped(unsigned thread) {
     }
 }
 
-// Without an expected number of moves the restart is to find something soon. Returns the number of
-// moves.
-std::uint64_t Annealing::restart(std::uint64_t number, double expectedMoves, const Pace& pace,
-                                 const AnnealRun::Notice& notice) {
+// The expected number of moves decides on the schedule and the level to begin on; 0 is for a
+// restart that is to find something soon. Returns the number of moves.
+std::uint64_t Annealer::restart(std::uint64_t number, double expectedMoves, const Pace& pace,
+                                const LevelAnnealer::Notice& notice) {
     progress.restarts.fetch_add(1, std::memory_order_relaxed);
     const double part = expectedMoves / static_cast<double>(usualMoves());
-    const Cooling::Plan plan = planFor(part);
-    Restart run(level, part < kCoarsePart ? nullptr : coarse.get(), {options.seed, number}, plan,
-                notice);
+    Restart restart(whole, part < kCoarseLevelFrom ? nullptr : coarse.get(), {options.seed, number},
+                    scheduleFor(part), notice);
     std::uint64_t moves = 0;
     while (!isOver()) {
-        const double share = pace(moves);
-        if (share >= 1.0) {
+        const double done = pace(moves);
+        if (done >= 1.0) {
             break;
         }
-        run.advance(kStride, share);
+        restart.advance(kStride, done);
         moves += kStride;
         progress.iterations.fetch_add(kStride, std::memory_order_relaxed);
-        progress.share.store(share, std::memory_order_relaxed);
     }
-    run.finish();
+    restart.finish();
     return moves;
-}
-
-void Annealing::end(std::uint64_t number, std::optional<Found> result) {
-    const std::lock_guard lock(mutex);
-    ended.emplace(number, std::move(result));
-    for (; !ended.empty() && ended.begin()->first == nextToOffer; ++nextToOffer) {
-        if (const auto& first = ended.begin()->second) {
-            incumbent.offer(first->placement, first->wirelength, first->finder);
-        }
-        ended.erase(ended.begin());
-    }
 }
 
 }  // namespace
 
 void anneal(const Design& design, Region region, const AnnealOptions& options, Incumbent& incumbent,
             std::stop_token stop, AnnealProgress& progress) {
-    Annealing(design, region, options, incumbent, std::move(stop), progress).run();
+    Annealer(design, region, options, incumbent, std::move(stop), progress).run();
 }
 
 }  // namespace korvel

@@ -1,5 +1,26 @@
 // Simulated annealing of sequence pairs and orientations: good placements of any number of dies,
-// without a proof. Restarts are independent of one another and run on all threads.
+// without a proof (S. Kirkpatrick, C. D. Gelatt, M. P. Vecchi, "Optimization by simulated
+// annealing", Science 220, 1983).
+//
+// From the top down; everything from Restart on belongs to one thread:
+//   anneal            one call: hands numbered restarts to the threads, offers what they find
+//   Restart           an attempt from scratch, on one level or two: a coarse design without the
+//                     small dies that hang on a larger one, then the whole design
+//   LevelAnnealer     anneals one level through one schedule
+//   CoolingSchedule   which coolings that are, and the temperature at each point of them; a cooling
+//                     begins with a start (a random layout, or one from the coarse level) or heats
+//                     the best layout up again
+//   MoveGenerator     makes one random change of the layout: a move (GroupMoves, MoveProbabilities)
+//   Layout            orders, orientations and coordinates; arranges and measures what was changed
+//                     (AxisLayout, Packing, NetCosts), keeps or undoes it
+//   Acceptance        decides which of the two
+//
+// The threads of a call share, and nothing else:
+//   the design, the region, the options, and what is prepared of them: never changed
+//   the incumbent, which has a lock of its own, and the token to stop
+//   AnnealProgress: atomic counters; readers may see one before the other
+//   with a number of moves, results that wait for earlier restarts (OrderedResults, Annealer.cpp),
+//   under a lock during which the incumbent's is taken, never the other way round
 #pragma once
 
 #include <atomic>
@@ -8,7 +29,7 @@
 #include <optional>
 #include <stop_token>
 
-#include "design/Incumbent.h"
+#include "results/Incumbent.h"
 
 namespace korvel {
 
@@ -22,11 +43,11 @@ struct AnnealOptions {
     std::optional<std::chrono::steady_clock::time_point> deadline;
 };
 
-// How far it is; any thread may read it at any time.
+// How far it is. Shared between threads: restarts add to it; any thread may read it, and may find
+// one member ahead of the other.
 struct AnnealProgress {
     std::atomic<std::uint64_t> iterations{0};  // moves tried, all threads
     std::atomic<unsigned> restarts{0};         // begun
-    std::atomic<double> share{0.0};            // of the schedule of the restart begun last
 };
 
 // Anneals until the moves are made, the deadline is reached or a stop is asked for, and offers what

@@ -21,14 +21,14 @@ double areaOf(Extent size) {
 std::vector<unsigned> hostsOf(const NetModel& nets, const std::vector<Extent>& sizes) {
     std::vector<unsigned> partner(nets.dieNum() + 1, kNone);
     std::vector<unsigned> partnerNum(nets.dieNum() + 1, 0);
-    for (const auto& [a, b] : nets.pairs()) {
+    for (const auto& [a, b, weight] : nets.bundles()) {
         partner[a] = b;
         partner[b] = a;
         ++partnerNum[a];
         ++partnerNum[b];
     }
     for (const NetModel::WideNet& net : nets.wideNets()) {
-        for (const NetModel::Member& member : net.members) {
+        for (const BodyPins& member : net.members) {
             partnerNum[member.body] += 2;
         }
     }
@@ -114,8 +114,8 @@ bool Coarsening::isWorthwhile() const {
 
 // At first around its host a satellite is on one of the four sides in turn, its centre on the
 // host's.
-Start Coarsening::expand(const Start& start) const {
-    Start whole{SequencePair(static_cast<unsigned>(sizes.size())), Placement(sizes.size())};
+StartLayout Coarsening::expand(const StartLayout& start) const {
+    StartLayout whole{SequencePair(static_cast<unsigned>(sizes.size())), Placement(sizes.size())};
     for (const auto which : SequencePair::kBoth) {
         unsigned rank = 0;
         const auto putSatellites = [&](const Host& host, bool areBefore) {

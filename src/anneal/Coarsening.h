@@ -1,26 +1,28 @@
-// A smaller design that shows how a large one is best arranged on the whole: dies that have nets to
-// one other die only, and are smaller than it, are left out, and that die is as much larger. The
-// coarse design is annealed in a fraction of the time, and its layouts are starts for the whole.
+// A smaller design that shows how a large one is best arranged on the whole: satellites, which are
+// dies that have nets to one other die only, their host, and are smaller than it, are left out, and
+// the host is as much larger. The coarse design is annealed in a fraction of the time, and its
+// layouts are starts for the whole.
 // Filled once and never changed.
 #pragma once
 
 #include <vector>
 
-#include "anneal/Start.h"
-#include "exact/NetModel.h"
+#include "anneal/StartLayout.h"
+#include "nets/NetModel.h"
 
 namespace korvel {
 
 class Coarsening {
 public:
-    // The nets are those of the design.
+    // The nets are those of the design. Neither is referred to afterwards.
     Coarsening(const Design& design, const NetModel& nets);
 
     // Whether enough dies are left out.
     bool isWorthwhile() const;
     const Design& coarse() const { return smaller; }
-    // The start for the whole design: the dies left out around those that they hang on.
-    Start expand(const Start& start) const;
+    // A layout of the coarse design as a start for the whole one: the dies left out are around
+    // those that they hang on in both orders, and lie in their middle.
+    StartLayout expand(const StartLayout& start) const;
 
 private:
     struct Host {

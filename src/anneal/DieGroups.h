@@ -2,12 +2,12 @@
 // one another, from pairs to half of all dies. A die alone cannot leave its group at a price that
 // annealing pays, so groups are moved as a whole. Systems of chiplets often hold the same group
 // more than once; such groups are of one kind, and can take over one another's places.
-// Filled once and never changed.
+// Filled once and never changed; any thread may read.
 #pragma once
 
 #include <vector>
 
-#include "exact/NetModel.h"
+#include "nets/NetModel.h"
 
 namespace korvel {
 
@@ -18,8 +18,9 @@ public:
 
     using Group = std::vector<unsigned>;  // dies
     const std::vector<Group>& groups() const { return all; }
-    // The groups that look the same: dies of equal sizes, joined by equally many nets in the same
-    // steps. The dies at one place of their lists correspond. Each kind has two groups or more.
+    // By kind, of which there are two groups or more: dies of equal sizes, merged in the same steps
+    // and joined by as many nets in each. The dies at one place of their lists correspond; single
+    // dies are groups here.
     const std::vector<std::vector<Group>>& alike() const { return kinds; }
 
 private:

@@ -24,7 +24,7 @@ void GroupMoves::putBeside(Dies group, unsigned other, std::array<bool, 2> isBef
             layout.editOrders().moveBeside(which, die, other, isBefore[which]);
         }
     }
-    carry(group, centre(group), layout.centre(other));
+    shift(group, centre(group), layout.centre(other));
 }
 
 void GroupMoves::turn(Dies group, unsigned quarters) {
@@ -33,8 +33,9 @@ void GroupMoves::turn(Dies group, unsigned quarters) {
     }
 }
 
-// What was left of a die is below it then, and what was below is right of it. So one order becomes
-// the other, and that one the reverse of the first, at the ranks that the group has.
+// What was left of a die is below it then, and what was below is right of it. So the upper order
+// becomes the lower one, and the lower one, reversed, the upper one, at the ranks that the group
+// has.
 void GroupMoves::turnByAQuarter(Dies group) {
     SequencePair& orders = layout.editOrders();
     for (const auto which : SequencePair::kBoth) {
@@ -54,7 +55,7 @@ void GroupMoves::turnByAQuarter(Dies group) {
     for (const unsigned die : group) {
         const Spot from = layout.centre(die);
         layout.turn(die, turnedLeft(layout.orientation(die)));
-        layout.carryTo(die, {middle.x - (from.y - middle.y), middle.y + (from.x - middle.x)});
+        layout.shiftCentreTo(die, {middle.x - (from.y - middle.y), middle.y + (from.x - middle.x)});
     }
 }
 
@@ -64,8 +65,8 @@ void GroupMoves::exchange(Dies a, Dies b) {
     for (const auto which : SequencePair::kBoth) {
         exchangeInOrder(which, a, b);
     }
-    carry(a, centreOfA, centreOfB);
-    carry(b, centreOfB, centreOfA);
+    shift(a, centreOfA, centreOfB);
+    shift(b, centreOfB, centreOfA);
 }
 
 // At the place of the first die of a group stand all dies of the other one, in their own order.
@@ -94,7 +95,7 @@ void GroupMoves::exchangeInOrder(SequencePair::Which which, Dies a, Dies b) {
     }
 }
 
-void GroupMoves::takeOver(Dies a, Dies b) {
+void GroupMoves::exchangeDieByDie(Dies a, Dies b) {
     for (std::size_t place = 0; place < a.size(); ++place) {
         const std::array dies{a[place], b[place]};
         const std::array centres{layout.centre(dies[0]), layout.centre(dies[1])};
@@ -104,7 +105,7 @@ void GroupMoves::takeOver(Dies a, Dies b) {
         }
         for (const unsigned one : {0U, 1U}) {
             layout.turn(dies[one], orients[1 - one]);
-            layout.carryTo(dies[one], centres[1 - one]);
+            layout.shiftCentreTo(dies[one], centres[1 - one]);
         }
     }
 }
@@ -117,9 +118,9 @@ void GroupMoves::sortInto(std::vector<unsigned>& sorted, Dies group,
               [&rankOf](unsigned a, unsigned b) { return rankOf[a] < rankOf[b]; });
 }
 
-void GroupMoves::carry(Dies group, Spot from, Spot to) {
+void GroupMoves::shift(Dies group, Spot from, Spot to) {
     for (const unsigned die : group) {
-        layout.carry(die, {to.x - from.x, to.y - from.y});
+        layout.shift(die, {to.x - from.x, to.y - from.y});
     }
 }
 

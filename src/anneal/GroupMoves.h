@@ -1,12 +1,13 @@
-// Changes of a layout that keep a group of dies as it is in itself: carried elsewhere, turned,
-// exchanged for another. Owns room for the work only.
+// Changes of a layout that keep a group of dies as it is in itself: shifted elsewhere, turned,
+// exchanged for another. The layout is to be arranged afterwards.
+// Owned and used by one thread; owns room for the work only.
 #pragma once
 
 #include <array>
 #include <span>
 #include <vector>
 
-#include "anneal/SlidLayout.h"
+#include "anneal/Layout.h"
 
 namespace korvel {
 
@@ -15,17 +16,17 @@ public:
     using Dies = std::span<const unsigned>;
 
     // The layout must outlive the moves.
-    explicit GroupMoves(SlidLayout& layout) : layout(layout), roles(layout.dieNum()) {}
+    explicit GroupMoves(Layout& layout) : layout(layout), roles(layout.dieNum()) {}
 
-    // Side by side with `other`, which is none of them: before it or after it in each order.
+    // Next to `other`, which is none of them: just before it or just after it in each order.
     void putBeside(Dies group, unsigned other, std::array<bool, 2> isBefore);
-    // To the left, about the middle of the group.
+    // Counterclockwise, about the middle of the group.
     void turn(Dies group, unsigned quarters);
     // Each goes to where the other one was; they share no die.
     void exchange(Dies a, Dies b);
-    // Each takes the places and orientations of the other one, die by die. Dies that correspond are
-    // of equal size.
-    void takeOver(Dies a, Dies b);
+    // The same with orientations: each die goes where the one at its place in the other group was,
+    // which has the same size.
+    void exchangeDieByDie(Dies a, Dies b);
 
 private:
     enum class Role : unsigned char { Bystander, OfA, OfB };
@@ -33,10 +34,10 @@ private:
     void turnByAQuarter(Dies group);
     void exchangeInOrder(SequencePair::Which which, Dies a, Dies b);
     void sortInto(std::vector<unsigned>& sorted, Dies group, SequencePair::Which which) const;
-    void carry(Dies group, Spot from, Spot to);
+    void shift(Dies group, Spot from, Spot to);
     Spot centre(Dies group) const;
 
-    SlidLayout& layout;
+    Layout& layout;
     std::array<std::vector<unsigned>, 2> inOrder;  // the dies of a group, by order
     std::array<std::vector<unsigned>, 2> ranks;    // of these
     std::vector<unsigned> before;                  // an order

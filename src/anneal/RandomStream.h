@@ -1,6 +1,7 @@
-// A stream of random numbers that is the same on every machine, one per restart. The generator is
-// xoshiro256**, seeded by splitmix64; the distributions of the standard library may differ between
-// its versions, so they are done here. A value, for one thread.
+// A stream of random numbers that is the same on every machine; every restart has its own. The
+// generator is xoshiro256** (D. Blackman, S. Vigna, "Scrambled linear pseudorandom number
+// generators", 2021), seeded by splitmix64. The distributions of the standard library may differ
+// between its versions, so they are done here. A value, for one thread.
 #pragma once
 
 #include <array>
@@ -36,8 +37,10 @@ public:
         return static_cast<unsigned>(((bits() >> 32) * std::uint64_t{bound}) >> 32);
     }
 
+    bool coin() { return (bits() >> 63) == 0; }
+
     // From 0 to below 1.
-    double fraction() { return static_cast<double>(bits() >> 11) * 0x1p-53; }
+    double uniform() { return static_cast<double>(bits() >> 11) * 0x1p-53; }
 
 private:
     static std::uint64_t splitMix(std::uint64_t& from) {

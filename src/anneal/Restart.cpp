@@ -6,69 +6,71 @@ namespace korvel {
 
 namespace {
 
-// Of the schedule, for the coarse level.
-constexpr double kCoarseShare = 0.2;
+// Of a restart, for the coarse level.
+constexpr double kCoarsePhase = 0.2;
 
-// After a stop on the coarse level: some ten milliseconds, from the best start, half cooled down.
+// After a stop on the coarse level: some ten milliseconds, from the best start, warm enough for
+// dies to find their way past one another.
 constexpr unsigned kMendingMoves = 10000;
-constexpr double kMendingShare = 0.1;
+constexpr double kMendingProgress = 0.1;
 
-// Streams of random numbers for the coarse level are numbered from here.
+// The coarse level has streams of its own, numbered from here.
 constexpr std::uint64_t kCoarseStreams = std::uint64_t{1} << 32;
 
 }  // namespace
 
-std::unique_ptr<const CoarseLevel> CoarseLevel::of(const AnnealLevel& whole) {
-    Coarsening coarsening(whole.design, whole.solver.nets());
+std::unique_ptr<const CoarseLevel> CoarseLevel::of(const PreparedDesign& whole) {
+    Coarsening coarsening(whole.design, whole.nets());
     if (!coarsening.isWorthwhile()) {
         return nullptr;
     }
     return std::make_unique<const CoarseLevel>(std::move(coarsening), whole.region);
 }
 
-Restart::Restart(const AnnealLevel& whole, const CoarseLevel* coarse, Numbers numbers,
-                 Cooling::Plan plan, AnnealRun::Notice notice)
-    : whole(whole), coarse(coarse), numbers(numbers), plan(plan), notice(std::move(notice)) {
+Restart::Restart(const PreparedDesign& whole, const CoarseLevel* coarse, Numbers numbers,
+                 CoolingSchedule::Kind kind, LevelAnnealer::Notice notice)
+    : whole(whole), coarse(coarse), numbers(numbers), kind(kind), notice(std::move(notice)) {
     if (coarse == nullptr) {
-        run.emplace(whole, RandomStream(numbers.seed, numbers.restart), plan, this->notice);
+        annealer.emplace(whole, RandomStream(numbers.seed, numbers.restart), kind, this->notice);
     } else {
-        coarseRun.emplace(coarse->level,
-                          RandomStream(numbers.seed, kCoarseStreams + numbers.restart),
-                          Cooling::Plan::Coarse, [](const Placement&, double) {});
+        coarseAnnealer.emplace(coarse->prepared,
+                               RandomStream(numbers.seed, kCoarseStreams + numbers.restart),
+                               CoolingSchedule::Kind::CoarseLevel, [](const Placement&) {});
     }
 }
 
-void Restart::advance(unsigned moves, double share) {
+void Restart::advance(unsigned moves, double progress) {
     if (coarse == nullptr) {
-        run->advance(moves, share);
-    } else if (share < kCoarseShare) {
-        coarseRun->advance(moves, share / kCoarseShare);
+        annealer->advance(moves, progress);
+    } else if (progress < kCoarsePhase) {
+        coarseAnnealer->advance(moves, progress / kCoarsePhase);
     } else {
-        if (!run) {
+        if (!annealer) {
             expand();
         }
-        run->advance(moves, (share - kCoarseShare) / (1.0 - kCoarseShare));
+        annealer->advance(moves, (progress - kCoarsePhase) / (1.0 - kCoarsePhase));
     }
 }
 
 void Restart::expand() {
-    std::vector<Start> starts;
-    for (const Start& start : coarseRun->outcomes()) {
-        starts.push_back(coarse->coarsening.expand(start));
+    std::vector<StartLayout> starts;
+    for (const StartLayout& outcome : coarseAnnealer->outcomes()) {
+        starts.push_back(coarse->coarsening.expand(outcome));
     }
-    run.emplace(whole, RandomStream(numbers.seed, numbers.restart),
-                starts.empty() ? plan : Cooling::Plan::Expanded, notice, std::move(starts));
-    coarseRun.reset();
+    annealer.emplace(whole, RandomStream(numbers.seed, numbers.restart),
+                     starts.empty() ? kind : CoolingSchedule::Kind::ExpandedStarts, notice,
+                     std::move(starts));
+    coarseAnnealer.reset();
 }
 
-// A stop on the coarse level leaves starts whose dies need more than the region, mostly; some moves
-// mend that.
+// A stop on the coarse level mostly leaves starts whose dies need more room than the region has;
+// some moves mend that.
 void Restart::finish() {
-    if (!run) {
+    if (!annealer) {
         expand();
-        run->advance(kMendingMoves, kMendingShare);
+        annealer->advance(kMendingMoves, kMendingProgress);
     }
-    run->finish();
+    annealer->reportBest();
 }
 
 }  // namespace korvel

@@ -1,6 +1,6 @@
-// One restart of the annealer. A design of hosts and satellites is annealed without its satellites
-// first, again and again, and the run on the whole design starts from the best of these layouts;
-// any other design has the run alone.
+// One restart: an attempt from scratch, with random streams of its own. A design of hosts and
+// satellites is annealed without its satellites first, and what this coarse level ends with are the
+// starts for the whole design. Any other design has one level.
 // Owned and used by one thread.
 #pragma once
 
@@ -8,51 +8,52 @@
 #include <memory>
 #include <optional>
 
-#include "anneal/AnnealRun.h"
 #include "anneal/Coarsening.h"
+#include "anneal/LevelAnnealer.h"
 
 namespace korvel {
 
-// The design without its satellites, prepared for runs. Stays where it is made.
+// The design without its satellites. Stays where it is made; filled once and never changed.
 struct CoarseLevel {
     CoarseLevel(Coarsening coarsening, Region region)
-        : coarsening(std::move(coarsening)), level(this->coarsening.coarse(), region) {}
+        : coarsening(std::move(coarsening)), prepared(this->coarsening.coarse(), region) {}
     CoarseLevel(const CoarseLevel&) = delete;
 
     // Nothing if the design is not worth it.
-    static std::unique_ptr<const CoarseLevel> of(const AnnealLevel& whole);
+    static std::unique_ptr<const CoarseLevel> of(const PreparedDesign& whole);
 
     const Coarsening coarsening;
-    const AnnealLevel level;
+    const PreparedDesign prepared;
 };
 
 class Restart {
 public:
-    // The restart's own random numbers.
+    // What the random numbers depend on.
     struct Numbers {
         std::uint64_t seed;
         std::uint64_t restart;
     };
 
-    // The levels must outlive the restart. The plan is for a run from random starts: without
-    // `coarse`, or if that finds nothing.
-    Restart(const AnnealLevel& whole, const CoarseLevel* coarse, Numbers numbers,
-            Cooling::Plan plan, AnnealRun::Notice notice);
+    // Designs must outlive the restart. `kind` is the schedule of the whole design from random
+    // starts: without `coarse`, or if that finds no legal layout.
+    Restart(const PreparedDesign& whole, const CoarseLevel* coarse, Numbers numbers,
+            CoolingSchedule::Kind kind, LevelAnnealer::Notice notice);
 
-    // Goes on by that many moves. `share` is how much of the schedule is over, from 0 to 1.
-    void advance(unsigned moves, double share);
-    // Ends the restart: works out what is found and not yet told.
+    // Goes on by that many moves. `progress` is how much of the restart is over, from 0 to below 1.
+    void advance(unsigned moves, double progress);
+    // Ends the restart: tells of its best layout, if that is not done.
     void finish();
 
 private:
     void expand();
 
-    const AnnealLevel& whole;
+    const PreparedDesign& whole;
     const CoarseLevel* const coarse;
     const Numbers numbers;
-    const Cooling::Plan plan;
-    const AnnealRun::Notice notice;
-    std::optional<AnnealRun> coarseRun, run;
+    const CoolingSchedule::Kind kind;
+    const LevelAnnealer::Notice notice;
+    // One of them at a time.
+    std::optional<LevelAnnealer> coarseAnnealer, annealer;
 };
 
 }  // namespace korvel

@@ -1,7 +1,8 @@
-// Two orders of all dies, which together say how each pair of dies lies: a die that comes first in
-// both is left of the other, one that comes first in the upper order only is above it. Every legal
-// placement has such a pair of orders, and the relations of every pair of orders fit together.
-// A value.
+// The sequence pair (H. Murata, K. Fujiyoshi, S. Nakatake, Y. Kajitani, "VLSI module placement
+// based on rectangle-packing by the sequence-pair", IEEE TCAD 15(12), 1996): two orders of all
+// dies, which together say how each pair of dies lies. A die that comes first in both is left of
+// the other, one that comes first in the upper order only is above it. Every legal placement has
+// such a pair of orders, and the relations of every pair of orders fit together. A value.
 #pragma once
 
 #include <array>

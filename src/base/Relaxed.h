@@ -1,5 +1,5 @@
-// A value that one thread writes while others read it without a lock. Reads may be stale; each use
-// says why that is harmless. Nothing else is ordered by it.
+// A value that may be written while other threads read it without a lock. Reads may be stale; each
+// use says why that is harmless. Nothing else is ordered by it.
 #pragma once
 
 #include <atomic>

@@ -60,7 +60,7 @@ double secondNum(const std::string& word) {
     return isNumber && seconds > 0.0 && seconds <= kMostSecondsToRun ? seconds : 0.0;
 }
 
-// What the base command line does not know.
+// What the classic command line does not know.
 struct LongOptions {
     unsigned threads = 0;  // as many as the machine has
     bool stats = false;
@@ -107,8 +107,8 @@ std::size_t takeLongOption(Words words, LongOptions& taken) {
     return 1 + option->argumentNum;
 }
 
-// Takes the long options out of the command line and leaves the base one. What is wrong about them
-// stays, to be found wrong. The words that an option takes are its own.
+// Takes the long options out of the command line and leaves the classic one. What is wrong about
+// them stays, to be found wrong. The words that an option takes are its own.
 LongOptions takeLongOptions(std::vector<const char*>& words) {
     LongOptions taken;
     for (std::size_t at = 1; at < words.size();) {

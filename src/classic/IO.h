@@ -25,7 +25,8 @@ public:
     // Reads the three benchmark files into the engine's netlist.
     void parseInput();
 
-    // The readers of the three files, in the order in which they are to be called.
+    // The readers of the three files, in the order in which they are to be called. The last one
+    // makes the netlist whole.
     void parseBlocks(std::istream& file);
     void parsePlacement(std::istream& file);
     void parseNets(std::istream& file);
@@ -50,7 +51,7 @@ private:
     Block& blockOf(Entry entry);
     void placeEntry(Entry entry, Point coord, Orient orient);
     PinRecord readPin(BookshelfScanner& in, const std::string& name);
-    void buildNets(const std::vector<NetRecord>& records, const std::vector<PinRecord>& pinRecords);
+    void buildNets(const std::vector<NetRecord>& nets, const std::vector<PinRecord>& pins);
     void printParsingStatistic();
 
     Placer& placer;

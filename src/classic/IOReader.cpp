@@ -1,11 +1,12 @@
 // The benchmark reader: three files of whitespace-separated tokens. What it tolerates and what it
-// rejects is the base interface's contract, exit status 0 included.
+// rejects is the classic interface's contract, exit status 0 included.
 
 #include <fstream>
 
 #include "base/Invariant.h"
 #include "classic/IO.h"
 #include "classic/ProcessEnd.h"
+#include "classic/netlist/NetlistBuilder.h"
 #include "format/BookshelfScanner.h"
 
 namespace korvel {
@@ -78,9 +79,6 @@ void IO::parseInput() {
     // The text names the other file, on purpose.
     std::ifstream nets = open(".nets", "ERROR: .pl file could not be opened successfully");
     parseNets(nets);
-    for (Block& block : placer.netlist.blocks) {
-        block.findNetsIndexes(placer.report());
-    }
     printParsingStatistic();
 }
 
@@ -262,33 +260,22 @@ IO::PinRecord IO::readPin(BookshelfScanner& in, const std::string& name) {
     return pin;
 }
 
-// All counts are known here, so that no array grows while others point into it.
-void IO::buildNets(const std::vector<NetRecord>& records,
-                   const std::vector<PinRecord>& pinRecords) {
-    std::vector<Net>& nets = placer.netlist.nets;
-    std::vector<Pin>& pins = placer.netlist.pins;
-    nets.reserve(records.size());
-    pins.reserve(pinRecords.size());
-    for (std::size_t n = 0; n < records.size(); ++n) {
-        Net& net = nets.emplace_back(static_cast<unsigned>(n), records[n].degree);
-        const std::size_t end =
-            n + 1 < records.size() ? records[n + 1].firstPin : pinRecords.size();
-        net.reservePins(end - pins.size());
-        while (pins.size() < end) {
-            const PinRecord& pinRecord = pinRecords[pins.size()];
-            const bool terminal = pinRecord.owner.terminal;
-            Block& owner = blockOf(pinRecord.owner);
-            Pin& pin = pins.emplace_back(static_cast<int>(pins.size()), pinRecord.direction,
-                                         terminal ? owner.getCoord() : Point{}, pinRecord.offset,
-                                         terminal, owner.getWidth(), owner.getHeight(),
-                                         static_cast<unsigned>(owner.getIndex()), &net);
-            if (terminal) {
-                pin.setPlaced();
+void IO::buildNets(const std::vector<NetRecord>& nets, const std::vector<PinRecord>& pins) {
+    NetlistBuilder builder(placer.netlist, nets.size(), pins.size());
+    for (std::size_t n = 0; n < nets.size(); ++n) {
+        const std::size_t begin = nets[n].firstPin;
+        const std::size_t end = n + 1 < nets.size() ? nets[n + 1].firstPin : pins.size();
+        builder.addNet(nets[n].degree, end - begin);
+        for (std::size_t p = begin; p < end; ++p) {
+            const PinRecord& pin = pins[p];
+            if (pin.owner.terminal) {
+                builder.addTerminalPin(blockOf(pin.owner), pin.direction);
+            } else {
+                builder.addBlockPin(blockOf(pin.owner), pin.direction, pin.offset);
             }
-            owner.addPin(&pin);
-            net.addPin(&pin);
         }
     }
+    builder.finish(placer.report());
 }
 
 void IO::printParsingStatistic() {

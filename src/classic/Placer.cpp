@@ -70,29 +70,26 @@ int Placer::run() {
 
 void Placer::runMode() {
     if (params.getAreaConst()) {
-        calcUtilization();
+        printUtilization();
     }
     if (numBlocks > kMostBlocksInOnePass) {
         runStages();
-    } else if (initialPlacement) {
-        runInitialAndMain();
     } else {
-        runPlain();
+        runInitialAndMain();
     }
 }
 
-void Placer::calcUtilization() {
+void Placer::printUtilization() {
     float blockArea = 0.0F;
     for (const Block& block : netlist.blocks) {
         blockArea += block.getArea();
     }
-    utilization = blockArea / (params.getDieWidth() * params.getDieHight());
+    const float utilization = blockArea / (params.getDieWidth() * params.getDieHight());
     out << std::endl << "Utilization: " << utilization << std::endl;
 }
 
-// Each stage places one block more than the last, or more if an observer wants it, and follows the
-// last one's best node for the levels that it covers; only the first blocks are ordered, so that
-// later ones keep their places.
+// Each stage places one block more than the last, and follows the last one's best node for the
+// levels that it covers; only the first blocks are ordered, so that later ones keep their places.
 void Placer::runStages() {
     const unsigned allBlocks = numBlocks;
     numBlocks = kFirstStageBlocks;
@@ -100,13 +97,13 @@ void Placer::runStages() {
     banner("===   Blocks placement six  ===");
     const Clock::time_point start = Clock::now();
     ordering();
-    while (allBlocks >= numBlocks && !stopRequested.load(std::memory_order_relaxed)) {
+    while (allBlocks >= numBlocks && !stop.run.load()) {
         banner("===   Blocks placement for " + std::to_string(numBlocks) + " blocks  ===");
         place();
         banner("===   End   ===");
-        prevNumBlocks = numBlocks;
-        numBlocks = observer != nullptr ? observer->nextStage(numBlocks) : numBlocks + 1;
-        prevLevels = prevNumBlocks * (prevNumBlocks + 1) >> 1U;
+        previousStage.numBlocks = numBlocks;
+        previousStage.levels = numBlocks * (numBlocks + 1) >> 1U;
+        ++numBlocks;
     }
     printRuntime(out, millisecondsSince(start));
 }
@@ -134,15 +131,6 @@ void Placer::runInitialAndMain() {
     writeStatistics(" || runtime: " + runtimeText(milliseconds) + "\n");
 }
 
-void Placer::runPlain() {
-    banner("===   Blocks placement   ===");
-    const Clock::time_point start = Clock::now();
-    ordering();
-    place();
-    banner("===   End   ===");
-    printRuntime(out, millisecondsSince(start));
-}
-
 // The pieces of one run, appended one by one, make one line.
 void Placer::writeStatistics(const std::string& text) {
     if (!statistics) {
@@ -157,11 +145,10 @@ void Placer::writeStatistics(const std::string& text) {
 }
 
 void Placer::place() {
-    passEnded.store(false, std::memory_order_relaxed);
+    stop.pass.store(false);
     if (observer != nullptr) {
         observer->passBegins(numBlocks);
     }
-    levelCutFactor = static_cast<float>(1.0 / (numBlocks + 1));
     banner("==   Pre-Calculations for B&B   ==");
     calcMinDistancesCombined();
     minimalOrintationalPairsCalc();
@@ -176,7 +163,6 @@ void Placer::place() {
 }
 
 void Placer::ordering() {
-    knownPairCosts.clear();
     out << "Perform ordering ..." << std::endl << std::endl;
     std::vector<Block>& blocks = netlist.blocks;
     UndirectedGraph graph(numBlocks);

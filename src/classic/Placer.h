@@ -2,34 +2,23 @@
 // tables of lower bounds and the run's flags; the reader fills it, run() places the benchmark.
 //
 // Everything runs on the main thread but the workers of a search, which live only inside BandB(),
-// and the timer of a limited run. Each worker has its own placement to work on; netlist, tables and
-// flags are only read while they live.
+// and the timer of a limited run. While workers live, nothing of the engine changes but its stop
+// flags and its report stream, see SearchState.
 //
-// The sources follow the groups below: Placer.cpp (state and driver), PlacerTables.cpp,
-// PlacerSearch.cpp, PlacerBranching.cpp, PlacerPlot.cpp.
+// The sources follow the groups below: Placer.cpp (state and driver), PlacerTables.cpp (with
+// PairTrials and TerminalTrials), PlacerSearch.cpp (with the room search/), PlacerPlot.cpp.
 #pragma once
 
-#include <array>
-#include <atomic>
-#include <cstdint>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "classic/Params.h"
-#include "classic/SearchObserver.h"
-#include "classic/SearchWorker.h"
 #include "classic/netlist/Netlist.h"
-#include "classic/node/BBNode.h"
-#include "classic/node/BoundTables.h"
+#include "classic/search/Search.h"
 
 namespace korvel {
-
-// By the orientations of both blocks.
-using PairCosts = std::array<std::array<float, kUnmirroredOrients>, kUnmirroredOrients>;
 
 class Placer {
 public:
@@ -76,7 +65,7 @@ public:
 
     // Asks the running search, and all that would follow, to stop; from any thread. The run goes
     // on with the best node found so far.
-    void requestStop() { stopRequested.store(true, std::memory_order_relaxed); }
+    void requestStop() { stop.run.store(true); }
 
     // --- Driver ------------------------------------------------------------------------------
 
@@ -106,20 +95,15 @@ public:
     const BBNode& getBestNode() const { return bestNode; }
     const std::optional<SearchCounters>& getSearchCounters() const { return searchCounters; }
 
-    // Tests a node: cycles, area, bound. True keeps it, with its wirelength when all relations of
-    // its newest block are fixed: then its blocks are placed and aligned in the worker's placement.
+    // Single steps of a search on the current tables; see NodeEstimator and Branching.
     bool estimateNode(BBNode& node, float bestWL, SearchWorker& worker) const;
-
-    // --- Branching ----------------------------------------------------------------------------
-
-    // Puts the children of the kept node on top of `stack` into its place, the most promising
-    // topmost. Counts what the bound cuts, and as rejected what estimateNode would reject for
-    // certain: neither is made.
     void branch(NodeStack& stack, float bestWL, SearchWorker& worker) const;
-
-    // Indexes of the keys in ascending order; the comparisons fix the order of equal keys.
-    static std::array<unsigned, 3> sortThreeNodes(const std::array<float, 4>& keys);
-    static std::array<unsigned, 4> sortFourNodes(const std::array<float, 4>& keys);
+    static auto sortThreeNodes(const std::array<float, 4>& keys) {
+        return Branching::sortThreeNodes(keys);
+    }
+    static auto sortFourNodes(const std::array<float, 4>& keys) {
+        return Branching::sortFourNodes(keys);
+    }
 
     // --- Plot ---------------------------------------------------------------------------------
 
@@ -135,69 +119,45 @@ private:
 
     // Driver.
     void runMode();
-    void calcUtilization();
+    void printUtilization();
     void runStages();
     void runInitialAndMain();
-    void runPlain();
     void writeStatistics(const std::string& text);
 
     // Search.
     const SearchTables& prepareTables();
-    void search(SearchState& state, const SearchTables& shared);
-    void BBcore(SearchState& state, const SearchTables& shared);
-    bool takeNode(SearchState& state, BBNode& node) const;
-    void expandShared(SearchState& state, SearchWorker& worker);
-    void workOwnStack(SearchState& state, SearchWorker& worker);
-    bool isKept(SearchState& state, SearchWorker& worker, BBNode& node);
-    void updateBest(SearchState& state, const BBNode& node, const WorkingPlacement& placement);
-    void tellObserver(SearchWorker& worker);
-    bool isStopped() const {
-        return stopRequested.load(std::memory_order_relaxed) ||
-               passEnded.load(std::memory_order_relaxed);
-    }
-    // Whether no alignment saves the node, nor any that it becomes by further relations of its
-    // newest block: with what later blocks add at least (`remaining`) its wirelength is too long.
-    // Takes nodes inside the area, with their coordinates found.
-    bool isHopeless(const BBNode& node, float remaining, float bestWL, SearchWorker& worker) const;
+    SearchSetting searchSetting() const;
+    void runSearch(Search& search);
     void finishSearch(const AlignmentTables& alignment);
     void reportSearch();
 
-    // Branching.
-    std::optional<Orient> steeredOrient(const BBNode& node, unsigned block) const;
-    std::optional<Topology> steeredTopology(const BBNode& node, unsigned a, unsigned b) const;
-    bool isSteered(const BBNode& node) const;
-    float remainingDistance(const BBNode& node, unsigned next, Orient orient) const;
-    void branchOrientations(NodeStack& stack, float bestWL, SearchCounters& counters) const;
-    void branchTopologies(NodeStack& stack, float bestWL, SearchWorker& worker) const;
-
     std::ostream& out;
-    unsigned numBlocks = 0;  // from the benchmark, then those that the current pass places
-    unsigned numTerms = 0;
-    unsigned netNum = 0;
-    unsigned pinNum = 0;
+    SearchObserver* observer = nullptr;
+
+    // Options.
     unsigned numThreads;
-    BoundTables tables;
-    float initWL;
-    float levelCutFactor = 0.0F;
-    float utilization = 0.0F;
-    bool stageMode = false;
-    unsigned prevNumBlocks = 0;
-    unsigned prevLevels = 0;
-    BBNode prevBestNode;  // of the previous stage
-    bool initialPlacement = true;
     bool statistics = false;
     bool plot = false;
     std::ostream* statsOut = nullptr;
     double secondsToRun = 0.0;
+    bool joinPieces = false;
+
+    // The benchmark.
+    unsigned numBlocks = 0;  // from the benchmark, then those that the current pass places
+    unsigned numTerms = 0;
+    unsigned netNum = 0;
+    unsigned pinNum = 0;
+
+    // The run.
+    StopFlags stop;
+    bool initialPlacement = true;
+    bool stageMode = false;
+    PreviousStage previousStage;
+    float initWL;
+    BoundTables tables;
+    std::unique_ptr<const SearchTables> searchTables;  // of the last search
     BBNode bestNode;
     std::optional<SearchCounters> searchCounters;
-    std::unique_ptr<const SearchTables> searchTables;  // of the last search
-    // Of pairs of blocks whose cost no pass changes.
-    std::map<std::pair<unsigned, unsigned>, PairCosts> knownPairCosts;
-    std::atomic<bool> stopRequested{false};
-    std::atomic<bool> passEnded{false};  // the observer has ended the current pass
-    SearchObserver* observer = nullptr;
-    bool joinPieces = false;
 };
 
 }  // namespace korvel

@@ -1,110 +1,19 @@
-// The branch-and-bound search. Work is shared on demand: nodes of the first levels go through the
-// shared stack, so that all workers find work early; from then on a worker keeps its subtree to
-// itself, without locks, and hands over all its open nodes when another one has run out.
+// A pass's search from the engine's side: what it is given, and what becomes of its result.
 
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
-#include <ctime>
 #include <limits>
 #include <sstream>
-#include <system_error>
-#include <thread>
-#include <vector>
 
-#include "base/Invariant.h"
 #include "classic/Placer.h"
-#include "classic/SearchStats.h"
 
 namespace korvel {
 
 namespace {
 
-constexpr unsigned kSharedLevels = 3;
 constexpr double kNoBound = 0.0001;
-constexpr long kIdleWaitNanoseconds = 100'000;
-// Nodes between two words to the observer: a rare look at the clock, and no long wait for a stop.
-constexpr std::uint64_t kNodesBetweenWords = 512;
-
-void sleepIdle() {
-    const timespec wait{0, kIdleWaitNanoseconds};
-    nanosleep(&wait, nullptr);
-}
-
-void countIn(SearchState& state) {
-    const std::lock_guard lock(state.activeMutex);
-    state.activeWorkers.store(state.activeWorkers.load() + 1);
-}
-
-void countOut(SearchState& state) {
-    const std::lock_guard lock(state.activeMutex);
-    state.activeWorkers.store(state.activeWorkers.load() - 1);
-}
-
-void requestShare(SearchState& state, bool wanted) {
-    if (state.shareRequest.load() != wanted) {
-        const std::lock_guard lock(state.flagMutex);
-        state.shareRequest.store(wanted);
-    }
-}
-
-// Conversion to float may round the bound up, and then it would be none.
-float roundDown(double bound) {
-    return std::nextafter(static_cast<float>(bound), 0.0F);
-}
-
-// Strictly better bounds only: a tie cannot improve the best placement.
-bool isBetter(float wirelength, float remaining, float bestWL) {
-    return bestWL > remaining + wirelength;
-}
-
-bool isOver(SearchState& state) {
-    if (state.activeWorkers.load() != 0) {
-        return false;
-    }
-    const std::lock_guard lock(state.stackMutex);
-    return state.sharedStack.empty() && state.activeWorkers.load() == 0;
-}
-
-// Hands all of a worker's open nodes over, unless others still have some to take.
-void shareOwnStack(SearchState& state, NodeStack& ownStack) {
-    {
-        const std::lock_guard lock(state.stackMutex);
-        if (state.sharedStack.empty()) {
-            state.sharedStack.swap(ownStack);
-            state.sharedStackEmpty.store(false);
-        }
-    }
-    requestShare(state, false);
-}
-
-// As many as asked for, or as the system allows; at least one.
-template <typename Work>
-std::vector<std::thread> startWorkers(const Work& work, unsigned number) {
-    std::vector<std::thread> workers;
-    try {
-        while (workers.size() < number) {
-            workers.emplace_back(work);
-        }
-    } catch (const std::system_error&) {
-        if (workers.empty()) {
-            throw;
-        }
-    }
-    return workers;
-}
 
 }  // namespace
-
-void SearchCounters::add(const SearchCounters& other) {
-    expandedNodes += other.expandedNodes;
-    sortedNodes += other.sortedNodes;
-    closedShare += other.closedShare;
-    for (std::size_t level = 0; level < prunedByBound.size(); ++level) {
-        prunedByBound[level] += other.prunedByBound[level];
-        cutAtBranching[level] += other.cutAtBranching[level];
-    }
-}
 
 void Placer::BandB() {
     banner("==   Start B&B   ==");
@@ -117,11 +26,11 @@ void Placer::BandB() {
 
     netlist.unplaceAllNets();
     const SearchTables& shared = prepareTables();
-    SearchState state(numBlocks * (numBlocks + 1) / 2,
-                      hasBound ? initWL : std::numeric_limits<float>::max());
-    search(state, shared);
-    bestNode = state.bestNode;
-    searchCounters = state.counters;
+    Search search(searchSetting(), shared, hasBound ? initWL : std::numeric_limits<float>::max(),
+                  stop, observer, out);
+    runSearch(search);
+    bestNode = search.getBestNode();
+    searchCounters = search.getCounters();
 
     finishSearch(shared.alignment);
     reportSearch();
@@ -130,193 +39,40 @@ void Placer::BandB() {
 
 // The order of the blocks does not change from the initial to the main pass.
 const SearchTables& Placer::prepareTables() {
-    if (searchTables == nullptr || searchTables->alignment.getBlockNum() != numBlocks) {
+    if (searchTables == nullptr || searchTables->alignment.numBlocks != numBlocks) {
         searchTables = std::make_unique<const SearchTables>(netlist, numBlocks, area());
     }
     return *searchTables;
 }
 
-void Placer::search(SearchState& state, const SearchTables& shared) {
-    if (observer != nullptr) {
-        observer->searchBegins();
-    }
+SearchSetting Placer::searchSetting() const {
+    return {.netlist = netlist,
+            .numBlocks = numBlocks,
+            .bounds = tables,
+            .previous = previousStage,
+            .hasTerminals = numTerms != 0,
+            .areaConst = params.getAreaConst(),
+            .area = area()};
+}
+
+void Placer::runSearch(Search& search) {
     const auto start = std::chrono::steady_clock::now();
-    state.sharedStack.push(BBNode());
-    state.sharedStackEmpty.store(false);
-    for (std::thread& worker : startWorkers([&] { BBcore(state, shared); }, numThreads)) {
-        worker.join();
-    }
+    search.run(numThreads);
     if (statsOut != nullptr) {
         const std::string pass = stageMode          ? std::to_string(numBlocks) + " blocks"
                                  : initialPlacement ? "initial"
                                                     : "main";
-        printSearchStats(*statsOut, pass, state.counters, std::chrono::steady_clock::now() - start);
-    }
-}
-
-void Placer::BBcore(SearchState& state, const SearchTables& shared) {
-    SearchWorker worker(shared, tables, state.levelCount);
-    while (takeNode(state, worker.node)) {
-        if (worker.node.blockLevel < kSharedLevels) {
-            expandShared(state, worker);
-        } else {
-            worker.ownStack.push(worker.node);
-            workOwnStack(state, worker);
-        }
-        countOut(state);
-    }
-    tellObserver(worker);
-    const std::lock_guard lock(state.bestMutex);
-    state.counters.add(worker.counters);
-}
-
-// Waits for a node on the shared stack; false at the end of the search. A worker that gets one is
-// counted in.
-bool Placer::takeNode(SearchState& state, BBNode& node) const {
-    while (!isStopped()) {
-        if (!state.sharedStackEmpty.load()) {
-            countIn(state);
-            {
-                const std::lock_guard lock(state.stackMutex);
-                if (!state.sharedStack.empty()) {
-                    state.sharedStack.popInto(node);
-                    state.sharedStackEmpty.store(state.sharedStack.empty());
-                    return true;
-                }
-            }
-            countOut(state);
-        } else if (isOver(state)) {
-            return false;
-        } else {
-            requestShare(state, true);
-            sleepIdle();
-        }
-    }
-    return false;
-}
-
-void Placer::expandShared(SearchState& state, SearchWorker& worker) {
-    if (isKept(state, worker, worker.node)) {
-        const std::lock_guard lock(state.stackMutex);
-        state.sharedStack.push(worker.node);
-        branch(state.sharedStack, state.bestWL.load(), worker);
-        state.sharedStackEmpty.store(state.sharedStack.empty());
-    }
-}
-
-// Works on the own stack until it is empty, or handed over to a worker that waits. A single node
-// is not worth handing over.
-void Placer::workOwnStack(SearchState& state, SearchWorker& worker) {
-    while (!worker.ownStack.empty() && !isStopped()) {
-        if (state.shareRequest.load() && worker.ownStack.size() != 1) {
-            shareOwnStack(state, worker.ownStack);
-            continue;
-        }
-        if (isKept(state, worker, worker.ownStack.top())) {
-            branch(worker.ownStack, state.bestWL.load(), worker);
-        } else {
-            worker.ownStack.pop();
-        }
-    }
-}
-
-// Tests a node. A complete one that passes may be the best, and is not branched.
-bool Placer::isKept(SearchState& state, SearchWorker& worker, BBNode& node) {
-    ++worker.counters.expandedNodes;
-    if (worker.counters.expandedNodes - worker.toldNodes >= kNodesBetweenWords) {
-        tellObserver(worker);
-    }
-    if (!estimateNode(node, state.bestWL.load(), worker)) {
-        ++worker.counters.prunedByBound[node.blockLevel - 1];
-        worker.counters.closedShare += node.share;
-        return false;
-    }
-    if (node.blockLevel == state.levelCount) {
-        updateBest(state, node, worker.placement);
-        worker.counters.closedShare += node.share;
-        return false;
-    }
-    return true;
-}
-
-void Placer::tellObserver(SearchWorker& worker) {
-    const std::uint64_t nodes = worker.counters.expandedNodes - worker.toldNodes;
-    const double share = worker.counters.closedShare - worker.toldShare;
-    worker.toldNodes += nodes;
-    worker.toldShare += share;
-    if (observer != nullptr && !observer->worked(nodes, share)) {
-        passEnded.store(true, std::memory_order_relaxed);
-    }
-}
-
-void Placer::updateBest(SearchState& state, const BBNode& node, const WorkingPlacement& placement) {
-    const std::lock_guard lock(state.bestMutex);
-    if (state.bestWL.load() > node.wirelength) {
-        state.bestNode = node;
-        state.bestWL.store(node.wirelength);
-        out << "best solution is updated, bestWL (w/o one-die nets): " << node.wirelength
-            << std::endl;
-        if (observer != nullptr) {
-            observer->improved(node, placement);
-        }
+        printSearchStats(*statsOut, pass, search.getCounters(),
+                         std::chrono::steady_clock::now() - start);
     }
 }
 
 bool Placer::estimateNode(BBNode& node, float bestWL, SearchWorker& worker) const {
-    // 1. Nothing to measure before two blocks are related.
-    if (node.numBlocks < 2 || node.definedNodes == 0) {
-        return true;
-    }
-    if (node.definedNodes > node.numBlocks - 1) {
-        std::cout << "ERROR: Inadmissible value definedNodes or numBlocks // Placer::estimateNode"
-                  << std::endl
-                  << "definedNodes: " << node.definedNodes << std::endl
-                  << "numBlocks: " << node.numBlocks << std::endl;
-        std::exit(0);
-    }
-
-    // 2. Cheap tests first: a cycle in either graph, then the area.
-    if (!node.sortGraphs()) {
-        return false;
-    }
-    const bool complete = node.isBlockComplete();
-    if (complete) {
-        ++worker.counters.sortedNodes;
-    }
-    if (complete || params.getAreaConst()) {
-        node.findCoords();
-    }
-    if (params.getAreaConst()) {
-        node.updateSizes();
-        if (node.width > params.getDieWidth() || node.height > params.getDieHight()) {
-            return false;
-        }
-    }
-
-    // 3. Only block-complete nodes pay for alignment and wirelength, and of these not the ones
-    // that no alignment can save.
-    const auto isTooLong = [&](float wirelength) {
-        return !isBetter(wirelength, node.remaining, bestWL);
-    };
-    if (complete) {
-        if (isHopeless(node, node.remaining, bestWL, worker)) {
-            return false;
-        }
-        node.placeAndAlign(worker.placement, params.getAreaConst(), area());
-        node.wirelength = worker.placement.partialHPWL(isTooLong);
-    }
-    return !isTooLong(node.wirelength);
+    return NodeEstimator(params.getAreaConst(), area()).estimateNode(node, bestWL, worker);
 }
 
-bool Placer::isHopeless(const BBNode& node, float remaining, float bestWL,
-                        SearchWorker& worker) const {
-    if (bestWL == std::numeric_limits<float>::max() || !params.getAreaConst()) {
-        return false;
-    }
-    const double enough = 1.0001 * (double{bestWL} - remaining);
-    const LengthBound& bound = worker.tables.lengthBound;
-    const float least = roundDown(bound.leastLength(node, worker.boundSpace, enough));
-    return !isBetter(least, remaining, bestWL);
+void Placer::branch(NodeStack& stack, float bestWL, SearchWorker& worker) const {
+    Branching(searchSetting()).branch(stack, bestWL, worker);
 }
 
 // Brings the netlist to the best placement, and measures it.
@@ -339,8 +95,8 @@ void Placer::finishSearch(const AlignmentTables& alignment) {
 
 void Placer::reportSearch() {
     // A stage that was ended too early to find anything leaves the decisions of the one before.
-    if (stageMode && (bestNode.numBlocks != 0 || !isStopped())) {
-        prevBestNode = bestNode;
+    if (stageMode && (bestNode.numBlocks != 0 || !stop.isSet())) {
+        previousStage.bestNode = bestNode;
     }
     out << std::endl
         << (initialPlacement ? "initWL found (w/o one-die nets): " : "bestBBNode WL (all nets): ")

@@ -127,16 +127,16 @@ std::string jsonOf(const Checked& result) {
     return textOf(report);
 }
 
-int check(const CheckOptions& options, CommandRun& run) {
-    const auto placed = readPlacedDesign(options.paths, options.region, options.rules, run.err);
+int check(const CheckOptions& options, CommandOutput& output) {
+    const auto placed = readPlacedDesign(options.paths, options.region, options.rules, output.err);
     if (!placed) {
         return kWrongInput;
     }
     const Checked result = checked(*placed, options);
     const bool isJsonOnly = options.jsonPath == "-";
-    run.out << (isJsonOnly ? jsonOf(result) : summaryOf(result));
+    output.out << (isJsonOnly ? jsonOf(result) : summaryOf(result));
     if (!isJsonOnly && !options.jsonPath.empty() &&
-        !writeFile(options.jsonPath, jsonOf(result), run.err)) {
+        !writeFile(options.jsonPath, jsonOf(result), output.err)) {
         return kNotWritten;
     }
     return result.isLegal() ? kLegal : kNotLegal;
@@ -144,7 +144,7 @@ int check(const CheckOptions& options, CommandRun& run) {
 
 }  // namespace
 
-void addCheck(CLI::App& program, CommandRun& run) {
+void addCheck(CLI::App& program, CommandOutput& output) {
     CLI::App& command =
         addCommand(program, "check", "Score a placement and say whether it is legal");
     const auto options = std::make_shared<CheckOptions>();
@@ -161,7 +161,7 @@ void addCheck(CLI::App& program, CommandRun& run) {
     command.footer(
         "Exit status: 0 legal, 1 not legal, 2 wrong usage, 3 wrong input, 4 a file could "
         "not be written.");
-    command.callback([options, &run] { run.status = check(*options, run); });
+    command.callback([options, &output] { output.status = check(*options, output); });
 }
 
 }  // namespace korvel

@@ -23,8 +23,8 @@ enum ExitStatus : int {
     kNotWritten = 4,  // a file, or standard output
 };
 
-// One run of one command. The parser fills the command's options; the command sets the status.
-struct CommandRun {
+// Where a command writes, and the status that it ends with.
+struct CommandOutput {
     std::ostream& out;
     std::ostream& err;
     int status = kLegal;
@@ -71,9 +71,9 @@ std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Reg
 // Writes a file whole or not at all; says on `err` why not, and whether.
 bool writeFile(const std::string& path, const std::string& content, std::ostream& err);
 
-// `run` outlives the program's parsing; the streams are used from the calling thread only.
-void addPlace(CLI::App& program, CommandRun& run);
-void addCheck(CLI::App& program, CommandRun& run);
-void addDraw(CLI::App& program, CommandRun& run);
+// `output` outlives the program's parsing; its streams are used from the calling thread only.
+void addPlace(CLI::App& program, CommandOutput& output);
+void addCheck(CLI::App& program, CommandOutput& output);
+void addDraw(CLI::App& program, CommandOutput& output);
 
 }  // namespace korvel

@@ -30,10 +30,10 @@ std::string usageFailure(const CLI::App* program, const CLI::Error& error) {
     return words + ": " + error.what() + "\n" + words + " --help tells how it is used.\n";
 }
 
-void addCommands(CLI::App& program, CommandRun& run) {
-    addPlace(program, run);
-    addCheck(program, run);
-    addDraw(program, run);
+void addCommands(CLI::App& program, CommandOutput& output) {
+    addPlace(program, output);
+    addCheck(program, output);
+    addDraw(program, output);
     addCommand(program, "help", "Tell about the program, or about the command that follows");
 }
 
@@ -47,12 +47,12 @@ std::vector<const char*> withoutHelpCommand(int argc, const char* const argv[]) 
     return words;
 }
 
-int parseAndRun(CLI::App& program, CommandRun& run, const std::vector<const char*>& words) {
+int parseAndRun(CLI::App& program, CommandOutput& output, const std::vector<const char*>& words) {
     try {
         program.parse(static_cast<int>(words.size()), words.data());
-        return run.status;
+        return output.status;
     } catch (const CLI::ParseError& end) {
-        return program.exit(end, run.out, run.err) == 0 ? kLegal : kWrongUsage;
+        return program.exit(end, output.out, output.err) == 0 ? kLegal : kWrongUsage;
     }
 }
 
@@ -64,15 +64,15 @@ bool isCommand(int argc, const char* const argv[]) {
 }
 
 int runCommand(int argc, const char* const argv[], std::ostream& out, std::ostream& err) {
-    CommandRun run{out, err};
+    CommandOutput output{out, err};
     CLI::App program("Korvel places dies on an interposer.", "korvel");
     program.set_version_flag("--version", programVersion(), "Print the version and end");
     program.set_help_flag("--help", "Print this help and end");
     program.require_subcommand(1);
     program.failure_message(usageFailure);
-    addCommands(program, run);
+    addCommands(program, output);
     program.footer(kClassicInterface);
-    const int status = parseAndRun(program, run, withoutHelpCommand(argc, argv));
+    const int status = parseAndRun(program, output, withoutHelpCommand(argc, argv));
     if (!out.flush()) {
         err << "korvel: cannot write to standard output\n";
         return kNotWritten;

@@ -29,31 +29,33 @@ bool isWhole(const PlacedDesign& placed, const std::string& file, std::ostream& 
 
 std::string pictureOf(const PlacedDesign& placed, Region region) {
     const Placement placement = *placed.placement.whole();
+    const double tolerance = touchingLength(region, kTouchingInFiles);
+    const Judgement judgement = judge(placed.design, region, placement, tolerance);
     if (!placed.rules) {
-        return drawSvg(placed.design, region, placement);
+        return drawSvg(placed.design, region, placement, judgement);
     }
-    const RuleJudgement judgement = judgeRules(placed.design, region, *placed.rules, placement,
-                                               touchingLength(region, kTouchingInFiles));
-    const Ruled ruled{*placed.rules, judgement};
-    return drawSvg(placed.design, region, placement, &ruled);
+    const RuleJudgement ofRules =
+        judgeRules(placed.design, region, *placed.rules, placement, tolerance);
+    const Ruled ruled{*placed.rules, ofRules};
+    return drawSvg(placed.design, region, placement, judgement, &ruled);
 }
 
-int draw(const DrawOptions& options, CommandRun& run) {
-    const auto placed = readPlacedDesign(options.paths, options.region, options.rules, run.err);
-    if (!placed || !isWhole(*placed, options.paths.placement, run.err)) {
+int draw(const DrawOptions& options, CommandOutput& output) {
+    const auto placed = readPlacedDesign(options.paths, options.region, options.rules, output.err);
+    if (!placed || !isWhole(*placed, options.paths.placement, output.err)) {
         return kWrongInput;
     }
     const std::string picture = pictureOf(*placed, options.region);
     if (options.picturePath == "-") {
-        run.out << picture;
+        output.out << picture;
         return kLegal;
     }
-    return writeFile(options.picturePath, picture, run.err) ? kLegal : kNotWritten;
+    return writeFile(options.picturePath, picture, output.err) ? kLegal : kNotWritten;
 }
 
 }  // namespace
 
-void addDraw(CLI::App& program, CommandRun& run) {
+void addDraw(CLI::App& program, CommandOutput& output) {
     CLI::App& command = addCommand(program, "draw", "Draw a placement as SVG");
     const auto options = std::make_shared<DrawOptions>();
     addPlacedDesign(command, options->paths);
@@ -65,7 +67,7 @@ void addDraw(CLI::App& program, CommandRun& run) {
     command.footer(
         "Exit status: 0 drawn, legal or not, 2 wrong usage, 3 wrong input, 4 the picture "
         "could not be written.");
-    command.callback([options, &run] { run.status = draw(*options, run); });
+    command.callback([options, &output] { output.status = draw(*options, output); });
 }
 
 }  // namespace korvel

@@ -10,7 +10,7 @@
 
 #include "commands/Command.h"
 #include "commands/PlaceReport.h"
-#include "commands/ProgressLine.h"
+#include "commands/StatusLine.h"
 #include "design/DesignReader.h"
 #include "design/PlacementFile.h"
 #include "draw/Picture.h"
@@ -134,31 +134,30 @@ void addOptions(CLI::App& command, PlaceOptions& options) {
 
 // --- Input ---------------------------------------------------------------------------------------
 
-// What keeps the placement in a file from being a start; empty if nothing does.
-std::string faultOfStart(const ReadPlacement& read, const Design& design, Region region) {
-    const std::vector<std::string> missing = read.missing(design);
-    if (!missing.empty()) {
-        return "found no place for " + shown(missing.front()) + ", expected all dies";
-    }
-    const double tolerance = touchingLength(region, kTouchingInFiles);
-    const std::string faults = faultCounts(judge(design, region, *read.whole(), tolerance));
-    return faults.empty() ? "" : "found " + faults + ", expected a legal placement to start from";
-}
-
+// The placement to start from; anything that keeps it from being one is an error.
 std::optional<Placement> readStart(const std::string& path, const Design& design, Region region,
                                    Diagnostics& diagnostics) {
     const ReadPlacement read = readPlacement(path, design, diagnostics);
     for (const auto& [name, line] : read.unknown) {
         diagnostics.error(path, line, "found " + shown(name) + ", expected a die of the design");
     }
-    if (!diagnostics.hasErrors()) {
-        const std::string fault = faultOfStart(read, design, region);
-        if (fault.empty()) {
-            return read.whole();
-        }
-        diagnostics.error(path, 0, fault);
+    const std::optional<Placement> start = read.whole();
+    if (diagnostics.hasErrors()) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    if (!start) {
+        diagnostics.error(
+            path, 0,
+            "found no place for " + shown(read.missing(design).front()) + ", expected all dies");
+        return std::nullopt;
+    }
+    const double tolerance = touchingLength(region, kTouchingInFiles);
+    const std::string faults = faultCounts(judge(design, region, *start, tolerance));
+    if (!faults.empty()) {
+        diagnostics.error(path, 0,
+                          "found " + faults + ", expected a legal placement to start from");
+    }
+    return start;
 }
 
 // The design, and in the options the start; nothing if anything is wrong with either.
@@ -220,7 +219,7 @@ bool canWriteAll(const PlaceOptions& options, std::ostream& err) {
 }
 
 struct WrittenFiles {
-    std::vector<std::string> paths;
+    std::string names;  // each behind a blank
     bool isComplete = true;
 };
 
@@ -231,17 +230,18 @@ WrittenFiles writeFiles(const Design& design, const PlaceOptions& options, const
     WrittenFiles written;
     const auto write = [&](const std::string& path, const std::string& content) {
         if (writeFile(path, content, err)) {
-            written.paths.push_back(path);
+            written.names += " " + path;
         } else {
             written.isComplete = false;
         }
     };
     if (!options.prefix.empty() && result.best) {
-        const Placement& placement = result.best->placement;
+        const auto& [placement, judgement, finder, after] = *result.best;
         std::ostringstream text;
         writePlacement(text, design, placement);
         write(options.prefix + ".pl", text.str());
-        write(options.prefix + ".svg", drawSvg(design, options.inputs.region, placement));
+        write(options.prefix + ".svg",
+              drawSvg(design, options.inputs.region, placement, judgement));
     }
     if (!options.prefix.empty()) {
         write(options.prefix + ".json", json);
@@ -255,45 +255,36 @@ WrittenFiles writeFiles(const Design& design, const PlaceOptions& options, const
 // --- The command ---------------------------------------------------------------------------------
 
 RunResult search(const Design& design, const PlaceOptions& options, std::ostream& err) {
-    const bool isTerminal = &err == &std::cerr && isatty(STDERR_FILENO) != 0;
-    StatusLine line(err, isTerminal && !options.quiet);
-    Run run(design, options.inputs.region, options.run, [&](const Found& found, double seconds) {
+    const bool isTerminal = &err == &std::cerr && isatty(STDERR_FILENO) != 0 && !options.quiet;
+    StatusLine line(err, isTerminal);
+    PlaceRun run(design, options.inputs.region, options.run, [&](const Found& found) {
         if (options.verbose) {
-            line.say(improvementText(found, seconds));
+            line.say(improvementText(found));
         }
     });
     const SignalWatch signals([&run] { run.interrupt(); });
-    const ProgressLine progress(run, line);
+    const std::jthread status = isTerminal ? showStatus(run, line) : std::jthread();
     return run.execute();
 }
 
-std::string writtenText(const std::vector<std::string>& paths) {
-    if (paths.empty()) {
-        return "";
-    }
-    std::string text = "\nWritten:";
-    for (const std::string& path : paths) {
-        text += " " + path;
-    }
-    return text + "\n";
-}
-
-int place(PlaceOptions& options, CommandRun& run) {
-    const std::optional<Design> design = readInputs(options, run.err);
+int place(PlaceOptions& options, CommandOutput& output) {
+    const std::optional<Design> design = readInputs(options, output.err);
     if (!design) {
         return kWrongInput;
     }
-    if (!canWriteAll(options, run.err)) {
+    if (!canWriteAll(options, output.err)) {
         return kNotWritten;
     }
-    const RunResult result = search(*design, options, run.err);
+    const RunResult result = search(*design, options, output.err);
     const std::string json = textOf(placeReport(*design, options.inputs, options.run, result));
-    const WrittenFiles written = writeFiles(*design, options, result, json, run.err);
+    const WrittenFiles written = writeFiles(*design, options, result, json, output.err);
     if (options.isJsonOnly()) {
-        run.out << json;
+        output.out << json;
     } else if (!options.quiet) {
-        run.out << placeSummary(*design, options.inputs.region, options.run, result)
-                << writtenText(written.paths);
+        output.out << placeSummary(*design, options.inputs.region, options.run, result);
+        if (!written.names.empty()) {
+            output.out << "\nWritten:" << written.names << "\n";
+        }
     }
     if (!written.isComplete) {
         return kNotWritten;
@@ -303,12 +294,12 @@ int place(PlaceOptions& options, CommandRun& run) {
 
 }  // namespace
 
-void addPlace(CLI::App& program, CommandRun& run) {
+void addPlace(CLI::App& program, CommandOutput& output) {
     CLI::App& command =
         addCommand(program, "place", "Look for a legal placement with a short wirelength");
     const auto options = std::make_shared<PlaceOptions>();
     addOptions(command, *options);
-    command.callback([options, &run] { run.status = place(*options, run); });
+    command.callback([options, &output] { output.status = place(*options, output); });
 }
 
 }  // namespace korvel

@@ -1,8 +1,7 @@
 #include "commands/PlaceReport.h"
 
+#include <algorithm>
 #include <array>
-#include <cmath>
-#include <cstdio>
 
 #include "report/Text.h"
 #include "run/Duration.h"
@@ -16,37 +15,18 @@ Json orNull(const std::optional<Value>& value) {
     return value ? Json(*value) : Json(nullptr);
 }
 
-std::string percentText(double part) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.3g %%", 100.0 * part);
-    return text.data();
-}
-
 // By how much of its length the best placement may be longer than the shortest one.
 std::optional<double> gapOf(const RunResult& result) {
-    if (!result.best || !result.lowerBound || result.best->wirelength <= 0.0) {
+    if (!result.best || !result.lowerBound || result.best->wirelength() <= 0.0) {
         return std::nullopt;
     }
-    return std::max(0.0, 1.0 - *result.lowerBound / result.best->wirelength);
+    return std::max(0.0, 1.0 - *result.lowerBound / result.best->wirelength());
 }
 
-std::string endingWord(Ending ending) {
-    switch (ending) {
-        case Ending::TimeLimit:
-            return "time limit";
-        case Ending::Interrupted:
-            return "interrupted";
-        case Ending::Proved:
-            return "proved optimal";
-        case Ending::NoPlacement:
-            return "no legal placement exists";
-        case Ending::GapReached:
-            return "gap reached";
-        case Ending::Done:
-            break;
-    }
-    return "done";
-}
+// By Ending.
+constexpr std::array<const char*, 6> kEndingWords{
+    "done",       "time limit", "interrupted", "proved optimal", "no legal placement exists",
+    "gap reached"};
 
 std::string endingText(const RunOptions& options, const RunResult& result) {
     switch (result.ending) {
@@ -94,18 +74,12 @@ Json optionFields(const PlaceInputs& inputs, const RunOptions& options) {
             {"gap", options.gap}};
 }
 
-// JSON has no infinity; where no placement exists, there is nothing to bound.
-Json lowerBoundField(const RunResult& result) {
-    return result.lowerBound && std::isfinite(*result.lowerBound) ? Json(*result.lowerBound)
-                                                                  : Json(nullptr);
-}
-
 Json runFields(const RunResult& result) {
-    Json fields{{"ended", endingWord(result.ending)},
+    Json fields{{"ended", kEndingWords.at(static_cast<std::size_t>(result.ending))},
                 {"seconds", result.seconds},
                 {"foundBy", result.best ? Json(result.best->finder) : Json(nullptr)},
-                {"foundAfter", result.best ? Json(result.foundAfter) : Json(nullptr)},
-                {"lowerBound", lowerBoundField(result)},
+                {"foundAfter", result.best ? Json(result.best->after) : Json(nullptr)},
+                {"lowerBound", orNull(result.lowerBound)},  // infinity is written as null
                 {"gap", orNull(gapOf(result))},
                 {"nodes", result.nodes},
                 {"moves", result.moves}};
@@ -120,7 +94,7 @@ Rows runRows(const RunOptions& options, const RunResult& result) {
     Rows rows;
     if (result.best) {
         rows.push_back(
-            {"Found", "by " + result.best->finder + ", after " + durationText(result.foundAfter)});
+            {"Found", "by " + result.best->finder + ", after " + durationText(result.best->after)});
     }
     rows.push_back({"Ended", endingText(options, result)});
     if (const auto gap = gapOf(result)) {
@@ -135,21 +109,13 @@ Rows runRows(const RunOptions& options, const RunResult& result) {
     return rows;
 }
 
-Json headOf(const Design& design, Region region, const RunResult& result) {
-    if (!result.best) {
-        return reportHead("place", design, region, false);
-    }
-    const Placement& placement = result.best->placement;
-    return reportOn("place", design, region, placement, judge(design, region, placement));
-}
-
 }  // namespace
 
 std::string placeSummary(const Design& design, Region region, const RunOptions& options,
                          const RunResult& result) {
     const bool found = result.best.has_value();
-    Rows rows = found ? summaryRows(design, region, judge(design, region, result.best->placement))
-                      : designRows(design, region);
+    Rows rows =
+        found ? summaryRows(design, region, result.best->judgement) : designRows(design, region);
     for (Row& row : runRows(options, result)) {
         rows.push_back(std::move(row));
     }
@@ -159,7 +125,9 @@ std::string placeSummary(const Design& design, Region region, const RunOptions& 
 
 Json placeReport(const Design& design, const PlaceInputs& inputs, const RunOptions& options,
                  const RunResult& result) {
-    Json report = headOf(design, inputs.region, result);
+    const std::optional<Found>& best = result.best;
+    Json report = best ? reportOn("place", design, inputs.region, best->placement, best->judgement)
+                       : reportHead("place", design, inputs.region, false);
     report["options"] = optionFields(inputs, options);
     report["run"] = runFields(result);
     return report;

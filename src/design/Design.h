@@ -1,24 +1,21 @@
-// A design as everything but the base search sees it: exact sizes, pins as distances, terminals
+// A design as everything but the classic search sees it: exact sizes, pins as distances, terminals
 // where they are. Plain values, filled once by the reader and never changed; any thread may read.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "base/BasicStructs.h"
+#include "base/Axis.h"
 
 namespace korvel {
-
-// The region that the dies are to be placed in, from the origin.
-struct Region {
-    double width = 0.0;
-    double height = 0.0;
-};
 
 struct Extent {
     double width = 0.0;
     double height = 0.0;
 };
+
+// What the dies are to be placed in, from the origin.
+using Region = Extent;
 
 // A position or a displacement in double precision.
 struct Spot {
@@ -54,6 +51,11 @@ struct Design {
 
 // The extent of a die of that size, turned. Orientation: any but Undefined.
 Extent turned(Extent size, Orient orient);
+
+// The same along one axis. Orientation: N, E, S or W.
+inline double lengthAlong(Axis axis, Extent size, Orient orient) {
+    return swapsWidthAndHeight(orient) == (axis == kX) ? size.height : size.width;
+}
 
 // Where a pin lies from the lower-left corner of its turned die. Orientation: any but Undefined.
 Spot turned(Spot offset, Extent size, Orient orient);

@@ -10,10 +10,6 @@ std::string times(Extent size) {
     return numeral(size.width) + " x " + numeral(size.height);
 }
 
-std::string times(Region region) {
-    return times(Extent{region.width, region.height});
-}
-
 bool isUsable(double length) {
     return std::isfinite(length) && length > 0.0;
 }

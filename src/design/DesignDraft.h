@@ -1,6 +1,7 @@
 // A design while its files are read: what they have said so far, and where.
 #pragma once
 
+#include <iosfwd>
 #include <string>
 #include <unordered_map>
 
@@ -9,9 +10,6 @@
 #include "design/RecordFile.h"
 
 namespace korvel {
-
-// Sums and differences of decimal fractions are off by a little.
-inline constexpr double kSlack = 1.0 + 1e-9;
 
 struct DesignDraft {
     enum class Kind { kDie, kTerminal, kOther };
@@ -41,9 +39,13 @@ struct DesignDraft {
     std::unordered_map<std::string, Body> bodies;  // by name; also those with errors
 };
 
+// The readers of .blocks and .nets files, each in the source of its name. `name` is the file's in
+// findings; the dies and terminals come first.
+void readBlocks(std::istream& in, const std::string& name, DesignDraft& draft);
+void readNets(std::istream& in, const std::string& name, DesignDraft& draft);
+
 // As in "2.5 x 10".
 std::string times(Extent size);
-std::string times(Region region);
 
 // A length that is finite and above 0.
 bool isUsable(double length);

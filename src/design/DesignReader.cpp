@@ -4,20 +4,19 @@
 #include <filesystem>
 #include <fstream>
 
-#include "design/BlocksReader.h"
+#include "base/Tolerances.h"
 #include "design/DesignDraft.h"
 #include "design/InputFile.h"
-#include "design/NetsReader.h"
 #include "design/Numeral.h"
-#include "design/PlacementRecord.h"
+#include "design/PlacementFile.h"
 
 namespace korvel {
 
 namespace {
 
 bool isInside(Spot at, Region region) {
-    return at.x >= 0.0 && at.x <= region.width * kSlack && at.y >= 0.0 &&
-           at.y <= region.height * kSlack;
+    return at.x >= 0.0 && at.x <= region.width * (1.0 + kFitting) && at.y >= 0.0 &&
+           at.y <= region.height * (1.0 + kFitting);
 }
 
 // Warns once for all, as a wrong area or a turned one has many terminals outside.
@@ -59,12 +58,7 @@ void readPosition(RecordFile& file, DesignDraft& draft) {
     if (body == nullptr) {
         return;
     }
-    if (body->placedLine != 0) {
-        file.errorAgain(body->placedLine);
-        return;
-    }
-    body->placedLine = file.getLine();
-    const auto record = readPlacementRecord(file, "position of " + shown(file.getWord()));
+    const auto record = readPlacementRecord(file, body->placedLine);
     if (record && body->kind == DesignDraft::Kind::kTerminal) {
         draft.design.terminals[body->index].at = record->at;
     }
@@ -91,14 +85,6 @@ void checkDiesHaveNets(const DesignDraft& draft) {
                 "die " + shown(die.name) + ": found in no net, expected in one or more");
         }
     }
-}
-
-void readBlocks(std::istream& in, const std::string& name, DesignDraft& draft) {
-    BlocksReader(in, name, draft).read();
-}
-
-void readNets(std::istream& in, const std::string& name, DesignDraft& draft) {
-    NetsReader(in, name, draft).read();
 }
 
 struct DesignFile {

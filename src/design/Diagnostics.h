@@ -2,7 +2,9 @@
 // user sees everything at once. Texts say what was found and what was expected.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -12,7 +14,7 @@ namespace korvel {
 
 class Diagnostics {
 public:
-    enum class Severity { kError, kWarning };
+    enum Severity : std::uint8_t { kError, kWarning };
     struct Finding {
         Severity severity;
         std::string file;  // empty: about no file, such as the area
@@ -22,12 +24,16 @@ public:
     // So many of each severity are kept and printed; the others are only counted.
     static constexpr std::size_t kMaxKept = 20;
 
-    void error(const std::string& file, unsigned line, const std::string& text);
-    void warning(const std::string& file, unsigned line, const std::string& text);
+    void report(Severity severity, const std::string& file, unsigned line, const std::string& text);
+    void error(const std::string& file, unsigned line, const std::string& text) {
+        report(kError, file, line, text);
+    }
+    void warning(const std::string& file, unsigned line, const std::string& text) {
+        report(kWarning, file, line, text);
+    }
 
-    bool hasErrors() const { return errorNum > 0; }
-    std::size_t getErrorNum() const { return errorNum; }
-    std::size_t getWarningNum() const { return warningNum; }
+    bool hasErrors() const { return getErrorNum() > 0; }
+    std::size_t getErrorNum() const { return numbers[kError]; }
     // Those kept, in the order in which they were found.
     const std::vector<Finding>& getFindings() const { return findings; }
 
@@ -36,12 +42,8 @@ public:
     void print(std::ostream& out) const;
 
 private:
-    void add(Severity severity, std::size_t& num, const std::string& file, unsigned line,
-             const std::string& text);
-
     std::vector<Finding> findings;
-    std::size_t errorNum = 0;
-    std::size_t warningNum = 0;
+    std::array<std::size_t, 2> numbers{};  // by severity
 };
 
 // A piece of the input for a message: in quotes, what cannot be printed as \xNN, cut when long.

@@ -2,38 +2,42 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 
 namespace korvel {
+
+Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin) {
+    if (!design.isDie(pin.body)) {
+        return design.terminalOf(pin.body).at;
+    }
+    const PlacedDie& placed = placement[pin.body];
+    const Spot offset = turned(pin.offset, design.dies[pin.body].size, placed.orient);
+    return {placed.at.x + offset.x, placed.at.y + offset.y};
+}
+
+void Box::add(Spot spot) {
+    low = {std::min(low.x, spot.x), std::min(low.y, spot.y)};
+    high = {std::max(high.x, spot.x), std::max(high.y, spot.y)};
+}
+
+double netLength(const Design& design, const Placement& placement, const Design::Net& net) {
+    Box box;
+    for (const Design::Pin& pin : net.pins) {
+        box.add(placeOf(design, placement, pin));
+    }
+    return box.size().width + box.size().height;
+}
 
 double wirelength(const Design& design, const Placement& placement) {
     double sum = 0.0;
     for (const Design::Net& net : design.nets) {
-        Spot low{std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
-        Spot high{-low.x, -low.y};
-        for (const Design::Pin& pin : net.pins) {
-            Spot at;
-            if (design.isDie(pin.body)) {
-                const PlacedDie& die = placement[pin.body];
-                at = turned(pin.offset, design.dies[pin.body].size, die.orient);
-                at = {die.at.x + at.x, die.at.y + at.y};
-            } else {
-                at = design.terminalOf(pin.body).at;
-            }
-            low = {std::min(low.x, at.x), std::min(low.y, at.y)};
-            high = {std::max(high.x, at.x), std::max(high.y, at.y)};
-        }
-        if (!net.pins.empty()) {
-            sum += (high.x - low.x) + (high.y - low.y);
-        }
+        sum += netLength(design, placement, net);
     }
     return sum;
 }
 
 void Relations::set(unsigned a, unsigned b, Topology topology) {
-    static constexpr std::array kConverse{Topology::R, Topology::L, Topology::B, Topology::A};
     where[a * dieNum + b] = topology;
-    where[b * dieNum + a] = kConverse[static_cast<unsigned>(topology)];
+    where[b * dieNum + a] = converse(topology);
 }
 
 Relations Relations::of(const Design& design, const Placement& placement) {
@@ -53,15 +57,6 @@ Relations Relations::of(const Design& design, const Placement& placement) {
         }
     }
     return relations;
-}
-
-Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin) {
-    if (!design.isDie(pin.body)) {
-        return design.terminalOf(pin.body).at;
-    }
-    const PlacedDie& placed = placement[pin.body];
-    const Spot offset = turned(pin.offset, design.dies[pin.body].size, placed.orient);
-    return {placed.at.x + offset.x, placed.at.y + offset.y};
 }
 
 }  // namespace korvel

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "base/Infinity.h"
 #include "design/Design.h"
 
 namespace korvel {
@@ -17,6 +18,19 @@ using Placement = std::vector<PlacedDie>;
 
 // Where a pin lies.
 Spot placeOf(const Design& design, const Placement& placement, const Design::Pin& pin);
+
+// Grows around what it is given.
+struct Box {
+    Spot low{kInfiniteLength, kInfiniteLength};
+    Spot high{-kInfiniteLength, -kInfiniteLength};
+
+    void add(Spot spot);
+    bool isEmpty() const { return high.x < low.x; }
+    Extent size() const { return isEmpty() ? Extent{} : Extent{high.x - low.x, high.y - low.y}; }
+};
+
+// Half the perimeter of the box around a net's pins.
+double netLength(const Design& design, const Placement& placement, const Design::Net& net);
 
 // Half-perimeter wirelength over all nets.
 double wirelength(const Design& design, const Placement& placement);

@@ -6,9 +6,9 @@
 #include <ostream>
 #include <unordered_map>
 
+#include "base/Tolerances.h"
 #include "design/InputFile.h"
 #include "design/Numeral.h"
-#include "design/PlacementRecord.h"
 #include "design/RecordFile.h"
 
 namespace korvel {
@@ -18,9 +18,8 @@ namespace {
 // A file with so many is a placement of something else.
 constexpr std::size_t kMaxUnknown = 10000;
 
-// Tools print sizes with six digits or more.
 bool isNear(double a, double b) {
-    return std::abs(a - b) <= 1e-5 * std::max(std::abs(a), std::abs(b));
+    return std::abs(a - b) <= kPrintedSize * std::max(std::abs(a), std::abs(b));
 }
 
 bool isNear(Extent a, Extent b) {
@@ -31,30 +30,54 @@ std::string pair(double a, double b) {
     return "(" + numeral(a) + ", " + numeral(b) + ")";
 }
 
-class PlacementReader {
-public:
-    PlacementReader(const Design& design, RecordFile& file);
-    ReadPlacement read();
+std::optional<Orient> orientOf(const std::string& text) {
+    for (int i = static_cast<int>(Orient::N); i <= static_cast<int>(Orient::FW); ++i) {
+        if (OrientConverter::OrientToString(static_cast<Orient>(i)) == text) {
+            return static_cast<Orient>(i);
+        }
+    }
+    return std::nullopt;
+}
 
-private:
-    struct Body {
-        unsigned index;
-        unsigned line = 0;  // 0: not in the file yet
-    };
+// What may stand behind the position: nothing, an orientation, or dimensions and an orientation.
+bool readTurn(RecordFile& file, PlacementRecord& record, const std::string& subject) {
+    BookshelfScanner& scanner = file.scanner;
+    const std::string piece(scanner.nextPiece());
+    if (piece.empty()) {
+        return true;
+    }
+    if (piece == "DIMS") {
+        scanner.token();
+        const Corner<double> dims = scanner.corner<double>("=");
+        scanner.skipPast(':');
+        record.dims = Extent{dims.x, dims.y};
+    } else if (piece[0] == ':') {
+        scanner.skipPast(':');
+    } else {
+        file.error(subject + ": found " + shown(piece) +
+                   ", expected ': ORIENTATION', 'DIMS = (W, H) : ORIENTATION' or the end of the "
+                   "line");
+        return false;
+    }
+    const std::string text = scanner.token("an orientation");
+    const std::optional<Orient> orient = orientOf(text);
+    if (scanner && !orient) {
+        file.error(subject + ": found " + shown(text) +
+                   ", expected an orientation: N, E, S, W, FN, FE, FS or FW");
+        return false;
+    }
+    record.orient = orient.value_or(Orient::N);
+    return true;
+}
 
-    void readBody(Body& body);
-    void readDie(unsigned die, const PlacementRecord& record);
-    bool checkDims(const Design::Die& die, const PlacementRecord& record);
-    void checkTerminal(const Design::Terminal& terminal, Spot at);
-
-    const Design& design;
-    RecordFile& file;
-    std::unordered_map<std::string, Body> bodies;
-    ReadPlacement result;
+struct Body {
+    unsigned index;
+    unsigned line = 0;  // 0: not in the file yet
 };
 
-PlacementReader::PlacementReader(const Design& design, RecordFile& file)
-    : design(design), file(file) {
+// By name.
+std::unordered_map<std::string, Body> bodiesOf(const Design& design) {
+    std::unordered_map<std::string, Body> bodies;
     unsigned index = 0;
     for (const Design::Die& die : design.dies) {
         bodies.try_emplace(die.name, Body{index++});
@@ -62,49 +85,12 @@ PlacementReader::PlacementReader(const Design& design, RecordFile& file)
     for (const Design::Terminal& terminal : design.terminals) {
         bodies.try_emplace(terminal.name, Body{index++});
     }
-    result.dies.resize(design.dies.size());
+    return bodies;
 }
 
-ReadPlacement PlacementReader::read() {
-    while (file.next()) {
-        const auto body = bodies.find(file.getWord());
-        if (body == bodies.end()) {
-            result.unknown.push_back({file.getWord(), file.getLine()});
-            if (result.unknown.size() == kMaxUnknown) {
-                file.error("found too many unknown names to read on");
-                break;
-            }
-        } else if (body->second.line != 0) {
-            file.errorAgain(body->second.line);
-        } else {
-            readBody(body->second);
-        }
-    }
-    return std::move(result);
-}
-
-void PlacementReader::readBody(Body& body) {
-    body.line = file.getLine();
-    const auto record = readPlacementRecord(file, "position of " + shown(file.getWord()));
-    if (!record) {
-        return;
-    }
-    if (design.isDie(body.index)) {
-        readDie(body.index, *record);
-    } else {
-        checkTerminal(design.terminalOf(body.index), record->at);
-    }
-}
-
-void PlacementReader::readDie(unsigned die, const PlacementRecord& record) {
-    if (checkDims(design.dies[die], record)) {
-        result.dies[die] = PlacedDie{record.at, record.orient};
-    }
-}
-
-// Dimensions are those of the die as it lies. Some tools write those of orientation N instead: the
-// orientation counts then. Others mean another die.
-bool PlacementReader::checkDims(const Design::Die& die, const PlacementRecord& record) {
+// Dimensions are those of the die as it lies. Some tools write those of orientation N instead:
+// the orientation counts then. Others mean another die.
+bool checkDims(RecordFile& file, const Design::Die& die, const PlacementRecord& record) {
     const Extent size = turned(die.size, record.orient);
     if (!record.dims || isNear(*record.dims, size)) {
         return true;
@@ -122,7 +108,7 @@ bool PlacementReader::checkDims(const Design::Die& die, const PlacementRecord& r
     return isUnturned;
 }
 
-void PlacementReader::checkTerminal(const Design::Terminal& terminal, Spot at) {
+void checkTerminal(RecordFile& file, const Design::Terminal& terminal, Spot at) {
     if (at.x != terminal.at.x || at.y != terminal.at.y) {
         file.warning("terminal " + shown(terminal.name) + ": found " + pair(at.x, at.y) +
                      ", expected " + pair(terminal.at.x, terminal.at.y) +
@@ -131,6 +117,23 @@ void PlacementReader::checkTerminal(const Design::Terminal& terminal, Spot at) {
 }
 
 }  // namespace
+
+std::optional<PlacementRecord> readPlacementRecord(RecordFile& file, unsigned& firstLine) {
+    if (firstLine != 0) {
+        file.errorAgain(firstLine);
+        return std::nullopt;
+    }
+    firstLine = file.getLine();
+    const std::string subject = "position of " + shown(file.getWord());
+    PlacementRecord record;
+    const Corner<double> at = file.scanner.position<double>();
+    record.at = {at.x, at.y};
+    if ((file.scanner && !readTurn(file, record, subject)) || file.reportSlip(subject)) {
+        return std::nullopt;
+    }
+    file.passOverRest(subject);
+    return record;
+}
 
 std::vector<std::string> ReadPlacement::missing(const Design& design) const {
     std::vector<std::string> names;
@@ -153,21 +156,38 @@ std::optional<Placement> ReadPlacement::whole() const {
     return placement;
 }
 
-ReadPlacement readPlacement(std::istream& in, const std::string& file, const Design& design,
+ReadPlacement readPlacement(std::istream& in, const std::string& name, const Design& design,
                             Diagnostics& diagnostics) {
-    RecordFile records(in, file, diagnostics);
-    return PlacementReader(design, records).read();
+    RecordFile file(in, name, diagnostics);
+    std::unordered_map<std::string, Body> bodies = bodiesOf(design);
+    ReadPlacement result;
+    result.dies.resize(design.dies.size());
+    while (file.next()) {
+        const auto body = bodies.find(file.getWord());
+        if (body == bodies.end()) {
+            result.unknown.push_back({file.getWord(), file.getLine()});
+            if (result.unknown.size() == kMaxUnknown) {
+                file.error("found too many unknown names to read on");
+                break;
+            }
+            continue;
+        }
+        auto& [index, line] = body->second;
+        const auto record = readPlacementRecord(file, line);
+        if (record && !design.isDie(index)) {
+            checkTerminal(file, design.terminalOf(index), record->at);
+        } else if (record && checkDims(file, design.dies[index], *record)) {
+            result.dies[index] = PlacedDie{record->at, record->orient};
+        }
+    }
+    return result;
 }
 
 ReadPlacement readPlacement(const std::string& path, const Design& design,
                             Diagnostics& diagnostics) {
     std::ifstream in;
-    if (openInput(in, path, diagnostics)) {
-        return readPlacement(in, path, design, diagnostics);
-    }
-    ReadPlacement nothing;
-    nothing.dies.resize(design.dies.size());
-    return nothing;
+    openInput(in, path, diagnostics);  // else there is nothing to read
+    return readPlacement(in, path, design, diagnostics);
 }
 
 void writePlacement(std::ostream& out, const Design& design, const Placement& placement) {

@@ -1,5 +1,5 @@
 // Placements as .pl files: reads those of any tool against a design, and writes our own, which the
-// base reader takes too.
+// classic reader takes too.
 #pragma once
 
 #include <iosfwd>
@@ -12,6 +12,8 @@
 #include "design/Placement.h"
 
 namespace korvel {
+
+class RecordFile;
 
 // What a placement file says. Dies that are missing and names that are unknown are for the caller
 // to judge; they are no findings.
@@ -34,8 +36,19 @@ struct ReadPlacement {
 // dimensions that are not the die's in any way. What was readable comes back in any case.
 ReadPlacement readPlacement(const std::string& path, const Design& design,
                             Diagnostics& diagnostics);
-ReadPlacement readPlacement(std::istream& in, const std::string& file, const Design& design,
+ReadPlacement readPlacement(std::istream& in, const std::string& name, const Design& design,
                             Diagnostics& diagnostics);
+
+// A line of such a file.
+struct PlacementRecord {
+    Spot at;
+    std::optional<Extent> dims;
+    Orient orient = Orient::N;
+};
+
+// Reads what follows the name. None after an error, which is reported; it is one if the name has
+// come before, on line `firstLine`, which is 0 for a new name and becomes this line then.
+std::optional<PlacementRecord> readPlacementRecord(RecordFile& file, unsigned& firstLine);
 
 // Dies with their size as placed, then the terminals. Every number reads back as the same double.
 void writePlacement(std::ostream& out, const Design& design, const Placement& placement);

@@ -60,9 +60,9 @@ void RecordFile::endEarly(const std::string& text) {
     whole = false;
 }
 
-void RecordFile::error(unsigned line, const std::string& text) {
-    ++errorNum;
-    diagnostics.error(file, line, text);
+void RecordFile::report(Diagnostics::Severity severity, unsigned line, const std::string& text) {
+    errorNum += severity == Diagnostics::kError ? 1 : 0;
+    diagnostics.report(severity, file, line, text);
 }
 
 void RecordFile::errorAgain(unsigned firstLine) {
@@ -141,21 +141,13 @@ void FileHeaders::reportMissing(RecordFile& file) const {
     }
 }
 
-std::string FileHeaders::disagreement(std::size_t which, std::size_t found,
-                                      const char* thing) const {
-    const Header& header = headers[which];
-    if (!header.count || *header.count == found) {
-        return {};
-    }
-    return "found " + counted(found, thing) + ", expected " + std::to_string(*header.count) +
-           " as " + header.keyword + " says";
-}
-
 void FileHeaders::checkCount(RecordFile& file, std::size_t which, std::size_t found,
-                             const char* thing) const {
-    const std::string text = disagreement(which, found, thing);
-    if (!text.empty() && file.isWhole()) {
-        file.error(lineOf(which), text);
+                             const char* thing, Diagnostics::Severity severity) const {
+    const auto& [keyword, line, count] = headers[which];
+    if (count && *count != found) {
+        file.report(severity, line,
+                    "found " + counted(found, thing) + ", expected " + std::to_string(*count) +
+                        " as " + keyword + " says");
     }
 }
 

@@ -32,12 +32,15 @@ public:
 
     BookshelfScanner scanner;  // behind the word
 
+    void report(Diagnostics::Severity severity, unsigned line, const std::string& text);
+    void error(unsigned line, const std::string& text) { report(Diagnostics::kError, line, text); }
     void error(const std::string& text) { error(getLine(), text); }
-    void error(unsigned line, const std::string& text);
     // The line's name has come before.
     void errorAgain(unsigned firstLine);
+    void warning(unsigned line, const std::string& text) {
+        report(Diagnostics::kWarning, line, text);
+    }
     void warning(const std::string& text) { warning(getLine(), text); }
-    void warning(unsigned line, const std::string& text) { diagnostics.warning(file, line, text); }
     // Reports the slip in what has been read of the line, if there is one; says whether.
     // `subject`: what the line is about, such as "die 'a'"; may be empty.
     bool reportSlip(const std::string& subject);
@@ -73,11 +76,9 @@ public:
     // None if it is missing or unreadable.
     std::optional<unsigned> countOf(std::size_t which) const { return headers[which].count; }
     unsigned lineOf(std::size_t which) const { return headers[which].line; }
-    // "found 2 pins, expected 3 as NumPins says"; empty if it says so, or nothing.
-    std::string disagreement(std::size_t which, std::size_t found, const char* thing) const;
-    // The same as an error.
-    void checkCount(RecordFile& file, std::size_t which, std::size_t found,
-                    const char* thing) const;
+    // Reports, say, "found 2 pins, expected 3 as NumPins says"; nothing if it says 2, or nothing.
+    void checkCount(RecordFile& file, std::size_t which, std::size_t found, const char* thing,
+                    Diagnostics::Severity severity = Diagnostics::kError) const;
 
 private:
     struct Header {

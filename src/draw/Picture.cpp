@@ -9,7 +9,6 @@
 #include "draw/Label.h"
 #include "draw/Svg.h"
 #include "draw/View.h"
-#include "judge/Judge.h"
 #include "report/Text.h"
 
 namespace korvel {
@@ -268,9 +267,7 @@ std::string drawTerminals(const Design& design, const View& view) {
 }  // namespace
 
 std::string drawSvg(const Design& design, Region region, const Placement& placement,
-                    const Ruled* ruled) {
-    const double tolerance = touchingLength(region, kTouchingInFiles);
-    const Judgement judgement = judge(design, region, placement, tolerance);
+                    const Judgement& judgement, const Ruled* ruled) {
     const Bundles bundles = bundlesOf(design, placement);
     const View view = viewOfAll(design, region, placement, ruled != nullptr ? 3 : 1);
     const std::size_t bundleNum = bundles.betweenDies.size();

@@ -5,47 +5,13 @@
 #include <charconv>
 #include <cmath>
 
+#include "base/Utf8.h"
+
 namespace korvel {
 
 namespace {
 
 constexpr const char* kReplacement = "\xEF\xBF\xBD";
-
-// By the first byte: how long the character is, and which second bytes can follow; the shortest
-// forms only, no surrogates, nothing beyond the last code point.
-struct Lead {
-    unsigned char first;
-    unsigned char last;
-    std::size_t length;
-    unsigned char lowSecond;
-    unsigned char highSecond;
-};
-constexpr std::array<Lead, 9> kLeads{{
-    {0x00, 0x7F, 1, 0x00, 0x00},
-    {0xC2, 0xDF, 2, 0x80, 0xBF},
-    {0xE0, 0xE0, 3, 0xA0, 0xBF},
-    {0xE1, 0xEC, 3, 0x80, 0xBF},
-    {0xED, 0xED, 3, 0x80, 0x9F},
-    {0xEE, 0xEF, 3, 0x80, 0xBF},
-    {0xF0, 0xF0, 4, 0x90, 0xBF},
-    {0xF1, 0xF3, 4, 0x80, 0xBF},
-    {0xF4, 0xF4, 4, 0x80, 0x8F},
-}};
-
-bool begins(std::string_view text, const Lead& lead) {
-    const auto byte = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-    if (byte(0) < lead.first || byte(0) > lead.last || text.size() < lead.length) {
-        return false;
-    }
-    for (std::size_t at = 1; at < lead.length; ++at) {
-        const bool isSecond = at == 1;
-        if (byte(at) < (isSecond ? lead.lowSecond : 0x80) ||
-            byte(at) > (isSecond ? lead.highSecond : 0xBF)) {
-            return false;
-        }
-    }
-    return true;
-}
 
 bool isAllowedInXml(std::string_view character) {
     const bool isControl = character.size() == 1 && static_cast<unsigned char>(character[0]) < ' ';
@@ -74,9 +40,7 @@ std::string_view escaped(std::string_view character) {
 }  // namespace
 
 std::string_view takeCharacter(std::string_view& text) {
-    const auto* const lead = std::find_if(kLeads.begin(), kLeads.end(),
-                                          [text](const Lead& one) { return begins(text, one); });
-    const std::size_t length = lead == kLeads.end() ? 0 : lead->length;
+    const std::size_t length = firstCharacter(text).length;
     const std::string_view character = text.substr(0, length);
     text.remove_prefix(std::max<std::size_t>(length, 1));
     return character;

@@ -34,7 +34,7 @@ std::vector<unsigned> sortedBy(const Relations& relations, Topology precedes) {
 }  // namespace
 
 std::optional<AxisOrder> AxisOrder::of(const Relations& relations, Axis axis) {
-    const Topology precedes = axis == kX ? Topology::L : Topology::B;
+    const Topology precedes = firstAlong(axis);
     const std::size_t dieNum = relations.getDieNum();
     AxisOrder order;
     order.sorted = sortedBy(relations, precedes);
@@ -60,26 +60,27 @@ std::optional<AxisOrder> AxisOrder::of(const Relations& relations, Axis axis) {
     return order;
 }
 
-std::vector<double> AxisOrder::lowest(const std::vector<double>& sizes) const {
-    std::vector<double> low(sizes.size(), 0.0);
+std::vector<double> AxisOrder::lowest(const AxisLimits& limits) const {
+    std::vector<double> low(sorted.size());
+    for (unsigned die = 0; die < low.size(); ++die) {
+        low[die] = limits.cornerRange(die).low;
+    }
     for (const unsigned die : sorted) {
         for (const unsigned later : next[die]) {
-            low[later] = std::max(low[later], low[die] + sizes[die]);
+            low[later] = std::max(low[later], low[die] + limits.leastDistance(die, later));
         }
     }
     return low;
 }
 
-std::vector<double> AxisOrder::highest(const std::vector<double>& sizes, double side) const {
-    std::vector<double> high(sizes.size(), side);
+std::vector<double> AxisOrder::highest(const AxisLimits& limits, std::vector<double> ends) const {
     for (std::size_t at = sorted.size(); at-- > 0;) {
         const unsigned die = sorted[at];
         for (const unsigned later : next[die]) {
-            high[die] = std::min(high[die], high[later]);
+            ends[die] = std::min(ends[die], ends[later] - limits.leastDistance(die, later));
         }
-        high[die] -= sizes[die];
     }
-    return high;
+    return ends;
 }
 
 }  // namespace korvel

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "design/Placement.h"
-#include "exact/NetModel.h"
+#include "nets/DieLimits.h"
 
 namespace korvel {
 
@@ -21,10 +21,10 @@ public:
     // Those that a die precedes with no other die in between.
     const std::vector<unsigned>& after(unsigned die) const { return next[die]; }
 
-    // The lowest position of each die of those sizes, from 0 on.
-    std::vector<double> lowest(const std::vector<double>& sizes) const;
-    // The highest position of each, ends not beyond `side`.
-    std::vector<double> highest(const std::vector<double>& sizes, double side) const;
+    // The lowest position of each die that the limits allow, whether or not the order fits.
+    std::vector<double> lowest(const AxisLimits& limits) const;
+    // The highest position of each that is not above its end, by die.
+    std::vector<double> highest(const AxisLimits& limits, std::vector<double> ends) const;
 
 private:
     std::vector<unsigned> sorted;

@@ -9,72 +9,69 @@
 #include <cstdint>
 
 #include "base/Invariant.h"
+#include "base/Tolerances.h"
 
 namespace korvel {
 
 namespace {
 
-using Bend = NetModel::Bend;
-using Bends = std::span<const Bend>;
 using Unit = std::int64_t;  // the simplex method must not round, so it sees whole numbers
 
-// Thousands of bends between two dies would be as many arcs, of which the solution sees a few. So
-// neighbouring bends are taken together as one, in their middle. This lowers the cost inside the
-// group and leaves it as it is outside; a solution with no distance inside a group is therefore the
-// optimum. Otherwise the groups are parted around the distances found, and the flow solved again.
+// Thousands of breakpoints between two dies would be as many arcs, of which the solution sees a
+// few. So neighbouring breakpoints are taken together as one, in their middle. This lowers the cost
+// inside the group and leaves it as it is outside; a solution with no distance inside a group is
+// therefore the optimum. Otherwise the groups are divided around the distances found, and the flow
+// is solved again.
 class GroupedCost {
 public:
-    explicit GroupedCost(Bends bends) : bends(bends) {
-        const std::size_t step = std::max<std::size_t>(1, bends.size() / kFirstGroups);
-        for (std::size_t first = 0; first < bends.size(); first += step) {
+    explicit GroupedCost(const PiecewiseLinear& cost) : cost(cost), points(cost.breakpoints()) {
+        const std::size_t step = std::max<std::size_t>(1, points.size() / kFirstGroups);
+        for (std::size_t first = 0; first < points.size(); first += step) {
             starts.push_back(first);
         }
     }
 
-    // Calls `take` with the place and the turn of every group.
+    // Calls `take` with the middle of every group and the sum of its jumps.
     template <typename Take>
     void forGroups(const Take& take) const {
         for (std::size_t group = 0; group < starts.size(); ++group) {
-            double turn = 0.0;
+            double jumps = 0.0;
             double moment = 0.0;
             const std::size_t first = starts[group];
-            for (std::size_t bend = first; bend < endOf(group); ++bend) {
-                turn += bends[bend].turn;
-                moment += bends[bend].turn * (bends[bend].at - bends[first].at);
+            for (std::size_t point = first; point < endOf(group); ++point) {
+                jumps += cost.jumpAt(point);
+                moment += cost.jumpAt(point) * (points[point].at - points[first].at);
             }
-            take(bends[first].at + moment / turn, turn);
+            take(points[first].at + moment / jumps, jumps);
         }
     }
 
-    // Parts the group that the distance lies inside of; false if there is none.
+    // Divides the group that the distance lies inside of; false if there is none.
     bool refineAt(double distance) {
-        const auto group = groupBefore(distance);
-        if (group == starts.size() || bends[endOf(group) - 1].at <= distance) {
+        const std::size_t below = cost.numBelow(distance);
+        if (below == 0) {
             return false;
         }
+        // The group of the last breakpoint below, which is also the last group that begins below.
+        const auto next = std::lower_bound(starts.begin(), starts.end(), below);
+        const auto group = static_cast<std::size_t>(next - starts.begin()) - 1;
         const std::size_t first = starts[group];
         const std::size_t end = endOf(group);
-        if (bends[first].at >= distance) {
+        if (points[end - 1].at <= distance) {
             return false;
         }
-        const auto middle = static_cast<std::size_t>(
-            std::lower_bound(bends.begin() + static_cast<std::ptrdiff_t>(first),
-                             bends.begin() + static_cast<std::ptrdiff_t>(end), distance,
-                             [](const Bend& bend, double at) { return bend.at < at; }) -
-            bends.begin());
-        const std::size_t low = std::max(first + 1, middle - std::min(middle, kApart));
-        const std::size_t high = std::min(end, middle + kApart + 1);
+        const std::size_t low = std::max(first + 1, below - std::min(below, kApart));
+        const std::size_t high = std::min(end, below + kApart + 1);
         std::vector<std::size_t> parts;
         addHalf(first, low, parts);
-        for (std::size_t bend = low; bend < high; ++bend) {
-            parts.push_back(bend);
+        for (std::size_t point = low; point < high; ++point) {
+            parts.push_back(point);
         }
         if (high < end) {
             parts.push_back(high);
             addHalf(high, end, parts);
         }
-        starts.insert(starts.begin() + static_cast<std::ptrdiff_t>(group) + 1, parts.begin(),
-                      parts.end());
+        starts.insert(next, parts.begin(), parts.end());
         return true;
     }
 
@@ -83,16 +80,7 @@ private:
     static constexpr std::size_t kApart = 3;
 
     std::size_t endOf(std::size_t group) const {
-        return group + 1 < starts.size() ? starts[group + 1] : bends.size();
-    }
-
-    // The group that begins below the distance; the number of groups if none does.
-    std::size_t groupBefore(double distance) const {
-        const auto next =
-            std::lower_bound(starts.begin(), starts.end(), distance,
-                             [this](std::size_t start, double at) { return bends[start].at < at; });
-        return next == starts.begin() ? starts.size()
-                                      : static_cast<std::size_t>(next - starts.begin()) - 1;
+        return group + 1 < starts.size() ? starts[group + 1] : points.size();
     }
 
     static void addHalf(std::size_t first, std::size_t end, std::vector<std::size_t>& parts) {
@@ -101,28 +89,24 @@ private:
         }
     }
 
-    Bends bends;
+    const PiecewiseLinear& cost;
+    const std::vector<PiecewiseLinear::Breakpoint>& points;
     std::vector<std::size_t> starts;  // of the groups, ascending, the first one 0
 };
 
 // One axis with all that the program needs of it.
 class AxisProgram {
 public:
-    AxisProgram(const NetModel& nets, Axis axis, double side, const AxisOrder& order,
-                const std::vector<Orient>& orients)
-        : nets(nets), axis(axis), order(order), orients(orients) {
-        for (unsigned die = 0; die < nets.dieNum(); ++die) {
-            sizes.push_back(nets.size(die, axis, orients[die]));
+    AxisProgram(const NetModel& nets, const AxisLimits& limits, const AxisOrder& order)
+        : nets(nets), limits(limits), order(order), span(limits.side()), low(order.lowest(limits)) {
+        for (unsigned die = 0; die < limits.dieNum(); ++die) {
+            ends.push_back(std::max(limits.cornerRange(die).high, low[die]));
+            span = std::max(span, low[die]);
         }
-        for (std::size_t pair = 0; pair < nets.pairs().size(); ++pair) {
-            costs.emplace_back(bendsOf(pair));
+        high = order.highest(limits, ends);
+        for (std::size_t bundle = 0; bundle < nets.bundles().size(); ++bundle) {
+            costs.emplace_back(costOf(bundle));
         }
-        low = order.lowest(sizes);
-        fits = side;
-        for (unsigned die = 0; die < nets.dieNum(); ++die) {
-            fits = std::max(fits, low[die] + sizes[die]);
-        }
-        high = order.highest(sizes, fits);
         chooseScale();
     }
 
@@ -143,15 +127,15 @@ private:
         Unit cost;
     };
 
-    Bends bendsOf(std::size_t pair) const {
-        const auto [a, b] = nets.pairs()[pair];
-        return nets.bends(pair, axis, orients[a], orientOf(b));
+    const PiecewiseLinear& costOf(std::size_t bundle) const {
+        const auto& [a, b, weight] = nets.bundles()[bundle];
+        return nets.cost(bundle, limits.axis, orientOfBody(a), orientOfBody(b));
     }
-    Orient orientOf(unsigned body) const {
-        return body == nets.ground() ? Orient::N : orients[body];
+    Orient orientOfBody(unsigned body) const {
+        return body == nets.ground() ? Orient::N : limits.orients[body];
     }
-    NetModel::Reach reachOf(const NetModel::Member& member) const {
-        return member.reach[axis][orientIndex(orientOf(member.body))];
+    const PinRange& rangeOf(const BodyPins& pins) const {
+        return pins.range(limits.axis, orientOfBody(pins.body));
     }
     unsigned highEnd(std::size_t wideNet) const {
         return nets.ground() + 1 + 2 * static_cast<unsigned>(wideNet);
@@ -161,9 +145,14 @@ private:
 
     void chooseScale();
     Unit units(double length) const { return std::llround(length * scale); }
+    Unit cutUnits(double length) const { return static_cast<Unit>(std::floor(length * scale)); }
+
+    Unit cutDistance(unsigned die, unsigned later) const {
+        return cutUnits(limits.leastDistance(die, later));
+    }
 
     void addOrder(std::vector<Arc>& arcs) const;
-    void addPairs(std::vector<Arc>& arcs, std::vector<Unit>& supply) const;
+    void addBundles(std::vector<Arc>& arcs, std::vector<Unit>& supply) const;
     void addWideNets(std::vector<Arc>& arcs, std::vector<Unit>& supply) const;
     std::vector<double> flowPotentials() const;
     bool refineAt(const std::vector<double>& at);
@@ -172,28 +161,28 @@ private:
         unsigned to;
         double distance;
     };
-    std::vector<std::vector<Tie>> tiesAt(const std::vector<double>& at) const;
+    using Ties = std::vector<std::vector<Tie>>;  // by body
+    Ties tiesAt(const std::vector<double>& at) const;
     void settle(std::vector<double>& at) const;
 
     const NetModel& nets;
-    const Axis axis;
+    const AxisLimits limits;
     const AxisOrder& order;
-    const std::vector<Orient>& orients;
-    double fits = 0.0;  // the side, or what the order needs if rounding makes it more
     double scale = 1.0;
-    std::vector<double> sizes;
-    std::vector<double> low, high;   // where each die may lie, by the order
-    std::vector<GroupedCost> costs;  // by pair
+    double span;               // no two positions are farther apart
+    std::vector<double> ends;  // by die: of its range, or more if the order needs that by rounding
+    std::vector<double> low, high;   // by die: where it may lie, by its range and the order
+    std::vector<GroupedCost> costs;  // by bundle
 };
 
 // A power of two, which makes whole numbers of most lengths that people write, as large as the
 // simplex method's sums of costs allow: a path through all nodes stays within 62 bits.
 void AxisProgram::chooseScale() {
-    double longest = fits;
+    double longest = span;
     for (const NetModel::WideNet& net : nets.wideNets()) {
-        for (const NetModel::Member& member : net.members) {
-            const NetModel::Reach reach = reachOf(member);
-            longest = std::max({longest, std::abs(reach.low), std::abs(reach.high)});
+        for (const BodyPins& pins : net.members) {
+            const PinRange& range = rangeOf(pins);
+            longest = std::max({longest, std::abs(range.low), std::abs(range.high)});
         }
     }
     const int bits = std::min(45, 60 - static_cast<int>(std::bit_width(nodeNum())));
@@ -202,60 +191,70 @@ void AxisProgram::chooseScale() {
     scale = std::ldexp(1.0, bits - exponent);
 }
 
+// Lengths are cut rather than rounded: a chain that fills the side still does. A die's own range is
+// left out where the order implies it.
 void AxisProgram::addOrder(std::vector<Arc>& arcs) const {
     const Unit free = std::numeric_limits<Unit>::max();
-    // Lengths are cut rather than rounded: a chain that fills the side still does.
-    Unit space = static_cast<Unit>(std::floor(fits * scale));
-    std::vector<Unit> lengths;
-    std::vector<bool> isFirst(sizes.size(), true);
-    for (const double size : sizes) {
-        lengths.push_back(static_cast<Unit>(std::floor(size * scale)));
+    std::vector<Unit> least;
+    std::vector<Unit> most;
+    for (unsigned die = 0; die < limits.dieNum(); ++die) {
+        least.push_back(cutUnits(limits.cornerRange(die).low));
+        most.push_back(cutUnits(ends[die]));
     }
-    std::vector<Unit> lowest(sizes.size(), 0);
+    std::vector<Unit> lowest = least;
     for (const unsigned die : order.dies()) {
-        space = std::max(space, lowest[die] + lengths[die]);
+        most[die] = std::max(most[die], lowest[die]);
         for (const unsigned later : order.after(die)) {
-            arcs.push_back({later, die, free, -lengths[die]});
-            lowest[later] = std::max(lowest[later], lowest[die] + lengths[die]);
-            isFirst[later] = false;
+            lowest[later] = std::max(lowest[later], lowest[die] + cutDistance(die, later));
+        }
+    }
+    std::vector<bool> isLeastImplied(least.size(), false);
+    std::vector<bool> isMostImplied(least.size(), false);
+    for (const unsigned die : order.dies()) {
+        for (const unsigned later : order.after(die)) {
+            const Unit distance = cutDistance(die, later);
+            arcs.push_back({later, die, free, -distance});
+            isLeastImplied[later] = isLeastImplied[later] || least[die] + distance >= least[later];
+            isMostImplied[die] = isMostImplied[die] || most[later] - distance <= most[die];
         }
     }
     for (const unsigned die : order.dies()) {
-        if (isFirst[die]) {
-            arcs.push_back({die, nets.ground(), free, 0});
+        if (!isLeastImplied[die]) {
+            arcs.push_back({die, nets.ground(), free, -least[die]});
         }
-        if (order.after(die).empty()) {
-            arcs.push_back({nets.ground(), die, free, space - lengths[die]});
+        if (!isMostImplied[die]) {
+            arcs.push_back({nets.ground(), die, free, most[die]});
         }
     }
 }
 
-void AxisProgram::addPairs(std::vector<Arc>& arcs, std::vector<Unit>& supply) const {
-    for (std::size_t pair = 0; pair < costs.size(); ++pair) {
-        const auto [a, b] = nets.pairs()[pair];
-        Unit turns = 0;
-        costs[pair].forGroups([&, bodyA = a, bodyB = b](double at, double turn) {
-            // No distance is larger than the side, so bends beyond may lie there as well.
-            arcs.push_back({bodyB, bodyA, std::llround(turn), units(std::clamp(at, -fits, fits))});
-            turns += arcs.back().most;
+void AxisProgram::addBundles(std::vector<Arc>& arcs, std::vector<Unit>& supply) const {
+    for (std::size_t bundle = 0; bundle < costs.size(); ++bundle) {
+        const unsigned a = nets.bundles()[bundle].a;
+        const unsigned b = nets.bundles()[bundle].b;
+        Unit sum = 0;
+        costs[bundle].forGroups([&](double at, double jumps) {
+            // Breakpoints beyond all distances may lie at the farthest as well.
+            arcs.push_back({b, a, std::llround(jumps), units(std::clamp(at, -span, span))});
+            sum += arcs.back().most;
         });
-        // The flow begins at the slope far left, half of all turns below zero.
-        supply[a] -= turns / 2;
-        supply[b] += turns / 2;
+        // The flow begins at the slope far left, half of all jumps below zero.
+        supply[a] -= sum / 2;
+        supply[b] += sum / 2;
     }
 }
 
 void AxisProgram::addWideNets(std::vector<Arc>& arcs, std::vector<Unit>& supply) const {
     for (std::size_t net = 0; net < nets.wideNets().size(); ++net) {
         const NetModel::WideNet& wide = nets.wideNets()[net];
-        const Unit count = std::llround(wide.count);
-        for (const NetModel::Member& member : wide.members) {
-            const NetModel::Reach reach = reachOf(member);
-            arcs.push_back({highEnd(net), member.body, count, -units(reach.high)});
-            arcs.push_back({member.body, lowEnd(net), count, units(reach.low)});
+        const Unit weight = std::llround(wide.weight);
+        for (const BodyPins& pins : wide.members) {
+            const PinRange& range = rangeOf(pins);
+            arcs.push_back({highEnd(net), pins.body, weight, -units(range.high)});
+            arcs.push_back({pins.body, lowEnd(net), weight, units(range.low)});
         }
-        supply[highEnd(net)] += count;
-        supply[lowEnd(net)] -= count;
+        supply[highEnd(net)] += weight;
+        supply[lowEnd(net)] -= weight;
     }
 }
 
@@ -263,7 +262,7 @@ std::vector<double> AxisProgram::flowPotentials() const {
     std::vector<Arc> arcs;
     std::vector<Unit> supply(nodeNum(), 0);
     addOrder(arcs);
-    addPairs(arcs, supply);
+    addBundles(arcs, supply);
     addWideNets(arcs, supply);
 
     using Graph = lemon::SmartDigraph;
@@ -291,7 +290,7 @@ std::vector<double> AxisProgram::flowPotentials() const {
     KORVEL_INVARIANT(end == Simplex::OPTIMAL, "an order that fits has best positions");
 
     const Unit origin = simplex.potential(Graph::nodeFromId(static_cast<int>(nets.ground())));
-    std::vector<double> at(sizes.size());
+    std::vector<double> at(limits.dieNum());
     for (unsigned die = 0; die < at.size(); ++die) {
         const Unit potential = simplex.potential(Graph::nodeFromId(static_cast<int>(die)));
         at[die] = static_cast<double>(potential - origin) / scale;
@@ -301,18 +300,18 @@ std::vector<double> AxisProgram::flowPotentials() const {
 
 bool AxisProgram::refineAt(const std::vector<double>& at) {
     bool refined = false;
-    for (std::size_t pair = 0; pair < costs.size(); ++pair) {
-        const auto [a, b] = nets.pairs()[pair];
-        refined |= costs[pair].refineAt(at[a] - (b == nets.ground() ? 0.0 : at[b]));
+    for (std::size_t bundle = 0; bundle < costs.size(); ++bundle) {
+        const auto& [a, b, weight] = nets.bundles()[bundle];
+        refined |= costs[bundle].refineAt(at[a] - (b == nets.ground() ? 0.0 : at[b]));
     }
     return refined;
 }
 
-// What holds two bodies at their distance: they touch, or a net has a bend or an end there.
-std::vector<std::vector<AxisProgram::Tie>> AxisProgram::tiesAt(
-    const std::vector<double>& at) const {
-    const double near = 1e-10 * fits;
-    std::vector<std::vector<Tie>> ties(sizes.size() + 1);
+// What holds two bodies at their distance: the limits do, or a net has a breakpoint or an end
+// there.
+AxisProgram::Ties AxisProgram::tiesAt(const std::vector<double>& at) const {
+    const double near = kMeantPosition * span;
+    Ties ties(limits.dieNum() + 1);
     const auto position = [&](unsigned body) { return body == nets.ground() ? 0.0 : at[body]; };
     const auto tie = [&](unsigned from, unsigned to, double distance) {
         if (std::abs(position(to) - position(from) - distance) <= near) {
@@ -321,29 +320,27 @@ std::vector<std::vector<AxisProgram::Tie>> AxisProgram::tiesAt(
         }
     };
     for (const unsigned die : order.dies()) {
-        tie(nets.ground(), die, 0.0);
-        tie(nets.ground(), die, fits - sizes[die]);
+        tie(nets.ground(), die, limits.cornerRange(die).low);
+        tie(nets.ground(), die, ends[die]);
         for (const unsigned later : order.after(die)) {
-            tie(die, later, sizes[die]);
+            tie(die, later, limits.leastDistance(die, later));
         }
     }
-    for (std::size_t pair = 0; pair < costs.size(); ++pair) {
-        const auto [a, b] = nets.pairs()[pair];
-        const Bends bends = bendsOf(pair);
-        const auto bend =
-            std::lower_bound(bends.begin(), bends.end(), position(a) - position(b) - near,
-                             [](const Bend& one, double distance) { return one.at < distance; });
-        if (bend != bends.end()) {
-            tie(b, a, bend->at);
+    for (std::size_t bundle = 0; bundle < costs.size(); ++bundle) {
+        const auto& [a, b, weight] = nets.bundles()[bundle];
+        const PiecewiseLinear& cost = costOf(bundle);
+        const std::size_t next = cost.numBelow(position(a) - position(b) - near);
+        if (next < cost.breakpoints().size()) {
+            tie(b, a, cost.breakpoints()[next].at);
         }
     }
     for (const NetModel::WideNet& net : nets.wideNets()) {
         for (std::size_t m = 1; m < net.members.size(); ++m) {
             for (std::size_t k = 0; k < m; ++k) {
-                const NetModel::Member& one = net.members[k];
-                const NetModel::Member& other = net.members[m];
-                tie(one.body, other.body, reachOf(one).high - reachOf(other).high);
-                tie(one.body, other.body, reachOf(one).low - reachOf(other).low);
+                const PinRange& one = rangeOf(net.members[k]);
+                const PinRange& other = rangeOf(net.members[m]);
+                tie(net.members[k].body, net.members[m].body, one.high - other.high);
+                tie(net.members[k].body, net.members[m].body, one.low - other.low);
             }
         }
     }
@@ -352,8 +349,8 @@ std::vector<std::vector<AxisProgram::Tie>> AxisProgram::tiesAt(
 
 // From whole units back to the lengths themselves: along the ties, positions are sums of them.
 void AxisProgram::settle(std::vector<double>& at) const {
-    const auto ties = tiesAt(at);
-    std::vector<bool> isSettled(sizes.size() + 1, false);
+    const Ties ties = tiesAt(at);
+    std::vector<bool> isSettled(ties.size(), false);
     std::vector<unsigned> settled{nets.ground()};
     isSettled[nets.ground()] = true;
     for (std::size_t next = 0; next < settled.size(); ++next) {
@@ -366,20 +363,20 @@ void AxisProgram::settle(std::vector<double>& at) const {
             }
         }
     }
-    std::vector<double> least(sizes.size(), 0.0);
+    std::vector<double> least = low;
     for (const unsigned die : order.dies()) {
         at[die] = std::max(least[die], std::min(at[die], high[die]));
         for (const unsigned later : order.after(die)) {
-            least[later] = std::max(least[later], at[die] + sizes[die]);
+            least[later] = std::max(least[later], at[die] + limits.leastDistance(die, later));
         }
     }
 }
 
 }  // namespace
 
-std::vector<double> bestPositions(const NetModel& nets, Axis axis, double side,
-                                  const AxisOrder& order, const std::vector<Orient>& orients) {
-    return AxisProgram(nets, axis, side, order, orients).solve();
+std::vector<double> bestPositions(const NetModel& nets, const AxisLimits& limits,
+                                  const AxisOrder& order) {
+    return AxisProgram(nets, limits, order).solve();
 }
 
 }  // namespace korvel

@@ -5,23 +5,22 @@
 
 namespace korvel {
 
-CoordinateSolver::CoordinateSolver(const Design& design, Region region)
-    : region(region), model(design) {}
+namespace {
 
-bool CoordinateSolver::fits(const AxisOrder& order, Axis axis,
-                            const std::vector<Orient>& orients) const {
-    std::vector<double> sizes;
-    for (unsigned die = 0; die < model.dieNum(); ++die) {
-        sizes.push_back(model.size(die, axis, orients[die]));
-    }
-    const std::vector<double> low = order.lowest(sizes);
-    for (unsigned die = 0; die < model.dieNum(); ++die) {
-        if (low[die] + sizes[die] > side(axis) * (1.0 + 1e-9)) {
+bool fits(const AxisOrder& order, const AxisLimits& limits) {
+    const std::vector<double> low = order.lowest(limits);
+    for (unsigned die = 0; die < low.size(); ++die) {
+        if (low[die] > limits.cornerRange(die).high) {
             return false;
         }
     }
     return true;
 }
+
+}  // namespace
+
+CoordinateSolver::CoordinateSolver(const Design& design, Region region)
+    : limits(design, region), generousLimits(DieLimits::generous(design, region)), model(design) {}
 
 std::optional<Placement> CoordinateSolver::solve(const Relations& relations,
                                                  const std::vector<Orient>& orients) const {
@@ -29,11 +28,12 @@ std::optional<Placement> CoordinateSolver::solve(const Relations& relations,
                      "relations and orientations of this design");
     const auto alongX = AxisOrder::of(relations, kX);
     const auto alongY = AxisOrder::of(relations, kY);
-    if (!alongX || !alongY || !fits(*alongX, kX, orients) || !fits(*alongY, kY, orients)) {
+    if (!alongX || !alongY || !fits(*alongX, {generousLimits, kX, orients}) ||
+        !fits(*alongY, {generousLimits, kY, orients})) {
         return std::nullopt;
     }
-    const auto x = bestPositions(model, kX, region.width, *alongX, orients);
-    const auto y = bestPositions(model, kY, region.height, *alongY, orients);
+    const auto x = bestPositions(model, {limits, kX, orients}, *alongX);
+    const auto y = bestPositions(model, {limits, kY, orients}, *alongY);
     Placement placement(model.dieNum());
     for (unsigned die = 0; die < model.dieNum(); ++die) {
         placement[die] = {{x[die], y[die]}, orients[die]};

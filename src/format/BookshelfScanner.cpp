@@ -18,8 +18,6 @@ constexpr const char* kNumberEnds = " \t\n\v\f\r(),%:#";
 
 // Areas and wirelengths of many nets still fit into 32-bit floats.
 constexpr double kLargestNumber = 1e15;
-constexpr const char* kNumber = "a number up to 1e15";
-constexpr const char* kCount = "a count";
 
 constexpr bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
@@ -170,10 +168,14 @@ std::string_view BookshelfScanner::ahead() {
     return {};
 }
 
-std::string BookshelfScanner::token(const char* expected) {
+void BookshelfScanner::expectMore(const char* expected) {
     if (isStrict() && nextPiece().empty()) {
         noteSlip({}, expected);
     }
+}
+
+std::string BookshelfScanner::token(const char* expected) {
+    expectMore(expected);
     const std::string_view rest = ahead();
     if (const std::size_t length = lengthOfWord(rest); length < rest.size()) {
         lines.skip(length);
@@ -185,9 +187,7 @@ std::string BookshelfScanner::token(const char* expected) {
 }
 
 char BookshelfScanner::character(const char* expected) {
-    if (isStrict() && nextPiece().empty()) {
-        noteSlip({}, expected);
-    }
+    expectMore(expected);
     if (const std::string_view rest = ahead(); !rest.empty()) {
         lines.skip(1);
         return rest[0];
@@ -210,41 +210,29 @@ Number BookshelfScanner::plainNumber() {
     return value;
 }
 
-// The whole text up to a blank or a mark has to be the number.
+// On one line, the whole text up to a blank or a mark has to be the number. A count has digits
+// only: streams take a sign in front of it, and wrap around.
 template <class Number>
-Number BookshelfScanner::checkedNumber(bool (*isPlain)(const std::string& text, Number value),
-                                       const char* expected) {
+Number BookshelfScanner::number() {
+    if (!isStrict()) {
+        return plainNumber<Number>();
+    }
+    constexpr bool kIsCount = std::is_unsigned_v<Number>;
     const std::string piece(nextPiece());
     const std::string text = piece.substr(0, piece.find_first_of(kNumberEnds));
     in >> std::ws;
     const std::size_t before = lines.getRest().size();
     const auto value = plainNumber<Number>();
-    if (!in || before - lines.getRest().size() != text.size() || !isPlain(text, value)) {
-        noteSlip(text.empty() ? piece : text, expected);
+    const bool isPlain = kIsCount ? lengthOfDigits(text) == text.size()
+                                  : std::abs(static_cast<double>(value)) <= kLargestNumber;
+    if (!in || before - lines.getRest().size() != text.size() || !isPlain) {
+        noteSlip(text.empty() ? piece : text, kIsCount ? "a count" : "a number up to 1e15");
     }
     return value;
 }
 
-template <class Number>
-Number BookshelfScanner::number() {
-    if (isStrict()) {
-        return checkedNumber<Number>(
-            [](const std::string&, Number value) { return std::abs(value) <= kLargestNumber; },
-            kNumber);
-    }
-    return plainNumber<Number>();
-}
-
-// Streams take a sign in front of a count, and wrap around; on one line there are digits only.
 unsigned BookshelfScanner::count() {
-    if (isStrict()) {
-        return checkedNumber<unsigned>(
-            [](const std::string& text, unsigned) {
-                return text.find_first_not_of("0123456789") == std::string::npos;
-            },
-            kCount);
-    }
-    return plainNumber<unsigned>();
+    return number<unsigned>();
 }
 
 unsigned BookshelfScanner::countAfterColon() {
@@ -263,7 +251,7 @@ Corner<Number> BookshelfScanner::corner(const char* passing) {
     skipPast(',');
     corner.y = number<Number>();
     if (isStrict()) {
-        skipPast(')');  // what the base reader never looks for
+        skipPast(')');  // what the classic reader never looks for
     }
     return corner;
 }

@@ -1,8 +1,8 @@
 // The grammar of the benchmark files below the level of records: tokens, numbers, corners, offsets
 // and positions, and the lines that they stand on. Both readers read with it and differ in what
-// they tolerate. The base reader takes records that run across lines, passes over what it does not
-// know, and reads 32-bit floats; how it goes on after a slip is its contract. So records themselves
-// are each reader's own.
+// they tolerate. The classic reader takes records that run across lines, passes over what it does
+// not know, and reads 32-bit floats; how it goes on after a slip is its contract. So records
+// themselves are each reader's own.
 #pragma once
 
 #include <array>
@@ -128,9 +128,7 @@ private:
     Number plainNumber();
     void skipPastMark(char mark);
     void noteSlip(std::string_view found, const char* expected);
-    template <class Number>
-    Number checkedNumber(bool (*isPlain)(const std::string& text, Number value),
-                         const char* expected);
+    void expectMore(const char* expected);
 
     Records records;
     LineBuffer lines;

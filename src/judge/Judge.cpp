@@ -2,28 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
+#include "base/Infinity.h"
 #include "base/Invariant.h"
 
 namespace korvel {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-// Grows around what it is given.
-struct Box {
-    Spot low{kInfinity, kInfinity};
-    Spot high{-kInfinity, -kInfinity};
-
-    void add(Spot spot) {
-        low = {std::min(low.x, spot.x), std::min(low.y, spot.y)};
-        high = {std::max(high.x, spot.x), std::max(high.y, spot.y)};
-    }
-    bool isEmpty() const { return high.x < low.x; }
-    Extent size() const { return isEmpty() ? Extent{} : Extent{high.x - low.x, high.y - low.y}; }
-};
 
 // A die where it lies.
 struct Lying {
@@ -57,11 +42,7 @@ bool isOnOneBody(const Design::Net& net) {
 
 void measureNets(const Design& design, const Placement& placement, Judgement& judgement) {
     for (const Design::Net& net : design.nets) {
-        Box box;
-        for (const Design::Pin& pin : net.pins) {
-            box.add(placeOf(design, placement, pin));
-        }
-        const double length = box.size().width + box.size().height;
+        const double length = netLength(design, placement, net);
         judgement.wirelength += length;
         judgement.wirelengthBetweenDies += isOnOneBody(net) ? 0.0 : length;
     }
@@ -102,7 +83,8 @@ void findOutside(Region region, const std::vector<Lying>& lying, Judgement& judg
 void findNowhere(const Placement& placement, Judgement& judgement) {
     for (unsigned die = 0; die < placement.size(); ++die) {
         if (!isFinite(placement[die])) {
-            judgement.outside.push_back({die, kInfinity, kInfinity, kInfinity, kInfinity});
+            judgement.outside.push_back(
+                {die, kInfiniteLength, kInfiniteLength, kInfiniteLength, kInfiniteLength});
         }
     }
 }

@@ -5,18 +5,10 @@
 #include <cstddef>
 #include <vector>
 
+#include "base/Tolerances.h"
 #include "design/Placement.h"
 
 namespace korvel {
-
-// By how much dies may overlap or leave the area and still count as touching, as a part of the
-// area's larger side: what rounding in double precision needs, for coordinates that never left the
-// program. It is the standard of every placement that the program reports.
-inline constexpr double kTouching = 1e-9;
-
-// The same for coordinates from a file, which other tools write with few digits. In an area of
-// 40 mm this is 40 nm.
-inline constexpr double kTouchingInFiles = 1e-6;
 
 // In the unit of the region.
 double touchingLength(Region region, double part = kTouching);

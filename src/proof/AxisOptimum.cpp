@@ -3,22 +3,25 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <limits>
 
+#include "base/Infinity.h"
 #include "base/Invariant.h"
+#include "base/Tolerances.h"
 
 namespace korvel {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-// More than the relative rounding error of any sum of lengths here.
-constexpr double kSumError = 1e-12;
-
+// For `descend`: pushes before breakpoints are blurred, by how much, and the steps back.
 constexpr unsigned kPatience = 12;
 constexpr double kBlur = 1e8;
 constexpr double kFocus = 10.0;
+
+// Nets weigh whole numbers, so slopes are whole, and sums over all sets of bodies are exact and
+// twice as fast as in double precision.
+int whole(double slope) {
+    return static_cast<int>(slope);
+}
 
 constexpr bool holdsThree(std::uint32_t set) {
     const std::uint32_t butOne = set & (set - 1);
@@ -31,50 +34,48 @@ void AxisOptimum::begin(unsigned newBodyNum, double newNearness) {
     KORVEL_INVARIANT(newBodyNum <= kMaxProofDies + 1, "few enough bodies to look at all sets");
     bodyNum = newBodyNum;
     nearness = newNearness;
-    netNum = 0;
-    links.clear();
+    weight = 0;
+    bundles.clear();
     gaps.clear();
-    parts.clear();
-    netBegins.clear();
+    pins.clear();
+    wideNets.clear();
 }
 
-void AxisOptimum::addBundle(unsigned a, unsigned b, const BundleCost& cost) {
-    links.push_back({a, b, &cost, 0, 0});
-    netNum += cost.getNetNum();
+void AxisOptimum::addBundle(unsigned from, unsigned to, const PiecewiseLinear& cost) {
+    bundles.push_back({from, to, &cost, 0, 0});
+    weight -= whole(cost.slopeBefore(0));
 }
 
-void AxisOptimum::addGap(unsigned a, unsigned b, double gap) {
-    gaps.push_back({a, b, gap});
+void AxisOptimum::addGap(unsigned from, unsigned to, double least) {
+    gaps.push_back({from, to, least});
 }
 
-void AxisOptimum::beginWideNet() {
-    netBegins.push_back(parts.size());
-    ++netNum;
+void AxisOptimum::beginWideNet(double netWeight) {
+    wideNets.push_back({pins.size(), pins.size(), whole(netWeight)});
+    weight += whole(netWeight);
 }
 
-void AxisOptimum::addPart(unsigned body, const PinRange& range) {
-    parts.push_back({body, range});
+void AxisOptimum::addPins(unsigned body, const PinRange& range) {
+    pins.push_back({body, range});
+    wideNets.back().end = pins.size();
 }
 
-// The margin: what counts as at a kink may be one nearness off it. A tangent there is too high by
-// two of them times the range of slopes, which is 2 for a net. A gap's slope is at most the number
-// of nets (its pull has to be balanced by theirs), and pulls pass each body once.
+// The margin: what counts as at a breakpoint may be one nearness off it. A tangent there is too
+// high by two of them times the range of slopes, which is 2 for a net. A gap's slope is at most the
+// weight of all nets (its pull has to be balanced by theirs), and pulls pass each body once.
 double AxisOptimum::minimise(double* positions) {
     std::copy(positions, positions + bodyNum - 1, at.begin());
     at[bodyNum - 1] = 0.0;
     // No nets can pull harder than this, so no gap is given up for them.
-    heavy = 2 * netNum + 1;
-    netBegins.push_back(parts.size());
+    heavy = 2 * weight + 1;
     descend();
-    const double found = length();
-    netBegins.pop_back();
     std::copy(at.begin(), at.begin() + bodyNum - 1, positions);
-    return found * (1.0 - kSumError) - nearness * netNum * (4.0 + 2.0 * bodyNum);
+    return length() * (1.0 - kSumError) - nearness * weight * (4.0 + 2.0 * bodyNum);
 }
 
-// Kinks that nearly coincide can make two sets push one another along a valley in tiny steps. After
-// too many pushes kinks are therefore blurred, so that a push has to gain beyond all that are near,
-// and brought into focus again step by step.
+// Breakpoints that nearly coincide can make two sets push one another along a valley in tiny steps.
+// After too many pushes breakpoints are therefore blurred, so that a push has to gain beyond all
+// that are near, and brought into focus again step by step.
 void AxisOptimum::descend() {
     blur = nearness;
     for (unsigned pushes = 0;; ++pushes) {
@@ -99,77 +100,82 @@ void AxisOptimum::locate() {
     }
     touched.clear();
     held.clear();
-    for (Link& link : links) {
-        const double here = displacement(link.a, link.b);
-        link.below = link.cost->kinksBelow(here - blur);
-        const auto& kinks = link.cost->getKinks();
-        link.upTo = link.below;
-        while (link.upTo < kinks.size() && kinks[link.upTo].at <= here + blur) {
-            ++link.upTo;
+    for (Bundle& bundle : bundles) {
+        const double here = distance(bundle.from, bundle.to);
+        const auto& points = bundle.cost->breakpoints();
+        bundle.below = bundle.cost->numBelow(here - blur);
+        bundle.upTo = bundle.below;
+        while (bundle.upTo < points.size() && points[bundle.upTo].at <= here + blur) {
+            ++bundle.upTo;
         }
-        addPair(link.a, link.b, link.cost->slopeBefore(link.below),
-                link.cost->slopeBefore(link.upTo));
+        addPair(bundle.from, bundle.to, whole(bundle.cost->slopeBefore(bundle.below)),
+                whole(bundle.cost->slopeBefore(bundle.upTo)));
     }
     for (const Gap& gap : gaps) {
-        const double spare = displacement(gap.a, gap.b) - gap.least;
-        addPair(gap.a, gap.b, spare <= blur ? -heavy : 0, spare < -blur ? -heavy : 0);
+        const double spare = distance(gap.from, gap.to) - gap.least;
+        addPair(gap.from, gap.to, spare <= blur ? -heavy : 0, spare < -blur ? -heavy : 0);
     }
     locateWideNets();
 }
 
+// From the lowest to the highest pin of a net.
+PinRange AxisOptimum::reachOf(const WideNet& net) const {
+    PinRange reach;
+    for (std::size_t p = net.begin; p < net.end; ++p) {
+        reach.cover(pins[p].range.movedBy(at[pins[p].body]));
+    }
+    return reach;
+}
+
 void AxisOptimum::locateWideNets() {
-    for (std::size_t net = 0; net + 1 < netBegins.size(); ++net) {
-        PinRange reach;
-        for (std::size_t p = netBegins[net]; p < netBegins[net + 1]; ++p) {
-            reach.low = std::min(reach.low, at[parts[p].body] + parts[p].range.low);
-            reach.high = std::max(reach.high, at[parts[p].body] + parts[p].range.high);
-        }
+    for (const WideNet& net : wideNets) {
+        const PinRange reach = reachOf(net);
         Set lowest = 0;
         Set highest = 0;
-        for (std::size_t p = netBegins[net]; p < netBegins[net + 1]; ++p) {
-            const Set bit = Set{1} << parts[p].body;
-            const double here = at[parts[p].body];
-            lowest |= here + parts[p].range.low <= reach.low + blur ? bit : 0;
-            highest |= here + parts[p].range.high >= reach.high - blur ? bit : 0;
+        for (std::size_t p = net.begin; p < net.end; ++p) {
+            const Set bit = Set{1} << pins[p].body;
+            const PinRange here = pins[p].range.movedBy(at[pins[p].body]);
+            lowest |= here.low <= reach.low + blur ? bit : 0;
+            highest |= here.high >= reach.high - blur ? bit : 0;
         }
-        addHighest(highest);
-        addLowest(lowest);
+        addHighest(highest, net.weight);
+        addLowest(lowest, net.weight);
     }
 }
 
-// A function of how far b is above a: moving b up costs the right slope, moving a up saves the left
-// one, moving both changes nothing.
-void AxisOptimum::addPair(unsigned a, unsigned b, int slopeLeft, int slopeRight) {
-    single[b] += slopeRight;
-    single[a] -= slopeLeft;
-    joint[std::max(a, b)][std::min(a, b)] += slopeLeft - slopeRight;
+// A function of how far `to` is above `from`: moving `to` up costs the right slope, moving `from`
+// up saves the left one, moving both changes nothing.
+void AxisOptimum::addPair(unsigned from, unsigned to, int slopeLeft, int slopeRight) {
+    single[to] += slopeRight;
+    single[from] -= slopeLeft;
+    joint[std::max(from, to)][std::min(from, to)] += slopeLeft - slopeRight;
 }
 
-void AxisOptimum::addHighest(Set bodies) {
+void AxisOptimum::addHighest(Set bodies, int netWeight) {
     if (holdsThree(bodies)) {
-        touched.push_back(bodies);
+        touched.push_back({bodies, netWeight});
         return;
     }
     const int low = std::countr_zero(bodies);
     const int high = std::bit_width(bodies) - 1;
-    ++single[low];
+    single[low] += netWeight;
     if (high != low) {
-        ++single[high];
-        --joint[high][low];
+        single[high] += netWeight;
+        joint[high][low] -= netWeight;
     }
 }
 
-void AxisOptimum::addLowest(Set bodies) {
+void AxisOptimum::addLowest(Set bodies, int netWeight) {
     if (holdsThree(bodies)) {
-        held.push_back(bodies);
+        held.push_back({bodies, netWeight});
         return;
     }
     const int low = std::countr_zero(bodies);
     const int high = std::bit_width(bodies) - 1;
     if (high == low) {
-        --single[low];
+        single[low] -= netWeight;
     } else {
-        --joint[high][low];
+        joint[high][low] -= netWeight;
     }
 }
 
@@ -192,14 +198,14 @@ void AxisOptimum::sumOverSets() {
             bySet[half + set] = bySet[set] + ofNewest[set];
         }
     }
-    for (const Set bodies : touched) {
+    for (const auto& [bodies, netWeight] : touched) {
         for (Set set = 0; set < setNum; ++set) {
-            bySet[set] += (set & bodies) != 0 ? 1 : 0;
+            bySet[set] += (set & bodies) != 0 ? netWeight : 0;
         }
     }
-    for (const Set bodies : held) {
+    for (const auto& [bodies, netWeight] : held) {
         for (Set set = 0; set < setNum; ++set) {
-            bySet[set] -= (set & bodies) == bodies ? 1 : 0;
+            bySet[set] -= (set & bodies) == bodies ? netWeight : 0;
         }
     }
 }
@@ -211,91 +217,93 @@ AxisOptimum::Set AxisOptimum::steepest() const {
 // The ground stays: where it would have to move, all others move the other way.
 void AxisOptimum::push(Set up, int slope) {
     gather(up);
-    const double distance = distanceToMinimum(slope);
+    const double step = distanceToMinimum(slope);
     const bool otherWay = (up >> (bodyNum - 1) & 1) != 0;
     for (unsigned body = 0; body + 1 < bodyNum; ++body) {
         const bool isUp = (up >> body & 1) != 0;
         if (isUp != otherWay) {
-            at[body] += otherWay ? -distance : distance;
+            at[body] += otherWay ? -step : step;
         }
     }
 }
 
 void AxisOptimum::gather(Set up) {
     sweeps.clear();
-    stops.clear();
-    for (const Link& link : links) {
-        const bool movesA = (up >> link.a & 1) != 0;
-        const bool movesB = (up >> link.b & 1) != 0;
-        if (movesA != movesB) {
+    jumps.clear();
+    for (const Bundle& bundle : bundles) {
+        const bool movesFrom = (up >> bundle.from & 1) != 0;
+        const bool movesTo = (up >> bundle.to & 1) != 0;
+        if (movesFrom != movesTo) {
             const std::size_t count =
-                movesB ? link.cost->getKinks().size() - link.upTo : link.below;
-            sweeps.push_back({&link, nullptr, displacement(link.a, link.b), movesB, 0, count});
+                movesTo ? bundle.cost->breakpoints().size() - bundle.upTo : bundle.below;
+            sweeps.push_back(
+                {&bundle, nullptr, distance(bundle.from, bundle.to), movesTo, 0, count});
         }
     }
     gatherGaps(up);
     gatherWideNets(up);
-    settleStops();
+    settleJumps();
 }
 
-void AxisOptimum::settleStops() {
-    if (stops.empty()) {
+void AxisOptimum::settleJumps() {
+    if (jumps.empty()) {
         return;
     }
-    std::sort(stops.begin(), stops.end(),
-              [](const Stop& a, const Stop& b) { return a.distance < b.distance; });
+    std::sort(jumps.begin(), jumps.end(),
+              [](const Jump& a, const Jump& b) { return a.distance < b.distance; });
     int sum = 0;
-    for (Stop& stop : stops) {
-        stop.jumps = sum += stop.jumps;
+    for (Jump& jump : jumps) {
+        jump.by = sum += jump.by;
     }
-    sweeps.push_back({nullptr, stops.data(), 0.0, true, 0, stops.size()});
+    sweeps.push_back({nullptr, jumps.data(), 0.0, true, 0, jumps.size()});
 }
 
 void AxisOptimum::gatherGaps(Set up) {
     for (const Gap& gap : gaps) {
-        const bool movesA = (up >> gap.a & 1) != 0;
-        const bool movesB = (up >> gap.b & 1) != 0;
-        const double spare = displacement(gap.a, gap.b) - gap.least;
-        if (movesA && !movesB && spare > blur) {
-            stops.push_back({spare, heavy});
-        } else if (movesB && !movesA && spare < -blur) {
-            stops.push_back({-spare, heavy});
+        const bool movesFrom = (up >> gap.from & 1) != 0;
+        const bool movesTo = (up >> gap.to & 1) != 0;
+        const double spare = distance(gap.from, gap.to) - gap.least;
+        if (movesFrom && !movesTo && spare > blur) {
+            jumps.push_back({spare, heavy});
+        } else if (movesTo && !movesFrom && spare < -blur) {
+            jumps.push_back({-spare, heavy});
         }
     }
 }
 
-// A net's end comes to a kink when a moving body overtakes, or reaches, one that stays.
+// The slope grows where the highest pin that moves passes the highest one that stays, and where the
+// lowest one that moves passes the lowest one that stays.
 void AxisOptimum::gatherWideNets(Set up) {
-    for (std::size_t net = 0; net + 1 < netBegins.size(); ++net) {
+    for (const WideNet& net : wideNets) {
         std::array<PinRange, 2> reach;  // of the bodies that stay, and that move
-        for (std::size_t p = netBegins[net]; p < netBegins[net + 1]; ++p) {
-            PinRange& range = reach[up >> parts[p].body & 1];
-            range.low = std::min(range.low, at[parts[p].body] + parts[p].range.low);
-            range.high = std::max(range.high, at[parts[p].body] + parts[p].range.high);
+        for (std::size_t p = net.begin; p < net.end; ++p) {
+            reach[up >> pins[p].body & 1].cover(pins[p].range.movedBy(at[pins[p].body]));
         }
-        for (const double distance : {reach[0].high - reach[1].high, reach[0].low - reach[1].low}) {
-            if (distance > blur && distance < kInfinity) {
-                stops.push_back({distance, 1});
+        for (const double step : {reach[0].high - reach[1].high, reach[0].low - reach[1].low}) {
+            if (step > blur && step < kInfiniteLength) {
+                jumps.push_back({step, net.weight});
             }
         }
     }
 }
 
 double AxisOptimum::Sweep::distance(std::size_t index) const {
-    if (link == nullptr) {
-        return stops[index].distance;
+    if (bundle == nullptr) {
+        return jumps[index].distance;
     }
-    const auto& kinks = link->cost->getKinks();
-    return grows ? kinks[link->upTo + index].at - here : here - kinks[link->below - 1 - index].at;
+    const auto& points = bundle->cost->breakpoints();
+    return grows ? points[bundle->upTo + index].at - here
+                 : here - points[bundle->below - 1 - index].at;
 }
 
-int AxisOptimum::Sweep::gain(std::size_t passedNow) const {
-    if (link == nullptr) {
-        return passedNow == 0 ? 0 : stops[passedNow - 1].jumps;
+int AxisOptimum::Sweep::rise(std::size_t passedNow) const {
+    if (bundle == nullptr) {
+        return passedNow == 0 ? 0 : jumps[passedNow - 1].by;
     }
-    const BundleCost& cost = *link->cost;
-    return grows ? cost.slopeBefore(link->upTo + passedNow) - cost.slopeBefore(link->upTo)
-                 : cost.slopeBefore(link->below) - cost.slopeBefore(link->below - passedNow);
+    const PiecewiseLinear& cost = *bundle->cost;
+    return whole(grows ? cost.slopeBefore(bundle->upTo + passedNow) - cost.slopeBefore(bundle->upTo)
+                       : cost.slopeBefore(bundle->below) -
+                             cost.slopeBefore(bundle->below - passedNow));
 }
 
 std::size_t AxisOptimum::Sweep::passedAt(double distanceNow) const {
@@ -312,10 +320,10 @@ std::size_t AxisOptimum::Sweep::passedAt(double distanceNow) const {
     return low;
 }
 
-// The first kink after which the slope is no longer negative. Kinks come in sorted sequences, so
-// the middle one of the longest is tried and halves it.
+// The first breakpoint after which the slope is no longer negative. Breakpoints come in sorted
+// sequences, so the middle one of the longest is tried and halves it.
 double AxisOptimum::distanceToMinimum(int slope) {
-    double best = kInfinity;
+    double best = kInfiniteLength;
     while (true) {
         const auto longest = std::max_element(
             sweeps.begin(), sweeps.end(),
@@ -324,9 +332,9 @@ double AxisOptimum::distanceToMinimum(int slope) {
             break;
         }
         const std::size_t middle = (longest->from + longest->to) / 2;
-        const double distance = longest->distance(middle);
-        if (slopeAfter(slope, distance) >= 0) {
-            best = distance;
+        const double tried = longest->distance(middle);
+        if (slopeAfter(slope, tried) >= 0) {
+            best = tried;
             for (Sweep& sweep : sweeps) {
                 sweep.to = sweep.passed;
             }
@@ -337,33 +345,28 @@ double AxisOptimum::distanceToMinimum(int slope) {
             }
         }
     }
-    KORVEL_INVARIANT(best < kInfinity, "no push goes on for ever");
+    KORVEL_INVARIANT(best < kInfiniteLength, "no push goes on for ever");
     return best;
 }
 
-int AxisOptimum::slopeAfter(int slope, double distance) {
+int AxisOptimum::slopeAfter(int slope, double distanceNow) {
     for (Sweep& sweep : sweeps) {
-        sweep.passed = sweep.passedAt(distance);
-        slope += sweep.gain(sweep.passed);
+        sweep.passed = sweep.passedAt(distanceNow);
+        slope += sweep.rise(sweep.passed);
     }
     return slope;
 }
 
 double AxisOptimum::length() const {
     double sum = 0.0;
-    for (const Link& link : links) {
-        sum += link.cost->at(displacement(link.a, link.b));
+    for (const Bundle& bundle : bundles) {
+        sum += bundle.cost->value(distance(bundle.from, bundle.to));
     }
     for (const Gap& gap : gaps) {
-        sum += heavy * std::max(0.0, gap.least - displacement(gap.a, gap.b));
+        sum += heavy * std::max(0.0, gap.least - distance(gap.from, gap.to));
     }
-    for (std::size_t net = 0; net + 1 < netBegins.size(); ++net) {
-        PinRange reach;
-        for (std::size_t p = netBegins[net]; p < netBegins[net + 1]; ++p) {
-            reach.low = std::min(reach.low, at[parts[p].body] + parts[p].range.low);
-            reach.high = std::max(reach.high, at[parts[p].body] + parts[p].range.high);
-        }
-        sum += reach.high - reach.low;
+    for (const WideNet& net : wideNets) {
+        sum += net.weight * reachOf(net).length();
     }
     return sum;
 }

@@ -2,22 +2,10 @@
 
 #include <algorithm>
 #include <bit>
-#include <limits>
 
 namespace korvel {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-constexpr unsigned axisOf(Topology where) {
-    return where == Topology::L || where == Topology::R ? 0 : 1;
-}
-
-// Whether the first of two dies is then the one with the lower coordinates.
-constexpr bool isLower(Topology where) {
-    return where == Topology::L || where == Topology::B;
-}
 
 Topology onlyOf(Whereabouts where) {
     return static_cast<Topology>(std::countr_zero(where));
@@ -38,7 +26,7 @@ ProofNode NodeBounder::root() {
 
 std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned die, unsigned turn,
                                                double limit) {
-    if (model.room(die, 0, turn) < 0.0 || model.room(die, 1, turn) < 0.0) {
+    if (model.cornerRange(die, kX, turn).isEmpty() || model.cornerRange(die, kY, turn).isEmpty()) {
         return std::nullopt;
     }
     ProofNode child = node;
@@ -49,8 +37,8 @@ std::optional<ProofNode> NodeBounder::withTurn(const ProofNode& node, unsigned d
         }
         symmetry->narrow(child);
     }
-    for (unsigned axis = 0; axis < kAxisNum; ++axis) {
-        child.at[axis][die] = model.room(die, axis, turn) / 2.0;
+    for (const Axis axis : {kX, kY}) {
+        child.at[axis][die] = model.cornerRange(die, axis, turn).middle();
     }
     if (!settle(child, {true, true}, limit)) {
         return std::nullopt;
@@ -65,7 +53,7 @@ ProofNode NodeBounder::betterCounted(const ProofNode& node) {
     if (!countPairs(other, true)) {
         return node;
     }
-    for (unsigned axis = 0; axis < kAxisNum; ++axis) {
+    for (const Axis axis : {kX, kY}) {
         workOut(other, axis);
     }
     const double length = total(other);
@@ -77,17 +65,17 @@ std::optional<ProofNode> NodeBounder::withRelation(const ProofNode& node, unsign
                                                    unsigned high, Topology where, double limit) {
     ProofNode child = node;
     child.where[pairIndex(low, high)] = bitOf(where);
-    std::array<bool, kAxisNum> changed{};
+    std::array<bool, kAxes> changed{};
     changed[axisOf(where)] = true;
     return settle(child, changed, limit) ? std::optional(child) : std::nullopt;
 }
 
 // The lengths that were worked out for the part that the node is from hold for it too. Often they
 // and what is known of the rest suffice, and no more is worked out than is needed for the limit.
-bool NodeBounder::settle(ProofNode& node, std::array<bool, kAxisNum> changed, double limit) {
+bool NodeBounder::settle(ProofNode& node, std::array<bool, kAxes> changed, double limit) {
     node.bound = std::max(node.bound, total(node));
     if (node.bound >= limit) {
-        return node.bound < kInfinity;
+        return node.bound < kInfiniteLength;
     }
     numberBodies(node);
     if (!propagate(node, changed)) {
@@ -96,18 +84,18 @@ bool NodeBounder::settle(ProofNode& node, std::array<bool, kAxisNum> changed, do
     if (countPairs(node, false)) {
         changed = {true, true};
     }
-    for (unsigned axis = 0; axis < kAxisNum && node.bound < limit; ++axis) {
-        if (changed[axis]) {
+    for (const Axis axis : {kX, kY}) {
+        if (changed[axis] && node.bound < limit) {
             workOut(node, axis);
             node.bound = std::max(node.bound, total(node));
         }
     }
-    return node.bound < kInfinity;
+    return node.bound < kInfiniteLength;
 }
 
 void NodeBounder::numberBodies(const ProofNode& node) {
     bodies.clear();
-    for (unsigned die = 0; die < model.getDieNum(); ++die) {
+    for (unsigned die = 0; die < model.dieNum(); ++die) {
         if (node.isTurned(die)) {
             numberOf[die] = static_cast<unsigned>(bodies.size());
             bodies.push_back(die);
@@ -118,7 +106,7 @@ void NodeBounder::numberBodies(const ProofNode& node) {
 }
 
 // Relations that the decided ones rule out, or imply, until nothing changes.
-bool NodeBounder::propagate(ProofNode& node, std::array<bool, kAxisNum>& changed) {
+bool NodeBounder::propagate(ProofNode& node, std::array<bool, kAxes>& changed) {
     bool again = true;
     while (again) {
         again = false;
@@ -142,30 +130,38 @@ bool NodeBounder::propagate(ProofNode& node, std::array<bool, kAxisNum>& changed
     return true;
 }
 
+// Calls `take(from, to, least)` for every two bodies, by their numbers, of which the second has to
+// stay so much above the first: by the ranges of the dies and by the relations that are decided.
+template <typename Take>
+void NodeBounder::forGaps(const ProofNode& node, Axis axis, const Take& take) const {
+    const auto ground = static_cast<unsigned>(bodies.size() - 1);
+    for (unsigned j = 0; j < ground; ++j) {
+        const DieLimits::Range range = model.cornerRange(bodies[j], axis, node.turn[bodies[j]]);
+        take(ground, j, range.low);
+        take(j, ground, -range.high);
+        for (unsigned i = 0; i < j; ++i) {
+            const Whereabouts where = node.where[pairIndex(bodies[i], bodies[j])];
+            if (!isDecided(where) || axisOf(onlyOf(where)) != axis) {
+                continue;
+            }
+            const unsigned first = comesFirst(onlyOf(where)) ? i : j;
+            const unsigned second = comesFirst(onlyOf(where)) ? j : i;
+            take(first, second, leastDistance(node, bodies[first], bodies[second], axis));
+        }
+    }
+}
+
 bool NodeBounder::longestPaths(const ProofNode& node) {
     const std::size_t num = bodies.size();
-    for (unsigned axis = 0; axis < kAxisNum; ++axis) {
+    for (const Axis axis : {kX, kY}) {
         Paths& path = paths[axis];
         for (std::size_t i = 0; i < num; ++i) {
             for (std::size_t j = 0; j < num; ++j) {
-                path[i][j] = i == j ? 0.0 : -kInfinity;
+                path[i][j] = i == j ? 0.0 : -kInfiniteLength;
             }
         }
-        for (std::size_t j = 0; j + 1 < num; ++j) {
-            path[num - 1][j] = 0.0;
-            path[j][num - 1] = -model.room(bodies[j], axis, node.turn[bodies[j]]);
-            for (std::size_t i = 0; i < j; ++i) {
-                const Whereabouts where = node.where[pairIndex(bodies[i], bodies[j])];
-                if (!isDecided(where) || axisOf(onlyOf(where)) != axis) {
-                    continue;
-                }
-                if (isLower(onlyOf(where))) {
-                    path[i][j] = extent(node, bodies[i], axis);
-                } else {
-                    path[j][i] = extent(node, bodies[j], axis);
-                }
-            }
-        }
+        forGaps(node, axis,
+                [&path](unsigned from, unsigned to, double least) { path[from][to] = least; });
         for (std::size_t via = 0; via < num; ++via) {
             for (std::size_t i = 0; i < num; ++i) {
                 for (std::size_t j = 0; j < num; ++j) {
@@ -183,19 +179,20 @@ bool NodeBounder::longestPaths(const ProofNode& node) {
 }
 
 bool NodeBounder::narrow(ProofNode& node, unsigned low, unsigned high,
-                         std::array<bool, kAxisNum>& changed) {
+                         std::array<bool, kAxes>& changed) {
     Whereabouts& where = node.where[pairIndex(low, high)];
-    for (unsigned bit = 0; bit < kRelations; ++bit) {
+    for (unsigned bit = 0; bit < kTopologyNum; ++bit) {
         const auto relation = static_cast<Topology>(bit);
-        const unsigned axis = axisOf(relation);
-        const unsigned first = isLower(relation) ? low : high;
-        const unsigned second = isLower(relation) ? high : low;
+        const Axis axis = axisOf(relation);
+        const unsigned first = comesFirst(relation) ? low : high;
+        const unsigned second = comesFirst(relation) ? high : low;
         const Paths& path = paths[axis];
-        if (path[numberOf[first]][numberOf[second]] >= extent(node, first, axis)) {
+        const double distance = leastDistance(node, first, second, axis);
+        if (path[numberOf[first]][numberOf[second]] >= distance) {
             where = bitOf(relation);  // the others would only bind more
             return true;
         }
-        if (path[numberOf[second]][numberOf[first]] + extent(node, first, axis) > 0.0) {
+        if (path[numberOf[second]][numberOf[first]] + distance > 0.0) {
             where = static_cast<Whereabouts>(where & ~bitOf(relation));
         }
     }
@@ -211,7 +208,7 @@ bool NodeBounder::countPairs(ProofNode& node, bool evenUndecided) const {
     for (std::size_t j = 0; j + 1 < bodies.size(); ++j) {
         for (std::size_t i = 0; i < j; ++i) {
             const unsigned pair = pairIndex(bodies[i], bodies[j]);
-            if (!node.counted[pair] && model.bundleOf(bodies[i], bodies[j]) != nullptr &&
+            if (!node.counted[pair] && model.bundleOf(bodies[i], bodies[j]) &&
                 (evenUndecided || isDecided(node.where[pair]))) {
                 node.counted[pair] = true;
                 any = true;
@@ -221,12 +218,12 @@ bool NodeBounder::countPairs(ProofNode& node, bool evenUndecided) const {
     return any;
 }
 
-void NodeBounder::workOut(ProofNode& node, unsigned axis) {
-    optimum.begin(static_cast<unsigned>(bodies.size()),
-                  kNearness * std::max(model.side(0), model.side(1)));
+void NodeBounder::workOut(ProofNode& node, Axis axis) {
+    optimum.begin(static_cast<unsigned>(bodies.size()), model.nearness());
     addNets(node, axis);
     addWideNets(node, axis);
-    addGaps(node, axis);
+    forGaps(node, axis,
+            [this](unsigned from, unsigned to, double least) { optimum.addGap(from, to, least); });
     std::array<double, kMaxProofDies> at{};
     for (std::size_t i = 0; i + 1 < bodies.size(); ++i) {
         at[i] = node.at[axis][bodies[i]];
@@ -237,87 +234,69 @@ void NodeBounder::workOut(ProofNode& node, unsigned axis) {
     }
 }
 
-void NodeBounder::addNets(const ProofNode& node, unsigned axis) {
-    for (const ProofModel::Bundle& bundle : model.getBundles()) {
-        if (!node.isTurned(bundle.a)) {
+void NodeBounder::addNets(const ProofNode& node, Axis axis) {
+    for (const std::size_t bundle : model.nets().bundlesInNetOrder()) {
+        const auto& [a, b, weight] = model.nets().bundles()[bundle];
+        if (!node.isTurned(a)) {
             continue;
         }
-        const bool toGround = bundle.b == model.ground();
-        if (toGround || (node.isTurned(bundle.b) && node.counted[pairIndex(bundle.a, bundle.b)])) {
-            const unsigned turnB = toGround ? 0 : node.turn[bundle.b];
-            optimum.addBundle(numberOf[bundle.a], numberOf[bundle.b],
-                              bundle.along(axis, node.turn[bundle.a], turnB));
+        const bool toGround = b == model.ground();
+        if (toGround || (node.isTurned(b) && node.counted[pairIndex(a, b)])) {
+            const unsigned turnB = toGround ? 0 : node.turn[b];
+            optimum.addBundle(numberOf[b], numberOf[a],
+                              model.cost(bundle, axis, node.turn[a], turnB));
         }
     }
 }
 
-void NodeBounder::addWideNets(const ProofNode& node, unsigned axis) {
-    for (const ProofModel::WideNet& net : model.getWideNets()) {
+void NodeBounder::addWideNets(const ProofNode& node, Axis axis) {
+    for (const auto& [members, weight] : model.nets().wideNets()) {
         const bool takesPart =
-            std::any_of(net.parts.begin(), net.parts.end(), [&](const auto& part) {
-                return part.body != model.ground() && node.isTurned(part.body);
+            std::any_of(members.begin(), members.end(), [&](const BodyPins& pins) {
+                return pins.body != model.ground() && node.isTurned(pins.body);
             });
         if (!takesPart) {
             continue;
         }
-        optimum.beginWideNet();
-        for (const ProofModel::WideNet::Part& part : net.parts) {
-            if (part.body == model.ground()) {
-                optimum.addPart(numberOf[part.body], part.ranges[turnAlong(axis, 0)]);
-            } else if (node.isTurned(part.body)) {
-                optimum.addPart(numberOf[part.body],
-                                part.ranges[turnAlong(axis, node.turn[part.body])]);
-            }
-        }
-    }
-}
-
-void NodeBounder::addGaps(const ProofNode& node, unsigned axis) {
-    const auto ground = static_cast<unsigned>(bodies.size() - 1);
-    for (unsigned j = 0; j < ground; ++j) {
-        optimum.addGap(ground, j, 0.0);
-        optimum.addGap(j, ground, -model.room(bodies[j], axis, node.turn[bodies[j]]));
-        for (unsigned i = 0; i < j; ++i) {
-            const Whereabouts where = node.where[pairIndex(bodies[i], bodies[j])];
-            if (!isDecided(where) || axisOf(onlyOf(where)) != axis) {
-                continue;
-            }
-            if (isLower(onlyOf(where))) {
-                optimum.addGap(i, j, extent(node, bodies[i], axis));
-            } else {
-                optimum.addGap(j, i, extent(node, bodies[j], axis));
+        optimum.beginWideNet(weight);
+        for (const BodyPins& pins : members) {
+            if (pins.body == model.ground()) {
+                optimum.addPins(numberOf[pins.body], pins.range(axis, Orient::N));
+            } else if (node.isTurned(pins.body)) {
+                optimum.addPins(numberOf[pins.body],
+                                pins.range(axis, orientOf(node.turn[pins.body])));
             }
         }
     }
 }
 
 double NodeBounder::total(const ProofNode& node) const {
-    return model.getFixedLength() + node.length[0] + node.length[1] + outstanding(node);
+    return model.nets().fixedLength() + node.length[0] + node.length[1] + outstanding(node);
 }
 
 // What the nets that are not part of the lengths cost at least: those between turned dies pair by
 // pair, all others die by die.
 double NodeBounder::outstanding(const ProofNode& node) const {
     double sum = 0.0;
-    for (unsigned high = 0; high < model.getDieNum(); ++high) {
+    for (unsigned high = 0; high < model.dieNum(); ++high) {
         if (!node.isTurned(high)) {
             sum += leastOfDie(node, high);
             continue;
         }
         for (unsigned low = 0; low < high; ++low) {
             const unsigned pair = pairIndex(low, high);
-            if (node.isTurned(low) && !node.counted[pair] && model.bundleOf(low, high) != nullptr) {
+            if (node.isTurned(low) && !node.counted[pair] && model.bundleOf(low, high)) {
                 sum += leastOfPair(node, low, high);
             }
         }
     }
-    return sum * (1.0 - kNearness);
+    return sum * (1.0 - kNearPosition);
 }
 
 double NodeBounder::leastOfPair(const ProofNode& node, unsigned low, unsigned high) const {
-    double least = kInfinity;
+    double least = kInfiniteLength;
     const Whereabouts where = node.where[pairIndex(low, high)];
-    for (unsigned bit = 0; bit < kRelations; ++bit) {
+    for (unsigned bit = 0; bit < kTopologyNum; ++bit) {
         if ((where >> bit & 1) != 0) {
             least =
                 std::min(least, model.pairLeast(low, high, node.turn[low], node.turn[high], bit));
@@ -329,14 +308,14 @@ double NodeBounder::leastOfPair(const ProofNode& node, unsigned low, unsigned hi
 // The nets of a die without a turn to the ground, to turned dies, and to lower ones without a turn.
 // It will have one and the same turn to all of them.
 double NodeBounder::leastOfDie(const ProofNode& node, unsigned die) const {
-    std::array<double, kTurns> sums{};
-    for (unsigned turn = 0; turn < kTurns; ++turn) {
+    std::array<double, kUnmirroredOrients> sums{};
+    for (unsigned turn = 0; turn < kUnmirroredOrients; ++turn) {
         sums[turn] = model.groundLeast(die, turn);
     }
-    for (unsigned other = 0; other < model.getDieNum(); ++other) {
+    for (unsigned other = 0; other < model.dieNum(); ++other) {
         if (other != die && (node.isTurned(other) || other < die)) {
             const auto& leasts = model.pairLeasts(die, other, node.turn[other]);
-            for (unsigned turn = 0; turn < kTurns; ++turn) {
+            for (unsigned turn = 0; turn < kUnmirroredOrients; ++turn) {
                 sums[turn] += leasts[turn];
             }
         }
@@ -345,10 +324,11 @@ double NodeBounder::leastOfDie(const ProofNode& node, unsigned die) const {
 }
 
 double NodeBounder::overlap(const ProofNode& node, unsigned a, unsigned b) const {
-    double depth = kInfinity;
-    for (unsigned axis = 0; axis < kAxisNum; ++axis) {
+    double depth = kInfiniteLength;
+    for (const Axis axis : {kX, kY}) {
         const double apart = node.at[axis][b] - node.at[axis][a];
-        depth = std::min({depth, extent(node, a, axis) - apart, extent(node, b, axis) + apart});
+        depth = std::min({depth, leastDistance(node, a, b, axis) - apart,
+                          leastDistance(node, b, a, axis) + apart});
     }
     return depth;
 }

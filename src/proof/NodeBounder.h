@@ -7,9 +7,9 @@
 //     whatever the dies' turns (as far as open) and their relation (as far as open),
 //   - for every die without a turn, the least that its nets to the ground can cost,
 //   - the nets on one body.
-// Every net is in one of them only: a bundle of nets between two bodies goes as a whole into the
-// first or into the second or third, wide nets only into the first. Each is a minimum over more
-// than the placements of the part, so the sum of minima is not above the minimum of the sum.
+// Every net is in one of them only: the bundle of two bodies goes as a whole into the first, or
+// into the second or third; wide nets only into the first. Each is a minimum over more than the
+// placements of the part, so the sum of minima is not above the minimum of the sum.
 //
 // One per thread; refers to the model.
 #pragma once
@@ -43,23 +43,24 @@ public:
     double overlap(const ProofNode& node, unsigned a, unsigned b) const;
 
 private:
-    bool settle(ProofNode& node, std::array<bool, kAxisNum> changed, double limit);
+    bool settle(ProofNode& node, std::array<bool, kAxes> changed, double limit);
     void numberBodies(const ProofNode& node);
-    bool propagate(ProofNode& node, std::array<bool, kAxisNum>& changed);
+    bool propagate(ProofNode& node, std::array<bool, kAxes>& changed);
     bool longestPaths(const ProofNode& node);
-    bool narrow(ProofNode& node, unsigned low, unsigned high, std::array<bool, kAxisNum>& changed);
+    bool narrow(ProofNode& node, unsigned low, unsigned high, std::array<bool, kAxes>& changed);
     bool countPairs(ProofNode& node, bool evenUndecided) const;
     ProofNode betterCounted(const ProofNode& node);
     double total(const ProofNode& node) const;
-    void workOut(ProofNode& node, unsigned axis);
-    void addNets(const ProofNode& node, unsigned axis);
-    void addWideNets(const ProofNode& node, unsigned axis);
-    void addGaps(const ProofNode& node, unsigned axis);
+    void workOut(ProofNode& node, Axis axis);
+    void addNets(const ProofNode& node, Axis axis);
+    void addWideNets(const ProofNode& node, Axis axis);
+    template <typename Take>
+    void forGaps(const ProofNode& node, Axis axis, const Take& take) const;
     double outstanding(const ProofNode& node) const;
     double leastOfPair(const ProofNode& node, unsigned low, unsigned high) const;
     double leastOfDie(const ProofNode& node, unsigned die) const;
-    double extent(const ProofNode& node, unsigned die, unsigned axis) const {
-        return model.extent(die, axis, node.turn[die]);
+    double leastDistance(const ProofNode& node, unsigned first, unsigned second, Axis axis) const {
+        return model.leastDistance(first, second, axis, node.turn[first]);
     }
 
     const ProofModel& model;
@@ -69,7 +70,7 @@ private:
     std::array<unsigned, kMaxProofDies + 1> numberOf{};  // of a body among those
     // How far one body is at least above another, along both axes.
     using Paths = std::array<std::array<double, kMaxProofDies + 1>, kMaxProofDies + 1>;
-    std::array<Paths, kAxisNum> paths{};
+    std::array<Paths, kAxes> paths{};
 };
 
 }  // namespace korvel

@@ -5,8 +5,8 @@
 #include <array>
 #include <cstdint>
 
+#include "base/Axis.h"
 #include "proof/AxisOptimum.h"
-#include "proof/ProofModel.h"
 
 namespace korvel {
 
@@ -28,7 +28,7 @@ constexpr unsigned pairIndex(unsigned low, unsigned high) {
 }
 
 struct ProofNode {
-    static constexpr std::uint8_t kOpen = kTurns;  // a turn still to be chosen
+    static constexpr std::uint8_t kOpen = kUnmirroredOrients;  // a turn still to be chosen
 
     // No placement of this part is shorter.
     double bound = 0.0;
@@ -36,8 +36,8 @@ struct ProofNode {
     double share = 1.0;
     // Per axis: the length of the nets that have been worked out, and the positions of the turned
     // dies for which it is reached.
-    std::array<double, kAxisNum> length{};
-    std::array<std::array<double, kMaxProofDies>, kAxisNum> at{};
+    std::array<double, kAxes> length{};
+    std::array<std::array<double, kMaxProofDies>, kAxes> at{};
     std::array<std::uint8_t, kMaxProofDies> turn{};
     // By pairIndex: where the lower die may lie to the higher one. What has one bit left is kept
     // to.

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
+#include "base/Infinity.h"
+
 namespace korvel {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // Some tens of megabytes.
 constexpr std::size_t kCrowd = 100000;
@@ -14,13 +14,13 @@ constexpr std::size_t kCrowd = 100000;
 }  // namespace
 
 ProofPool::ProofPool(const ProofNode& root, unsigned workers)
-    : open{root}, busy(workers, kInfinity) {}
+    : open{root}, busy(workers, kInfiniteLength) {}
 
 std::optional<ProofNode> ProofPool::take(unsigned worker) {
     std::unique_lock lock(mutex);
     const auto nobodyWorks = [&] {
         return std::all_of(busy.begin(), busy.end(),
-                           [](double bound) { return bound == kInfinity; });
+                           [](double bound) { return bound == kInfiniteLength; });
     };
     changed.wait(lock, [&] { return closed || !open.empty() || nobodyWorks(); });
     if (closed || open.empty()) {
@@ -36,7 +36,7 @@ std::optional<ProofNode> ProofPool::take(unsigned worker) {
 void ProofPool::giveBack(unsigned worker, const std::vector<ProofNode>& nodes) {
     {
         const std::lock_guard lock(mutex);
-        busy[worker] = kInfinity;
+        busy[worker] = kInfiniteLength;
         for (const ProofNode& node : nodes) {
             open.push_back(node);
             std::push_heap(open.begin(), open.end(), comesLater);

@@ -1,9 +1,9 @@
 // The open parts of a tree, shared by all threads that work on it: the most promising one is handed
-// out first, so the lower bound of the whole rises. Any thread may call anything.
+// out first, so the lower bound of the whole rises. Any thread may call anything: `mutex` guards
+// all members.
 #pragma once
 
 #include <condition_variable>
-#include <limits>
 #include <mutex>
 #include <optional>
 #include <vector>

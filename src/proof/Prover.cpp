@@ -4,6 +4,8 @@
 #include <thread>
 #include <vector>
 
+#include "base/Infinity.h"
+#include "base/Tolerances.h"
 #include "exact/ExactCoordinates.h"
 #include "proof/NodeBounder.h"
 #include "proof/ProofPool.h"
@@ -12,30 +14,26 @@ namespace korvel {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
 // Nodes that a thread works off before it hands the rest back: few enough to keep the lower bound
 // rising, many enough to keep the threads off the lock.
 constexpr unsigned kTurnLength = 256;
 
-// Overlaps up to this part of the region may be rounding; the exact coordinates decide.
-constexpr double kTouching = 1e-9;
-
 // The die with the most nets comes first, then always the one with the most nets to those before.
-std::vector<unsigned> orderOf(const ProofModel& model) {
+std::vector<unsigned> orderOf(const NetModel& model) {
     std::vector<unsigned> order;
-    std::vector<bool> isIn(model.getDieNum() + 1, false);
-    while (order.size() < model.getDieNum()) {
-        std::vector<std::pair<int, int>> nets(model.getDieNum() + 1, {0, 0});
-        for (const ProofModel::Bundle& bundle : model.getBundles()) {
-            nets[bundle.a].first += isIn[bundle.b] ? bundle.netNum : 0;
-            nets[bundle.b].first += isIn[bundle.a] ? bundle.netNum : 0;
-            nets[bundle.a].second += bundle.netNum;
-            nets[bundle.b].second += bundle.netNum;
+    std::vector<bool> isIn(model.dieNum() + 1, false);
+    while (order.size() < model.dieNum()) {
+        // By body: weight to those before, and to all.
+        std::vector<std::pair<double, double>> weights(model.dieNum() + 1, {0.0, 0.0});
+        for (const auto& [a, b, weight] : model.bundles()) {
+            weights[a].first += isIn[b] ? weight : 0.0;
+            weights[b].first += isIn[a] ? weight : 0.0;
+            weights[a].second += weight;
+            weights[b].second += weight;
         }
         unsigned best = model.ground();
-        for (unsigned die = 0; die < model.getDieNum(); ++die) {
-            if (!isIn[die] && (best == model.ground() || nets[die] > nets[best])) {
+        for (unsigned die = 0; die < model.dieNum(); ++die) {
+            if (!isIn[die] && (best == model.ground() || weights[die] > weights[best])) {
                 best = die;
             }
         }
@@ -47,9 +45,9 @@ std::vector<unsigned> orderOf(const ProofModel& model) {
 
 // A tree and what all threads that work on it share.
 struct Tree {
-    Tree(const Design& nets, Region region, unsigned threads)
-        : model(nets, region),
-          order(orderOf(model)),
+    Tree(const Design& design, const NetModel& nets, Region region, unsigned threads)
+        : model(design, nets, region),
+          order(orderOf(nets)),
           symmetry(model, order),
           pool(NodeBounder(model).root(), threads) {}
 
@@ -58,7 +56,8 @@ struct Tree {
     const Symmetry symmetry;
     ProofPool pool;
     std::mutex mutex;
-    double closedBound = kInfinity;  // mutex; the lowest bound of what was given up as no better
+    double closedBound =
+        kInfiniteLength;  // mutex; the lowest bound of what was given up as no better
 };
 
 // What is to be done, for all trees; refers to what `prove` was given.
@@ -75,7 +74,7 @@ struct Task {
         return incumbent.wirelength() * (1.0 - std::max(options.gap, options.tolerance));
     }
     bool isOver() const {
-        return stop.stop_requested() || (anyWillDo && incumbent.wirelength() < kInfinity);
+        return stop.stop_requested() || (anyWillDo && incumbent.wirelength() < kInfiniteLength);
     }
 };
 
@@ -112,7 +111,7 @@ private:
     unsigned number;
     std::vector<ProofNode> open;
     std::vector<ProofNode> children;
-    double closedBound = kInfinity;
+    double closedBound = kInfiniteLength;
     double shareDone = 0.0;
     unsigned nodes = 0;
 };
@@ -157,7 +156,7 @@ void ProofWorker::report() {
     const std::lock_guard lock(tree.mutex);
     const double bound =
         std::min({tree.pool.lowestOpen(), tree.closedBound, task.incumbent.wirelength()});
-    if (bound > progress.lowerBound && bound < kInfinity) {
+    if (bound > progress.lowerBound && bound < kInfiniteLength) {
         progress.lowerBound = bound;
     }
 }
@@ -182,17 +181,17 @@ void ProofWorker::visit(const ProofNode& node) {
 // The positions are legal but for roundings. If the exact ones are no longer than the bound says,
 // the node is done; if they should be, it is divided until all relations are decided.
 void ProofWorker::tryLeaf(const ProofNode& node) {
-    Placement placement(tree.model.getDieNum());
+    Placement placement(tree.model.dieNum());
     std::vector<Orient> orients;
     for (unsigned die = 0; die < placement.size(); ++die) {
-        orients.push_back(static_cast<Orient>(node.turn[die]));
-        placement[die] = {{node.at[0][die], node.at[1][die]}, orients[die]};
+        orients.push_back(orientOf(node.turn[die]));
+        placement[die] = {{node.at[kX][die], node.at[kY][die]}, orients[die]};
     }
     const Relations relations = Relations::of(task.design, placement);
     if (const auto exact = task.coordinates.solve(relations, orients)) {
-        task.incumbent.offer(*exact, wirelength(task.design, *exact), "proof");
+        task.incumbent.offer(*exact, "proof");
     }
-    const auto undecided = overlappingPair(node, -kInfinity);
+    const auto undecided = overlappingPair(node, -kInfiniteLength);
     if (node.bound >= task.limit() || !undecided) {
         close(node.bound, node.share);
     } else {
@@ -207,13 +206,13 @@ void ProofWorker::branchOnTurn(const ProofNode& node, unsigned die) {
             children.push_back(*child);
         }
     }
-    pushChildren(node, kTurns);
+    pushChildren(node, kUnmirroredOrients);
 }
 
 void ProofWorker::branchOnPair(const ProofNode& node, unsigned low, unsigned high) {
     children.clear();
     const Whereabouts where = node.where[pairIndex(low, high)];
-    for (unsigned bit = 0; bit < kRelations; ++bit) {
+    for (unsigned bit = 0; bit < kTopologyNum; ++bit) {
         if ((where >> bit & 1) != 0) {
             if (const auto child = bounder.withRelation(node, low, high, static_cast<Topology>(bit),
                                                         task.limit())) {
@@ -221,7 +220,7 @@ void ProofWorker::branchOnPair(const ProofNode& node, unsigned low, unsigned hig
             }
         }
     }
-    pushChildren(node, kRelations);
+    pushChildren(node, kTopologyNum);
 }
 
 // The most promising one is pushed last, so it is taken first.
@@ -245,12 +244,13 @@ void ProofWorker::pushChildren(const ProofNode& node, unsigned branches) {
 std::optional<std::pair<unsigned, unsigned>> ProofWorker::uncountedPair(
     const ProofNode& node) const {
     std::optional<std::pair<unsigned, unsigned>> best;
-    int most = 0;
-    for (const ProofModel::Bundle& bundle : tree.model.getBundles()) {
-        if (bundle.b != tree.model.ground() && node.isTurned(bundle.a) && node.isTurned(bundle.b) &&
-            !node.counted[pairIndex(bundle.a, bundle.b)] && bundle.netNum > most) {
-            most = bundle.netNum;
-            best = {bundle.a, bundle.b};
+    double most = 0.0;
+    for (const std::size_t bundle : tree.model.nets().bundlesInNetOrder()) {
+        const auto& [a, b, weight] = tree.model.nets().bundles()[bundle];
+        if (b != tree.model.ground() && node.isTurned(a) && node.isTurned(b) &&
+            !node.counted[pairIndex(a, b)] && weight > most) {
+            most = weight;
+            best = {a, b};
         }
     }
     return best;
@@ -259,8 +259,8 @@ std::optional<std::pair<unsigned, unsigned>> ProofWorker::uncountedPair(
 std::optional<std::pair<unsigned, unsigned>> ProofWorker::overlappingPair(const ProofNode& node,
                                                                           double tolerance) const {
     std::optional<std::pair<unsigned, unsigned>> best;
-    double deepest = tolerance * std::max(tree.model.side(0), tree.model.side(1));
-    for (unsigned high = 1; high < tree.model.getDieNum(); ++high) {
+    double deepest = tolerance * tree.model.limits().longerSide();
+    for (unsigned high = 1; high < tree.model.dieNum(); ++high) {
         for (unsigned low = 0; low < high && node.isTurned(high); ++low) {
             if (!node.isTurned(low) || isDecided(node.where[pairIndex(low, high)])) {
                 continue;
@@ -295,7 +295,7 @@ bool isTooFull(const Design& design, Region region) {
     for (const Design::Die& die : design.dies) {
         area += die.size.width * die.size.height;
     }
-    return area > region.width * region.height * (1.0 + 3.0 * kFit);
+    return area > region.width * region.height * (1.0 + 3.0 * kFitting);
 }
 
 // Looks for any placement at all. Without nets most turns are the same, and dies of equal size are,
@@ -306,12 +306,14 @@ bool hasNoPlacement(Task task, Region region, ProofProgress& progress) {
     }
     Design dies = task.design;
     dies.nets.clear();
-    Tree tree(dies, region, task.options.threads);
+    const NetModel noNets(dies);
+    Tree tree(dies, noNets, region, task.options.threads);
     task.anyWillDo = true;
     ProofProgress own;
     work(task, tree, own);
     progress.nodes += own.nodes;
-    return tree.pool.lowestOpen() == kInfinity && task.incumbent.wirelength() == kInfinity;
+    return tree.pool.lowestOpen() == kInfiniteLength &&
+           task.incumbent.wirelength() == kInfiniteLength;
 }
 
 }  // namespace
@@ -319,30 +321,31 @@ bool hasNoPlacement(Task task, Region region, ProofProgress& progress) {
 ProofResult prove(const Design& design, Region region, const ProofOptions& options,
                   Incumbent& incumbent, const std::stop_token& stop, ProofProgress& progress) {
     if (design.dies.size() > kMaxProofDies) {
-        progress.lowerBound = ProofModel(design, region).leastLength();
+        progress.lowerBound = ProofModel(design, NetModel(design), region).leastLength();
         return {ProofEnd::Stopped, progress.lowerBound, 0};
     }
     const CoordinateSolver coordinates(design, region);
     const Task task{design, coordinates, options, incumbent, stop, false};
-    Tree tree(design, region, options.threads);
-    if (tree.pool.lowestOpen() < kInfinity) {
+    Tree tree(design, coordinates.nets(), region, options.threads);
+    if (tree.pool.lowestOpen() < kInfiniteLength) {
         progress.lowerBound = tree.pool.lowestOpen();
     }
-    if (incumbent.wirelength() == kInfinity && hasNoPlacement(task, region, progress)) {
-        progress.lowerBound = kInfinity;
+    if (incumbent.wirelength() == kInfiniteLength && hasNoPlacement(task, region, progress)) {
+        progress.lowerBound = kInfiniteLength;
         progress.shareDone = 1.0;
-        return {ProofEnd::NoPlacement, kInfinity, progress.nodes};
+        return {ProofEnd::NoPlacement, kInfiniteLength, progress.nodes};
     }
     work(task, tree, progress);
     const double open = tree.pool.lowestOpen();
     const double shortest = incumbent.wirelength();
     ProofResult result{ProofEnd::Stopped, std::min({open, tree.closedBound, shortest}),
                        progress.nodes};
-    if (open == kInfinity && shortest == kInfinity) {
+    if (open == kInfiniteLength && shortest == kInfiniteLength) {
         result.end = ProofEnd::NoPlacement;
-    } else if (open == kInfinity && result.lowerBound >= shortest * (1.0 - options.tolerance)) {
+    } else if (open == kInfiniteLength &&
+               result.lowerBound >= shortest * (1.0 - options.tolerance)) {
         result.end = ProofEnd::Proved;
-    } else if (open == kInfinity && result.lowerBound >= shortest * (1.0 - options.gap)) {
+    } else if (open == kInfiniteLength && result.lowerBound >= shortest * (1.0 - options.gap)) {
         result.end = ProofEnd::GapReached;
     }
     return result;

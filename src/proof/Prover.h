@@ -5,10 +5,10 @@
 
 #include <atomic>
 #include <cstdint>
-#include <limits>
 #include <stop_token>
 
-#include "design/Incumbent.h"
+#include "base/Tolerances.h"
+#include "results/Incumbent.h"
 
 namespace korvel {
 
@@ -18,7 +18,7 @@ struct ProofOptions {
     double gap = 0.0;
     // The same, for what counts as proved: the best placement is at most this part longer than the
     // shortest one.
-    double tolerance = 1e-6;
+    double tolerance = kProved;
 };
 
 enum class ProofEnd {
@@ -35,7 +35,9 @@ struct ProofResult {
     std::uint64_t nodes = 0;
 };
 
-// What a running proof has reached; any thread may read.
+// What a running proof has reached. Shared between threads: workers add to the counts, and write
+// the lower bound one at a time, under the lock of their tree; any thread may read, and may find
+// one member ahead of another.
 struct ProofProgress {
     std::atomic<double> lowerBound{0.0};  // rising
     std::atomic<std::uint64_t> nodes{0};
@@ -44,8 +46,9 @@ struct ProofProgress {
 
 // Proves until done or asked to stop. The incumbent may hold a placement already, and others may
 // improve it meanwhile; what is found here is offered to it at once, with exact coordinates. A stop
-// is heeded within milliseconds. Designs of more than kMaxProofDies dies get a lower bound only,
-// and end as stopped.
+// is heeded within milliseconds. Its threads share the incumbent, which guards itself, and a tree:
+// a ProofPool and, with a mutex, the lowest bound of what was given up as no better. Designs of
+// more than kMaxProofDies dies get a lower bound only, and end as stopped.
 ProofResult prove(const Design& design, Region region, const ProofOptions& options,
                   Incumbent& incumbent, const std::stop_token& stop, ProofProgress& progress);
 

@@ -16,10 +16,23 @@ bool isNear(const PinRange& a, const PinRange& b, double nearness) {
     return std::abs(a.low - b.low) <= nearness && std::abs(a.high - b.high) <= nearness;
 }
 
+// Whether pins of one body lie as those of another body do that is turned by so much.
+bool areAlike(const BodyPins& pins, const BodyPins& others, unsigned turned, double nearness) {
+    for (const Axis axis : {kX, kY}) {
+        for (unsigned turn = 0; turn < kUnmirroredOrients; ++turn) {
+            if (!isNear(pins.ranges[axis][turn],
+                        others.ranges[axis][(turn + turned) % kUnmirroredOrients], nearness)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 Symmetry::Symmetry(const ProofModel& model, const std::vector<unsigned>& order)
-    : model(model), order(order), nearness(kNearness * std::max(model.side(0), model.side(1))) {
+    : model(model), order(order), nearness(model.nearness()) {
     findTurns();
     Image image{};
     image.keepsPlaces = true;
@@ -28,26 +41,29 @@ Symmetry::Symmetry(const ProofModel& model, const std::vector<unsigned>& order)
 }
 
 bool Symmetry::looksAlike(unsigned die, unsigned turn, unsigned other, unsigned otherTurn) const {
-    return std::abs(model.extent(die, 0, turn) - model.extent(other, 0, otherTurn)) <= nearness &&
-           std::abs(model.extent(die, 1, turn) - model.extent(other, 1, otherTurn)) <= nearness;
+    const auto isSame = [&](Axis axis) {
+        return std::abs(model.limits().size(die, axis, orientOf(turn)) -
+                        model.limits().size(other, axis, orientOf(otherTurn))) <= nearness;
+    };
+    return isSame(kX) && isSame(kY);
 }
 
 // A turn is the same as another one if changing one for the other is a symmetry by itself.
 void Symmetry::findTurns() {
     Image image{};
     std::iota(image.from.begin(), image.from.end(), std::uint8_t{0});
-    turns.resize(model.getDieNum());
-    standsFor.resize(model.getDieNum());
-    for (unsigned die = 0; die < model.getDieNum(); ++die) {
+    turns.resize(model.dieNum());
+    standsFor.resize(model.dieNum());
+    for (unsigned die = 0; die < model.dieNum(); ++die) {
         unsigned period = 1;
-        for (; period < kTurns; period *= 2) {
+        for (; period < kUnmirroredOrients; period *= 2) {
             image.turned[die] = static_cast<std::uint8_t>(period);
-            if (agrees(image, model.getDieNum()) && keepsWideNets(image)) {
+            if (agrees(image, model.dieNum()) && keepsWideNets(image)) {
                 break;
             }
         }
         image.turned[die] = 0;
-        for (unsigned turn = 0; turn < kTurns; ++turn) {
+        for (unsigned turn = 0; turn < kUnmirroredOrients; ++turn) {
             standsFor[die][turn] = static_cast<std::uint8_t>(turn % period);
             if (turn < period) {
                 turns[die].push_back(turn);
@@ -90,8 +106,9 @@ bool Symmetry::agrees(const Image& image, std::size_t placed) const {
     for (std::size_t i = 0; i < placed; ++i) {
         const unsigned die = order[i];
         const bool isConcerned = die == newest || placed == order.size();
-        for (unsigned turn = 0; turn < kTurns && isConcerned; ++turn) {
-            if (!looksAlike(image.from[die], turn, die, (turn + image.turned[die]) % kTurns)) {
+        for (unsigned turn = 0; turn < kUnmirroredOrients && isConcerned; ++turn) {
+            if (!looksAlike(image.from[die], turn, die,
+                            (turn + image.turned[die]) % kUnmirroredOrients)) {
                 return false;
             }
         }
@@ -112,20 +129,25 @@ bool Symmetry::keepsBundle(const Image& image, unsigned a, unsigned b) const {
     const unsigned fromA = image.from[a];
     const unsigned fromB = toGround ? b : image.from[b];
     const unsigned turnedB = toGround ? 0 : image.turned[b];
-    const ProofModel::Bundle* bundle = model.bundleOf(a, b);
-    const ProofModel::Bundle* from = model.bundleOf(fromA, fromB);
-    if (bundle == nullptr || from == nullptr) {
+    const auto bundle = model.bundleOf(a, b);
+    const auto from = model.bundleOf(fromA, fromB);
+    if (!bundle || !from) {
         return bundle == from;
     }
     const bool isReversed = (a < b) != (fromA < fromB);
-    for (unsigned turnA = 0; turnA < kTurns; ++turnA) {
-        for (unsigned turnB = 0; turnB < kTurns; ++turnB) {
-            const unsigned nowA = (turnA + image.turned[a]) % kTurns;
-            const unsigned nowB = (turnB + turnedB) % kTurns;
-            const BundleCost& before =
-                fromA < fromB ? from->costs[turnA][turnB] : from->costs[turnB][turnA];
-            const BundleCost& after = a < b ? bundle->costs[nowA][nowB] : bundle->costs[nowB][nowA];
-            if (!before.isLike(after, isReversed, nearness)) {
+    const auto isKept = [&](Axis axis, unsigned turnA, unsigned turnB) {
+        const unsigned nowA = (turnA + image.turned[a]) % kUnmirroredOrients;
+        const unsigned nowB = (turnB + turnedB) % kUnmirroredOrients;
+        // The costs go by the lower body first.
+        const PiecewiseLinear& before =
+            model.cost(*from, axis, fromA < fromB ? turnA : turnB, fromA < fromB ? turnB : turnA);
+        const PiecewiseLinear& after =
+            model.cost(*bundle, axis, a < b ? nowA : nowB, a < b ? nowB : nowA);
+        return before.isLike(after, isReversed, nearness);
+    };
+    for (unsigned turnA = 0; turnA < kUnmirroredOrients; ++turnA) {
+        for (unsigned turnB = 0; turnB < kUnmirroredOrients; ++turnB) {
+            if (!isKept(kX, turnA, turnB) || !isKept(kY, turnA, turnB)) {
                 return false;
             }
         }
@@ -133,38 +155,39 @@ bool Symmetry::keepsBundle(const Image& image, unsigned a, unsigned b) const {
     return true;
 }
 
+// Whether every wide net becomes another one, or itself, and no two become the same.
 bool Symmetry::keepsWideNets(const Image& image) const {
-    std::vector<unsigned> to(model.getDieNum() + 1, model.ground());
-    for (unsigned die = 0; die < model.getDieNum(); ++die) {
+    const auto& nets = model.nets().wideNets();
+    std::vector<unsigned> to(model.dieNum() + 1, model.ground());
+    for (unsigned die = 0; die < model.dieNum(); ++die) {
         to[image.from[die]] = die;
     }
-    std::vector<bool> isMet(model.getWideNets().size(), false);
-    const auto becomes = [&](const ProofModel::WideNet& net, const ProofModel::WideNet& other) {
-        return net.parts.size() == other.parts.size() &&
-               std::all_of(net.parts.begin(), net.parts.end(), [&](const auto& part) {
-                   const unsigned body = to[part.body];
+    const auto becomes = [&](const NetModel::WideNet& net, const NetModel::WideNet& other) {
+        return net.members.size() == other.members.size() &&
+               std::all_of(net.members.begin(), net.members.end(), [&](const BodyPins& pins) {
+                   const unsigned body = to[pins.body];
                    const unsigned turned = body == model.ground() ? 0 : image.turned[body];
                    return std::any_of(
-                       other.parts.begin(), other.parts.end(), [&](const auto& target) {
-                           bool isLike = target.body == body;
-                           const unsigned seen = body == model.ground() ? kAxisNum : kTurns;
-                           for (unsigned turn = 0; turn < seen && isLike; ++turn) {
-                               isLike = isNear(part.ranges[turn],
-                                               target.ranges[(turn + turned) % kTurns], nearness);
-                           }
-                           return isLike;
+                       other.members.begin(), other.members.end(), [&](const BodyPins& target) {
+                           return target.body == body && areAlike(pins, target, turned, nearness);
                        });
                });
     };
-    for (const ProofModel::WideNet& net : model.getWideNets()) {
-        bool isKept = false;
-        for (std::size_t other = 0; other < isMet.size() && !isKept; ++other) {
-            if (!isMet[other] && becomes(net, model.getWideNets()[other])) {
-                isMet[other] = true;
-                isKept = true;
+    std::vector<double> unmet;  // by net: the weight of it that nothing has become yet
+    unmet.reserve(nets.size());
+    for (const NetModel::WideNet& net : nets) {
+        unmet.push_back(net.weight);
+    }
+    for (const NetModel::WideNet& net : nets) {
+        double left = net.weight;
+        for (std::size_t other = 0; other < nets.size() && left > 0.0; ++other) {
+            if (unmet[other] > 0.0 && becomes(net, nets[other])) {
+                const double met = std::min(left, unmet[other]);
+                unmet[other] -= met;
+                left -= met;
             }
         }
-        if (!isKept) {
+        if (left > 0.0) {
             return false;
         }
     }
@@ -174,12 +197,13 @@ bool Symmetry::keepsWideNets(const Image& image) const {
 // The identity, found first, becomes the plain turns of the whole.
 void Symmetry::addWholeTurns() {
     const std::vector<Image> found = images;
-    const unsigned step = model.side(0) == model.side(1) ? 1 : 2;
-    for (unsigned turn = step; turn < kTurns && !model.hasTerminalNets(); turn += step) {
+    const unsigned step = model.limits().side(kX) == model.limits().side(kY) ? 1 : 2;
+    for (unsigned turn = step; turn < kUnmirroredOrients && !model.hasTerminalNets();
+         turn += step) {
         for (Image image : found) {
             image.keepsPlaces = false;
             for (std::uint8_t& turned : image.turned) {
-                turned = static_cast<std::uint8_t>((turned + turn) % kTurns);
+                turned = static_cast<std::uint8_t>((turned + turn) % kUnmirroredOrients);
             }
             images.push_back(image);
         }
@@ -195,7 +219,8 @@ Symmetry::Rank Symmetry::rank(const Image& image, const ProofNode& node) const {
         if (!node.isTurned(die) || !node.isTurned(from)) {
             return Rank::Open;
         }
-        const unsigned turn = standsFor[die][(node.turn[from] + image.turned[die]) % kTurns];
+        const unsigned turn =
+            standsFor[die][(node.turn[from] + image.turned[die]) % kUnmirroredOrients];
         if (turn != node.turn[die]) {
             return turn < node.turn[die] ? Rank::Earlier : Rank::Later;
         }

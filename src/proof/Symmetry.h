@@ -60,7 +60,8 @@ private:
     double nearness;
     unsigned trials = 0;
     std::vector<std::vector<unsigned>> turns;
-    std::vector<std::array<std::uint8_t, kTurns>> standsFor;  // by die and turn: the first alike
+    std::vector<std::array<std::uint8_t, kUnmirroredOrients>>
+        standsFor;  // by die and turn: the first alike
     std::vector<Image> images;
 };
 

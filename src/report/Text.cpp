@@ -23,12 +23,6 @@ std::string sizeText(Extent size) {
     return numberText(size.width) + " x " + numberText(size.height);
 }
 
-std::string percentText(double part) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.1f %%", 100.0 * part);
-    return text.data();
-}
-
 std::string reachText(const Judgement::Outside& outside) {
     std::string text;
     const auto add = [&text](double length, const char* side) {
@@ -48,6 +42,18 @@ std::string reachText(const Judgement::Outside& outside) {
 std::string numberText(double number) {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.10g", number);
+    return text.data();
+}
+
+std::string percentText(double part, int decimals) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.*f %%", decimals, 100.0 * part);
+    return text.data();
+}
+
+std::string percentText(double part) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.3g %%", 100.0 * part);
     return text.data();
 }
 
@@ -87,7 +93,7 @@ Rows designRows(const Design& design, Region region) {
 
 Rows summaryRows(const Design& design, Region region, const Judgement& judgement) {
     Rows rows = designRows(design, region);
-    rows.push_back({"Utilization", percentText(judgement.utilization)});
+    rows.push_back({"Utilization", percentText(judgement.utilization, 1)});
     rows.push_back({"Wirelength", numberText(judgement.wirelength) + " (HPWL)"});
     if (judgement.wirelengthBetweenDies < judgement.wirelength) {
         rows.push_back(

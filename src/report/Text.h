@@ -15,6 +15,11 @@ using Rows = std::vector<Row>;
 // Ten digits at most, without trailing zeros: what a length has of use to a reader.
 std::string numberText(double number);
 
+// A part of a whole in percent: with so many decimals, such as "12.5 %", or with three digits that
+// matter, such as "0.0001 %".
+std::string percentText(double part, int decimals);
+std::string percentText(double part);
+
 // "1 die", "2 dies".
 std::string countText(std::size_t number, const std::string& one, const std::string& many);
 

@@ -1,7 +1,7 @@
 // How a run of the automatic engine divides its time: annealing finds good placements, the proof
 // improves them and ends when none can be better. The proof's work grows so steeply with the number
 // of dies that it is everything for a few and nothing for many; in between it gets a chance, and
-// annealing goes on if that was not enough.
+// annealing goes on if that was not enough. A plan is a value; nothing of it changes during a run.
 #pragma once
 
 #include <cstddef>

@@ -2,54 +2,138 @@
 
 #include <algorithm>
 
-#include "run/ClassicNetlist.h"
+#include "base/Tolerances.h"
+#include "classic/netlist/NetlistBuilder.h"
 
 namespace korvel {
 
 namespace {
 
 // The search works in single precision: a bound that is to be beaten must not be cut.
-constexpr double kRoundUp = 1.0 + 1e-6;
+constexpr double kRoundUp = 1.0 + kFloatError;
 
-// The start's length as the search measures, which leaves out what no placement changes.
-float lengthToBeat(const Design& design, const std::optional<Placement>& start) {
+// The start's length as the search measures it: without nets on one die.
+float lengthToBeat(const Design& design, Region region, const std::optional<Placement>& start) {
     if (!start) {
         return 0.0F;
     }
-    Design betweenDies = design;
-    std::erase_if(betweenDies.nets, [&](const Design::Net& net) {
-        return std::all_of(net.pins.begin(), net.pins.end(), [&](const Design::Pin& pin) {
-            return design.isDie(pin.body) && pin.body == net.pins.front().body;
-        });
-    });
-    return static_cast<float>(kRoundUp * wirelength(betweenDies, *start));
+    return static_cast<float>(kRoundUp * judge(design, region, *start).wirelengthBetweenDies);
 }
 
-// Where block a of a node lies to block b.
-std::optional<Topology> relationOf(const BBNode& node, unsigned a, unsigned b) {
-    if (node.horizontalGraph.getOutcomingEdges(a).contains(b)) {
-        return Topology::L;
+// --- The design as the engine wants it -----------------------------------------------------------
+
+constexpr char kBothWays = 'B';
+
+// Files have percent from the middle, and the classic reader rounds these: taken back to them, pins
+// get the same fractions to the bit.
+float fraction(double offset, double extent) {
+    const auto percent = static_cast<float>((offset / extent - 0.5) * 100.0);
+    return static_cast<float>((percent + 50.0) / 100.0);
+}
+
+Point inSinglePrecision(Spot spot) {
+    return {static_cast<float>(spot.x), static_cast<float>(spot.y)};
+}
+
+void loadBodies(Netlist& netlist, const Design& design) {
+    int index = 0;
+    for (const Design::Die& die : design.dies) {
+        netlist.blocks.emplace_back(index++, die.name, static_cast<float>(die.size.width),
+                                    static_cast<float>(die.size.height));
     }
-    if (node.horizontalGraph.getIncomingEdges(a).contains(b)) {
-        return Topology::R;
+    for (const Design::Terminal& terminal : design.terminals) {
+        netlist.terminals.emplace_back(index++, terminal.name, 0.0F, 0.0F,
+                                       inSinglePrecision(terminal.at), Orient::N, false);
     }
-    if (node.verticalGraph.getOutcomingEdges(a).contains(b)) {
-        return Topology::B;
+}
+
+std::size_t countPins(const Design& design) {
+    std::size_t number = 0;
+    for (const Design::Net& net : design.nets) {
+        number += net.pins.size();
     }
-    if (node.verticalGraph.getIncomingEdges(a).contains(b)) {
-        return Topology::A;
+    return number;
+}
+
+void loadPin(NetlistBuilder& builder, Netlist& netlist, const Design& design,
+             const Design::Pin& pin) {
+    if (!design.isDie(pin.body)) {
+        builder.addTerminalPin(netlist.terminals[pin.body - design.dies.size()], kBothWays);
+        return;
     }
-    return std::nullopt;
+    const Extent size = design.dies[pin.body].size;
+    builder.addBlockPin(netlist.blocks[pin.body], kBothWays,
+                        {fraction(pin.offset.x, size.width), fraction(pin.offset.y, size.height)});
+}
+
+void loadNets(Netlist& netlist, const Design& design, std::ostream& report) {
+    NetlistBuilder builder(netlist, design.nets.size(), countPins(design));
+    for (const Design::Net& net : design.nets) {
+        builder.addNet(static_cast<unsigned>(net.pins.size()), net.pins.size());
+        for (const Design::Pin& pin : net.pins) {
+            loadPin(builder, netlist, design, pin);
+        }
+    }
+    builder.finish(report);
+}
+
+// Gives the engine, which must be new, the area and the netlist that the classic reader would have
+// read from the design's files: single precision, pins as fractions of their dies. Blocks keep the
+// number of their die as original index.
+void loadDesign(Placer& placer, const Design& design, Region region) {
+    placer.params.setDieWidth(static_cast<float>(region.width));
+    placer.params.setDieHight(static_cast<float>(region.height));
+    placer.params.setAreaConst();
+    placer.setBlockNum(static_cast<unsigned>(design.dies.size()));
+    placer.setTermNum(static_cast<unsigned>(design.terminals.size()));
+    loadBodies(placer.netlist, design);
+    loadNets(placer.netlist, design, placer.report());
+    placer.setNetNum(static_cast<unsigned>(placer.netlist.nets.size()));
+    placer.setPinNum(static_cast<unsigned>(placer.netlist.pins.size()));
 }
 
 }  // namespace
 
+// --- A pass --------------------------------------------------------------------------------------
+
+bool PassTally::improved(float length) {
+    const std::lock_guard lock(mutex);
+    if (pass.length && *pass.length <= length) {
+        return false;
+    }
+    pass.length = length;
+    ++pass.improvements;
+    return true;
+}
+
+void PassTally::worked(std::uint64_t moreNodes, double moreShare) {
+    nodes += moreNodes;
+    share += moreShare;
+}
+
+// The sum of all shares is one but for rounding.
+RunProgress::Gauge PassTally::gauge() const {
+    return {.count = nodes, .share = std::min(share.load(), 1.0)};
+}
+
+PassFigures PassTally::figures(bool exhausted) const {
+    PassFigures ended = pass;
+    ended.seconds = std::chrono::duration<double>(RunClock::now() - began).count();
+    ended.nodes = nodes;
+    ended.share = exhausted ? 1.0 : std::min(share.load(), 1.0);
+    ended.exhausted = exhausted;
+    return ended;
+}
+
+// --- The engine ----------------------------------------------------------------------------------
+
 ClassicEngine::ClassicEngine(const Design& design, Region region, const RunOptions& options,
-                             LegalResults& results, RunProgress& progress)
+                             Incumbent& incumbent, RunProgress& progress)
     : design(design),
-      results(results),
+      solver(design, region),
+      incumbent(incumbent),
       progress(progress),
-      placer(lengthToBeat(design, options.start), silence) {
+      placer(lengthToBeat(design, region, options.start), silence) {
     loadDesign(placer, design, region);
     placer.setNumThreads(options.threads);
     placer.setJoinPieces();
@@ -73,100 +157,40 @@ std::string ClassicEngine::passName(unsigned blocks) const {
 }
 
 void ClassicEngine::passBegins(unsigned blocks) {
-    PassFigures pass;
-    pass.name = passName(blocks);
-    pass.dies = blocks;
-    passes.push_back(pass);
-    passBegan = RunClock::now();
-    passNodes = 0;
-    passShare = 0.0;
-    passEndedEarly = false;
+    tally.emplace(passName(blocks), blocks);
+    passCutShort = false;
     if (deadline && placer.isStaged()) {
-        passDeadline = passBegan + shareOfStage(blocks);
+        const auto stages = static_cast<unsigned>(design.dies.size()) - blocks + 1;
+        passDeadline = tally->getBegin() + (*deadline - tally->getBegin()) / stages;
     }
-    phase.emplace(progress, passes.back().name, "nodes", [this] { return gauge(); });
-}
-
-void ClassicEngine::searchBegins() {
-    leastTime = RunClock::now() - passBegan;
-}
-
-// A stage's work grows with the square of its dies: its tables do, and the decisions of the stage
-// before that it repeats. So does its share of the time.
-RunClock::duration ClassicEngine::shareOfStage(unsigned blocks) const {
-    const auto dies = static_cast<unsigned>(design.dies.size());
-    const unsigned step = nextStage(blocks) - blocks;
-    double weights = 0.0;
-    const auto weightOf = [](unsigned stage) { return static_cast<double>(stage) * stage; };
-    for (unsigned stage = blocks; stage < dies; stage += step) {
-        weights += weightOf(stage);
-    }
-    weights += weightOf(dies);
-    const std::chrono::duration<double> left = *deadline - passBegan;
-    return clockSpan(left.count() * weightOf(blocks) / weights);
-}
-
-// How many stages there is time for, if half of the time is left for searching.
-unsigned ClassicEngine::stagesAfter(unsigned blocks) const {
-    const auto left = static_cast<unsigned>(design.dies.size()) - blocks;
-    if (!deadline || left == 0) {
-        return left;
-    }
-    using Seconds = std::chrono::duration<double>;
-    const double growth = static_cast<double>(design.dies.size()) / blocks;
-    // Over the stages to come, the square of their dies is on average a third of the last one's.
-    const double cost = Seconds(leastTime).count() * growth * growth / 3.0;
-    const double available = Seconds(*deadline - RunClock::now()).count() / 2.0;
-    return static_cast<unsigned>(std::clamp(available / cost, 1.0, static_cast<double>(left)));
-}
-
-unsigned ClassicEngine::nextStage(unsigned blocks) const {
-    const auto left = static_cast<unsigned>(design.dies.size()) - blocks;
-    const unsigned stages = std::max(1U, stagesAfter(blocks));
-    // What a small stage takes says little of the large ones: no step is a large one.
-    return blocks + std::clamp((left + stages - 1) / stages, 1U, blocks / 2);
+    phase.emplace(progress, tally->getName(), "nodes", [this] { return tally->gauge(); });
 }
 
 void ClassicEngine::passEnds() {
     phase.reset();
-    PassFigures& pass = passes.back();
-    pass.seconds = std::chrono::duration<double>(RunClock::now() - passBegan).count();
-    pass.nodes = passNodes;
-    pass.exhausted = !passEndedEarly && !stop.stop_requested();
-    // The sum of all shares is one but for rounding.
-    pass.share = pass.exhausted ? 1.0 : std::min(passShare.load(), 1.0);
-}
-
-RunProgress::Gauge ClassicEngine::gauge() const {
-    return {.count = passNodes, .share = std::min(passShare.load(), 1.0)};
+    passes.push_back(tally->figures(!passCutShort && !stop.stop_requested()));
 }
 
 bool ClassicEngine::worked(std::uint64_t nodes, double share) {
-    passNodes += nodes;
-    passShare += share;
+    tally->worked(nodes, share);
     if (passDeadline && RunClock::now() >= *passDeadline) {
-        passEndedEarly = true;
+        passCutShort = true;
     }
-    return !passEndedEarly;
+    return !passCutShort;
 }
 
 void ClassicEngine::improved(const BBNode& node, const WorkingPlacement& placement) {
-    PassFigures& pass = passes.back();
-    if (++pass.improvements == 1) {
-        leastTime = RunClock::now() - passBegan;
-    }
-    pass.length = node.wirelength;
-    if (node.numBlocks == design.dies.size()) {
+    if (tally->improved(node.wirelength) && node.numBlocks == design.dies.size()) {
         const Placement draft = draftOf(node, placement);
-        results.offer(relationsOf(node, draft), draft, "classic search, " + pass.name);
+        incumbent.offerExact(solver, relationsOf(node, draft), draft,
+                             "classic search, " + tally->getName());
     }
 }
 
 Placement ClassicEngine::draftOf(const BBNode& node, const WorkingPlacement& placement) const {
     Placement draft(node.numBlocks);
     for (unsigned i = 0; i < node.numBlocks; ++i) {
-        const auto die = static_cast<std::size_t>(placer.netlist.blocks[i].getOrigIndex());
-        draft[die] = {{placement.edge(kX, i), placement.edge(kY, i)}, node.blocksOrients[i]};
+        draft[dieOf(i)] = {{placement.edge(kX, i), placement.edge(kY, i)}, node.blocksOrients[i]};
     }
     return draft;
 }
@@ -176,10 +200,7 @@ Relations ClassicEngine::relationsOf(const BBNode& node, const Placement& draft)
     Relations relations = Relations::of(design, draft);
     for (unsigned a = 1; a < node.numBlocks; ++a) {
         for (unsigned b = 0; b < a; ++b) {
-            if (const auto topology = relationOf(node, a, b)) {
-                const auto dieOf = [this](unsigned block) {
-                    return static_cast<unsigned>(placer.netlist.blocks[block].getOrigIndex());
-                };
+            if (const auto topology = node.relationOf(a, b)) {
                 relations.set(dieOf(a), dieOf(b), *topology);
             }
         }

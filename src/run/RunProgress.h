@@ -1,15 +1,24 @@
 // How a run stands, for whoever shows it while the engines work.
+//
+// Shared between threads: `mutex` guards all members. The gauge is called with it held, so it must
+// not lock anything; gauges read atomics.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
 
-#include "run/RunClock.h"
-
 namespace korvel {
+
+// Runs are timed by it.
+using RunClock = std::chrono::steady_clock;
+
+inline RunClock::duration clockSpan(double seconds) {
+    return std::chrono::duration_cast<RunClock::duration>(std::chrono::duration<double>(seconds));
+}
 
 class RunProgress {
 public:
@@ -42,7 +51,7 @@ public:
     View view() const;  // any thread
 
 private:
-    mutable std::mutex mutex;  // of all that follows
+    mutable std::mutex mutex;
     std::string name;
     std::string unit;
     std::function<Gauge()> gauge;

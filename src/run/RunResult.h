@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "design/Incumbent.h"
+#include "results/Incumbent.h"
 
 namespace korvel {
 
@@ -45,12 +45,11 @@ struct PassFigures {
     unsigned improvements = 0;
     // Of its best node, in the measure of the search: without nets on one die, before the exact
     // coordinates.
-    std::optional<double> length;
+    std::optional<double> length = std::nullopt;
 };
 
 struct RunResult {
     std::optional<Found> best;
-    double foundAfter = 0.0;  // seconds
     Ending ending = Ending::Done;
     double seconds = 0.0;
     std::optional<double> timeLimit;  // that was in force

@@ -1,12 +1,6 @@
 #include "run/SignalWatch.h"
 
-#include <poll.h>
-#include <sys/eventfd.h>
 #include <unistd.h>
-
-#include <array>
-
-#include "base/Invariant.h"
 
 namespace korvel {
 
@@ -29,47 +23,51 @@ bool isIgnored(int signal) {
     _exit(128 + signal);
 }
 
+// Wakes the watcher from its waiting when the watch is over.
+int farewell() {
+    return SIGRTMIN;
+}
+
+void watch(const sigset_t& watched, const std::function<void()>& first,
+           const std::stop_token& over) {
+    for (bool asked = false;;) {
+        int signal = 0;
+        sigwait(&watched, &signal);
+        if (over.stop_requested()) {
+            return;
+        }
+        if (signal == farewell()) {
+            continue;  // sent by somebody else
+        }
+        if (asked) {
+            endBySignal(signal);
+        }
+        asked = true;
+        first();
+    }
+}
+
 }  // namespace
 
-SignalWatch::SignalWatch(std::function<void()> first) : first(std::move(first)) {
+SignalWatch::SignalWatch(const std::function<void()>& first) {
+    sigset_t watched{};
     sigemptyset(&watched);
+    sigaddset(&watched, farewell());
     for (const int signal : {SIGINT, SIGTERM}) {
         if (!isIgnored(signal)) {
             sigaddset(&watched, signal);
         }
     }
     pthread_sigmask(SIG_BLOCK, &watched, &maskBefore);
-    signals = signalfd(-1, &watched, SFD_CLOEXEC);
-    farewell = eventfd(0, EFD_CLOEXEC);
-    KORVEL_INVARIANT(signals >= 0 && farewell >= 0, "signals >= 0 && farewell >= 0");
-    watcher = std::thread([this] { watch(); });
+    watcher = std::jthread(
+        [watched, first](const std::stop_token& over) { watch(watched, first, over); });
 }
 
 SignalWatch::~SignalWatch() {
-    eventfd_write(farewell, 1);
+    watcher.request_stop();
+    pthread_kill(watcher.native_handle(), farewell());
     watcher.join();
     pthread_sigmask(SIG_SETMASK, &maskBefore, nullptr);
-    close(signals);
-    close(farewell);
-}
-
-void SignalWatch::watch() {
-    std::array<pollfd, 2> sources{pollfd{signals, POLLIN, 0}, pollfd{farewell, POLLIN, 0}};
-    for (bool asked = false;;) {
-        poll(sources.data(), sources.size(), -1);
-        if (sources[1].revents != 0) {
-            return;
-        }
-        signalfd_siginfo signal{};
-        if (sources[0].revents == 0 || read(signals, &signal, sizeof signal) != sizeof signal) {
-            continue;  // woken for nothing
-        }
-        if (asked) {
-            endBySignal(static_cast<int>(signal.ssi_signo));
-        }
-        asked = true;
-        first();
-    }
 }
 
 }  // namespace korvel

@@ -2,8 +2,6 @@
 // ends the process as if nobody had watched.
 #pragma once
 
-#include <sys/signalfd.h>
-
 #include <csignal>
 #include <functional>
 #include <thread>
@@ -12,23 +10,17 @@ namespace korvel {
 
 class SignalWatch {
 public:
-    // `first` is called at most once, on a thread of the watch. Create it before the threads of the
-    // run, which inherit that these signals are not for them. A signal that the parent process has
-    // told this one to ignore stays ignored.
-    explicit SignalWatch(std::function<void()> first);
+    // `first` is called at most once, on a thread of the watch, and must be safe to call from
+    // there. Create it before the threads of the run, which inherit that these signals are not for
+    // them. A signal that the parent process has told this one to ignore stays ignored.
+    explicit SignalWatch(const std::function<void()>& first);
     ~SignalWatch();
     SignalWatch(const SignalWatch&) = delete;
     SignalWatch& operator=(const SignalWatch&) = delete;
 
 private:
-    void watch();
-
-    std::function<void()> first;
-    sigset_t watched{};
     sigset_t maskBefore{};
-    int signals = -1;   // readable when a watched signal has come
-    int farewell = -1;  // readable when the watch is over
-    std::thread watcher;
+    std::jthread watcher;
 };
 
 }  // namespace korvel

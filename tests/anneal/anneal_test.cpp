@@ -1,11 +1,11 @@
 // The annealer: what it finds on designs small enough to try everything, and what it promises.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <thread>
 
 #include "anneal/Annealer.h"
-#include "anneal/Moves.h"
-#include "anneal/SlidLayout.h"
+#include "anneal/LevelAnnealer.h"
 #include "exact/ExactCoordinates.h"
 #include "support/random_designs.h"
 
@@ -16,11 +16,10 @@ using test::isLegal;
 using test::RandomDesigns;
 
 constexpr double kSlack = 1e-9;
-constexpr double kAnything = std::numeric_limits<double>::infinity();
 constexpr auto kSoon = std::chrono::milliseconds(150);
 
 std::optional<Found> annealed(const Design& design, Region region, const AnnealOptions& options) {
-    Incumbent incumbent;
+    Incumbent incumbent(design, region);
     AnnealProgress progress;
     anneal(design, region, options, incumbent, std::stop_source().get_token(), progress);
     return incumbent.best();
@@ -87,11 +86,18 @@ TEST(Annealer, ReachesTheOptimumOfSmallDesigns) {
         if (found) {
             ++placed;
             EXPECT_TRUE(isLegal(design, region, found->placement, kSlack));
-            EXPECT_NEAR(found->wirelength, best, 1e-9) << "round " << round;
+            EXPECT_NEAR(found->wirelength(), best, 1e-9) << "round " << round;
         }
     }
     EXPECT_GT(placed, 1);
     EXPECT_LT(placed, 5);
+}
+
+bool same(const Placement& a, const Placement& b) {
+    return std::equal(
+        a.begin(), a.end(), b.begin(), b.end(), [](const PlacedDie& one, const PlacedDie& other) {
+            return one.at.x == other.at.x && one.at.y == other.at.y && one.orient == other.orient;
+        });
 }
 
 TEST(Annealer, SameSeedSameResult) {
@@ -104,14 +110,34 @@ TEST(Annealer, SameSeedSameResult) {
         options.seed = 3;
         const auto first = annealed(design, region, options);
         const auto second = annealed(design, region, options);
-        ASSERT_TRUE(first && second);
+        options.seed = 4;
+        const auto other = annealed(design, region, options);
+        ASSERT_TRUE(first && second && other);
         EXPECT_TRUE(isLegal(design, region, first->placement, kSlack));
-        EXPECT_DOUBLE_EQ(first->wirelength, wirelength(design, first->placement));
-        for (unsigned die = 0; die < 9; ++die) {
-            EXPECT_EQ(first->placement[die].orient, second->placement[die].orient);
-            EXPECT_EQ(first->placement[die].at.x, second->placement[die].at.x);
-            EXPECT_EQ(first->placement[die].at.y, second->placement[die].at.y);
-        }
+        EXPECT_DOUBLE_EQ(first->wirelength(), wirelength(design, first->placement));
+        EXPECT_TRUE(same(first->placement, second->placement));
+        EXPECT_FALSE(same(first->placement, other->placement));
+    }
+}
+
+// As many whole restarts as the moves allow, equally many on every thread.
+TEST(Annealer, MovesAreDividedAmongRestarts) {
+    const Design design = RandomDesigns(7).make({2, 3, 8, 4, 5, 12, 1.0});
+    constexpr std::uint64_t kUsual = 40000;  // of a restart with two dies
+    struct Case {
+        unsigned threads, restarts;
+    };
+    for (const Case one : {Case{1, 2}, Case{2, 2}, Case{3, 3}, Case{4, 4}}) {
+        AnnealOptions options;
+        options.threads = one.threads;
+        options.iterations = 5 * kUsual / 2;
+        Incumbent incumbent(design, {12, 12});
+        AnnealProgress progress;
+        anneal(design, {12, 12}, options, incumbent, {}, progress);
+        EXPECT_EQ(progress.restarts.load(), one.restarts);
+        EXPECT_NEAR(static_cast<double>(progress.iterations.load()),
+                    static_cast<double>(options.iterations), 64.0 * one.restarts);
+        EXPECT_TRUE(incumbent.best().has_value());
     }
 }
 
@@ -132,7 +158,7 @@ TEST_P(AnnealerStops, AtOnce) {
     const Design design = RandomDesigns(6).make({30, 10, 100, 4, 8, 60, 1.0});
     AnnealOptions options;
     options.threads = 2;
-    Incumbent incumbent;
+    Incumbent incumbent(design, {60, 60});
     AnnealProgress progress;
     std::stop_source stop;
     const auto begin = std::chrono::steady_clock::now();
@@ -155,67 +181,40 @@ TEST_P(AnnealerStops, AtOnce) {
 INSTANTIATE_TEST_SUITE_P(Means, AnnealerStops, testing::Bool(),
                          [](const auto& one) { return one.param ? "deadline" : "stop"; });
 
-// --- Layout ----------------------------------------------------------------------------------
-
-// After any change, kept or undone, the length is that of the placement measured from scratch, and
-// a layout without excess is legal.
-TEST(SlidLayout, MeasuresMovedNetsOnlyAndYetAll) {
-    RandomDesigns designs(8);
-    for (unsigned round = 0; round < 6; ++round) {
-        const Design design = designs.make({8, 4, 40, 5, 9, 30, 1.0});
-        const Region region{30, 30};
-        const NetModel nets(design);
-        SlidLayout layout(nets, region);
-        const double onOneDie = wirelength(design, layout.placement()) - layout.length();
-        RandomStream random(1, round);
-        const DieGroups groups(nets);
-        Moves moves(layout, nets, groups, region);
-        layout.editOrders().shuffle(random);
-        layout.arrange(random, {kAnything, kAnything});
-        layout.keep();
-        int legal = 0;
-        for (int change = 0; change < 300; ++change) {
-            const double before = layout.length();
-            moves.change(random);
-            const bool isArranged = layout.arrange(
-                random, {change % 7 == 0 ? 0.0 : 1.0, change % 5 == 0 ? before : kAnything});
-            if (isArranged && random.below(2) == 0) {
-                layout.keep();
-            } else {
-                layout.undo();
-                ASSERT_DOUBLE_EQ(layout.length(), before);
-            }
-            const Placement placement = layout.placement();
-            ASSERT_NEAR(layout.length() + onOneDie, wirelength(design, placement), 1e-7);
-            if (layout.excess() <= 0.0) {
-                ++legal;
-                ASSERT_TRUE(isLegal(design, region, placement, kSlack));
-            }
+// On one level, which is what a restart relies on: what is told is ever shorter and legal, and the
+// outcomes of the coolings are legal and in order.
+TEST(LevelAnnealer, TellsOfShorterLegalPlacements) {
+    const Design design = RandomDesigns(9).make({8, 4, 40, 4, 8, 20, 1.0});
+    const Region region{24, 24};
+    const PreparedDesign prepared(design, region);
+    for (const auto kind : {CoolingSchedule::Kind::Usual, CoolingSchedule::Kind::CoarseLevel}) {
+        std::vector<double> told;
+        LevelAnnealer annealer(prepared, RandomStream(1, 1), kind, [&](const Placement& found) {
+            const double length = wirelength(design, found);
+            EXPECT_TRUE(isLegal(design, region, found, kSlack));
+            EXPECT_TRUE(told.empty() || length < told.back());
+            told.push_back(length);
+        });
+        constexpr int kSteps = 200;
+        for (int step = 0; step < kSteps; ++step) {
+            annealer.advance(64, static_cast<double>(step) / kSteps);
         }
-        EXPECT_GT(legal, 0);
+        annealer.reportBest();
+        const std::size_t toldNum = told.size();
+        annealer.reportBest();
+        EXPECT_EQ(told.size(), toldNum) << "told once";
+        ASSERT_FALSE(told.empty());
+        const std::vector<StartLayout> outcomes = annealer.outcomes();
+        ASSERT_GT(outcomes.size(), 5U);
+        double before = 0.0;
+        for (const StartLayout& outcome : outcomes) {
+            const double length = wirelength(design, outcome.placement);
+            EXPECT_TRUE(isLegal(design, region, outcome.placement, kSlack));
+            EXPECT_GE(length, before - 1e-9);
+            EXPECT_GE(length, told.back() - 1e-9);
+            before = length;
+        }
     }
-}
-
-// The die in the middle is wanted far to the right, but goes no further than the next one.
-TEST(SlidLayout, ReleasedDiesPushNobodyWhereThereIsRoom) {
-    Design design;
-    design.dies = {{"left", {4, 4}}, {"middle", {2, 4}}, {"right", {4, 4}}, {"idle", {2, 2}}};
-    design.terminals = {{"t", {30, 2}}};
-    design.nets = {{{{1, {1, 2}}, {4, {0, 0}}}}};
-    const NetModel nets(design);
-    SlidLayout layout(nets, {40, 40});
-    SequencePair orders(4);
-    layout.place(orders, {{{2, 0}}, {{8, 0}}, {{12, 0}}, {{20, 5}}});
-    for (const unsigned die : {1U, 3U}) {
-        layout.release(die);
-    }
-    RandomStream random(1, 1);
-    ASSERT_TRUE(layout.arrange(random, {kAnything, kAnything}));
-    const Placement placement = layout.placement();
-    EXPECT_EQ(placement[0].at.x, 2.0);
-    EXPECT_EQ(placement[1].at.x, 10.0);
-    EXPECT_EQ(placement[2].at.x, 12.0);
-    EXPECT_EQ(placement[3].at.x, 20.0) << "without nets it stays";
 }
 
 }  // namespace

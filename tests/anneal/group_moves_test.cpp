@@ -81,7 +81,7 @@ protected:
 
     const Design design;
     const NetModel nets;
-    SlidLayout layout;
+    Layout layout;
     std::optional<GroupMoves> moves;
 };
 
@@ -101,10 +101,10 @@ TEST_F(MovedGroups, TurnAsAWhole) {
     }
 }
 
-TEST_F(MovedGroups, TurnedOnesTakeOverPlaces) {
+TEST_F(MovedGroups, TurnedOnesAreExchangedDieByDie) {
     moves->turn(kOne, 1);
     const Placement before = layout.placement();
-    moves->takeOver(kOne, kOther);
+    moves->exchangeDieByDie(kOne, kOther);
     ordersHold(layout, design);
     for (unsigned die = 0; die < 8; ++die) {
         const PlacedDie now = layout.placement()[die];

@@ -1,128 +1,32 @@
-// Whole runs of the built program, and the files that it writes.
+// What the classic interface writes beside its report.
 
-#include <stdlib.h>
-#include <sys/wait.h>
+#include <set>
 
-#include <filesystem>
-#include <fstream>
-
-#include "support/helpers.h"
+#include "support/plain_reader.h"
 
 namespace korvel::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string contents(const fs::path& file) {
-    std::ifstream in(file);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-// The program in a folder of its own. A "gnuplot" in that folder is found before any other.
-class Program {
-public:
-    Program() {
-        std::string name = (fs::temp_directory_path() / "korvel-XXXXXX").string();
-        folder = mkdtemp(name.data());
-    }
-    ~Program() { fs::remove_all(folder); }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-
-    // Standard output, with elapsed times masked.
-    std::string run(const std::string& arguments) {
-        const std::string command = "cd '" + folder.string() + "' && PATH=\"$PWD:$PATH\" '" +
-                                    KORVEL_PROGRAM + "' " + arguments + " > out";
-        status = WEXITSTATUS(std::system(command.c_str()));
-        return masked(contents(folder / "out"));
-    }
-    static std::string masked(std::string text) {
-        const std::string mark = "runtime: ";
-        for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
-            at += mark.size();
-            text.replace(at, text.find('\n', at) - at, "T");
-        }
-        return text;
-    }
-    void write(const std::string& name, const std::string& text) {
-        std::ofstream(folder / name) << text;
-    }
-    void write(const Design& design) {
-        write("d.blocks", design.blocksFile());
-        write("d.pl", design.placementFile());
-        write("d.nets", design.netsFile());
-    }
-
-    fs::path folder;
-    int status = 0;
-};
-
-// Each folder of runs holds a design, d.*, its arguments and the expected output.
-TEST(Program, RepeatsTheRecordedRuns) {
-    for (const char* name : {"pair", "trio"}) {
-        SCOPED_TRACE(name);
-        const fs::path recorded = fs::path(KORVEL_RUNS) / name;
-        Program program;
-        fs::copy(recorded, program.folder);
-        std::string arguments = contents(recorded / "arguments");
-        arguments.pop_back();
-        EXPECT_EQ(program.run(arguments + " --threads 1"), contents(recorded / "expected"));
-        EXPECT_EQ(program.status, 0);
-    }
-}
-
-// The first number in a text behind a mark, and what follows it.
-double numberBehind(const std::string& text, const std::string& mark, double* next = nullptr) {
-    double number = -1;
-    std::istringstream in(text.substr(std::min(text.size(), text.find(mark) + mark.size())));
-    in >> number;
-    if (next != nullptr) {
-        in >> *next;
-    }
-    return number;
-}
-
-// With all workers of the machine, in the area that the example's first lines name.
-TEST(Program, PlacesTheExamples) {
-    for (const char* name : {"tutorial", "no-terminals", "interposer"}) {
-        SCOPED_TRACE(name);
-        const std::string design = std::string(KORVEL_EXAMPLES) + "/" + name;
-        const std::string blocks = contents(design + ".blocks");
-        double height = 0;
-        const double width = numberBehind(blocks, "# Area ", &height);
-        std::ostringstream arguments;
-        arguments << "-f '" << design << "' -o r -a " << width << " " << height;
-        Program program;
-        const Pass first = readReport(program.run(arguments.str())).at(0);
-        EXPECT_EQ(program.status, 0);
-        EXPECT_EQ(first.placement.size(), numberBehind(blocks, "NumHardRectilinearBlocks :"));
-        EXPECT_LE(first.width, width);
-        EXPECT_LE(first.height, height);
-    }
-}
-
 TEST(Program, AppendsOneStatisticsLinePerRun) {
-    Program program;
+    const FrontDoor door;
     // The dies' pins meet, at no length; so the main pass cannot beat the initial one.
-    program.write(Design{{{"a", 10, 10}, {"b", 10, 10}}, {}, {{{"a", 50, 0}, {"b", -50, 0}}}, {}});
-    program.run("-f d -o r -a 30 20.5 -s");
-    program.run("-f ../$(basename $PWD)/d -o r -a 100 50 -s");
-    EXPECT_EQ(Program::masked(contents(program.folder / "statistics.txt")),
+    writeDesign(door, {{{"a", 10, 10}, {"b", 10, 10}}, {}, {{{"a", 50, 0}, {"b", -50, 0}}}, {}});
+    door.run("-f d -o r -a 30 20.5 -s");
+    door.run("-f ../$(basename $PWD)/d -o r -a 100 50 -s");
+    EXPECT_EQ(withoutTimes(door.read("statistics.txt")),
               "d || area: 30 x 20.5 || initWL: 0 || bestWL: 0 || runtime: T\n"
               "d || area: 100 x 50 || initWL: 0 || bestWL: 0 || runtime: T\n");
-    fs::remove(program.folder / "statistics.txt");
-    fs::create_directory(program.folder / "statistics.txt");
-    const std::string output = program.run("-f d -o r -a 30 20.5 -s");
-    EXPECT_EQ(program.status, 0);
-    EXPECT_NE(output.find("ERROR: results.txt file could not be opened successfully\n"),
+    door.remove("statistics.txt");
+    std::filesystem::create_directory(door.path("statistics.txt"));
+    EXPECT_EQ(door.run("-f d -o r -a 30 20.5 -s"), 0);
+    EXPECT_NE(door.out().find("ERROR: results.txt file could not be opened successfully\n"),
               std::string::npos);
 }
 
 TEST(Program, HandsAnyOutputNameToGnuplotAndCleansUp) {
-    Program program;
-    program.write(Design{{{"it's", 10, 4}}, {}, {}, {}});
-    program.write("gnuplot", "#!/bin/sh\necho \"$#\" > count\ncp \"$1\" script\ncp nets.txt n\n");
-    fs::permissions(program.folder / "gnuplot", fs::perms::owner_all);
+    const FrontDoor door;
+    writeDesign(door, {{{"it's", 10, 4}}, {}, {}, {}});
+    door.writeScript("gnuplot", "echo \"$#\" > count\ncp \"$1\" script\ncp nets.txt n\n");
     const std::pair<const char*, const char*> cases[] = {
         {"plain", "plain_bestnode"},
         {"two words", "two words_bestnode"},
@@ -132,23 +36,20 @@ TEST(Program, HandsAnyOutputNameToGnuplotAndCleansUp) {
     };
     for (const auto& [name, written] : cases) {
         SCOPED_TRACE(name);
-        program.write("name", name);
-        const std::string output = program.run("-f d -a 20 20 -p -o \"$(cat name)\"");
-        EXPECT_EQ(program.status, 0);
-        EXPECT_NE(output.find(std::string("\n===   Plot into the output file ") + name +
-                              "_bestnode.plt   ===\n\n\tPlotting...\n"),
+        door.write("name", name);
+        EXPECT_EQ(door.run("-f d -a 20 20 -p -o \"$(cat name)\""), 0);
+        EXPECT_NE(door.out().find(std::string("\n===   Plot into the output file ") + name +
+                                  "_bestnode.plt   ===\n\n\tPlotting...\n"),
                   std::string::npos);
-        EXPECT_EQ(contents(program.folder / "count"), "1\n");
-        EXPECT_NE(contents(program.folder / "script")
-                      .find(std::string("set output '") + written + ".png'\n"),
+        EXPECT_EQ(door.read("count"), "1\n");
+        EXPECT_NE(door.read("script").find(std::string("set output '") + written + ".png'\n"),
                   std::string::npos);
-        EXPECT_TRUE(fs::exists(program.folder / "n"));
         std::set<std::string> left;
-        for (const auto& entry : fs::directory_iterator(program.folder)) {
-            left.insert(entry.path().filename().string());
+        for (const auto& [file, text] : door.files()) {
+            left.insert(file);
         }
         EXPECT_EQ(left, (std::set<std::string>{"count", "d.blocks", "d.nets", "d.pl", "gnuplot",
-                                               "n", "name", "out", "script"}));
+                                               "n", "name", "script"}));
     }
 }
 

@@ -151,6 +151,7 @@ TEST(Reader, ErrorsAndWarningsAreWordedExactly) {
         {kBlocks, "4 (0,0) (0,3.5) (2.5,3.5) (2.5,0)",
          "6 (0,0) (0,3.5) (2.5,3.5) (2,3.5) (1,1) (2.5,0)", -1,
          "ERROR in parsing .blocks file: rectilinear blocks can be only rectangles for now\n"},
+        {kBlocks, "4 (0,0) (0,3.5) (2.5,3.5) (2.5,0)", "3 (0,0) (0,3.5) (2.5,3.5)", -1, ""},
         {kBlocks, "4 (0,0) (0,3.5)", "2 (0,0) (0,3.5)", 0,
          "ERROR by .blocks file parsing: cannot read the vertices of block b\n"},
         {kBlocks, "(11, 6)", "(wide, 6)", 0,
@@ -226,7 +227,9 @@ TEST(ReaderDeathTest, CountsAndOffsetsThatCannotBeAbort) {
         {kBlocks, "Terminals : 2", "Terminals : 1", "placer.getTermNum\\(\\) == tIndex-bIndex"},
         {kNets, "Nets : 2", "Nets : 1", "src/IO.*placer.getNetNum\\(\\) == nIndex"},
         {kNets, "%50 ", "%4951 ", "pOffsets.x <= 50.0 && pOffsets.x >=-50.0"},
+        {kNets, "%50 ", "%-5051 ", "pOffsets.x <= 50.0 && pOffsets.x >=-50.0"},
         {kNets, "%-25.0", "%-5051", "pOffsets.y <= 50.0 && pOffsets.y >=-50.0"},
+        {kNets, "%-25.0", "%4951", "pOffsets.y <= 50.0 && pOffsets.y >=-50.0"},
     };
     for (const Case& c : cases) {
         EXPECT_DEATH(Reading(changed(c.which, c.piece, c.by)), c.assertion);

@@ -150,6 +150,9 @@ const std::string kB = "(0,0) (0,3.5) (2.5,3.5) (2.5,0)";
 INSTANTIATE_TEST_SUITE_P(
     InHeaders, Mistakes,
     testing::Values(
+        Mistake{{kBlocks, "NumSoftRectangularBlocks : 0\n", ""},
+                "d.blocks: error: found no line that begins with NumSoftRectangularBlocks, "
+                "expected 'NumSoftRectangularBlocks : COUNT'"},
         Mistake{{kBlocks, "NumTerminals : 1\n", ""},
                 "d.blocks: error: found no line that begins with NumTerminals, expected "
                 "'NumTerminals : COUNT'"},
@@ -332,6 +335,10 @@ INSTANTIATE_TEST_SUITE_P(
                 "d.nets:3: warning: found 4 pins, expected 5 as NumPins says\n"
                 "d.nets:5: warning: found 1 net of less than 2 pins, expected 2 or more; the first "
                 "is here"},
+        Mistake{{kNets, "NumPins : 5\n", "b B : %0 %0\nNumPins : 5\n"},
+                "d.nets:3: error: found a pin of 'b', expected 'NetDegree : COUNT' before it"},
+        Mistake{{kNets, "NumPins : 5\n", "NumPins : 5\nc B\n"},
+                "d.nets:4: error: found a pin of 'c', expected 'NetDegree : COUNT' before it"},
         Mistake{{kNets, "a I", "c I"},
                 "d.nets:5: error: found the name 'c', expected one from the .blocks file"},
         Mistake{{kNets, "a I : %50 %-25", "a"},

@@ -122,10 +122,14 @@ Placed randomPlaced(unsigned seed, double unit) {
     return placed;
 }
 
+std::string svgOf(const Design& design, Region region, const Placement& placement) {
+    return drawSvg(design, region, placement, judge(design, region, placement));
+}
+
 TEST(Picture, IsSoundAndHoldsEverythingInAnyUnit) {
     for (const double unit : {1e-6, 1.0, 6000.0, 1e12}) {
         const auto [design, region, placement] = randomPlaced(static_cast<unsigned>(unit), unit);
-        const std::string svg = drawSvg(design, region, placement);
+        const std::string svg = svgOf(design, region, placement);
         const std::vector<Tag> tags = tagsOf(svg);
         const double width = tags.front().number("width");
         const double height = tags.front().number("height");
@@ -174,7 +178,7 @@ TEST(Picture, MarksTheCornerOfTheOrientation) {
         design.dies = {{"d", {4, 2}}};
         std::vector<Spot> die;
         std::vector<Spot> mark;
-        for (const Tag& tag : tagsOf(drawSvg(design, {10, 10}, {{{3, 3}, expected.orient}}))) {
+        for (const Tag& tag : tagsOf(svgOf(design, {10, 10}, {{{3, 3}, expected.orient}}))) {
             if (tag.name == "polygon") {
                 mark = spotsOf(tag);
             } else if (tag.name == "rect" && tag.attributes.at("fill") == "#d3e6f5") {
@@ -196,7 +200,7 @@ TEST(Picture, MarksTheCornerOfTheOrientation) {
 TEST(Picture, ShowsWhichDiesAreAtFault) {
     Design design;
     design.dies = {{"a", {4, 2}}, {"b", {4, 2}}, {"c", {4, 2}}, {"d", {4, 2}}};
-    const std::string svg = drawSvg(design, {10, 10}, {{{0, 0}}, {{3, 1}}, {{7, 5}}, {{0, 5}}});
+    const std::string svg = svgOf(design, {10, 10}, {{{0, 0}}, {{3, 1}}, {{7, 5}}, {{0, 5}}});
     std::size_t dashed = 0;
     for (const Tag& tag : tagsOf(svg)) {
         dashed += tag.attributes.count("stroke-dasharray") > 0 &&
@@ -307,7 +311,7 @@ TEST(Picture, StaysOfASizeWithManyDiesOnManyNets) {
                 {{{die, {2, 2}}, {static_cast<unsigned>(random() % 400), {}}}});
         }
     }
-    const std::string svg = drawSvg(placed.design, placed.region, placed.placement);
+    const std::string svg = svgOf(placed.design, placed.region, placed.placement);
     EXPECT_LT(svg.size(), 1'000'000U);
     EXPECT_NE(svg.find("bundles not drawn"), std::string::npos);
 }

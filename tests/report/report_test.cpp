@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "commands/PlaceReport.h"
 #include "report/Text.h"
 
 namespace korvel::test {
@@ -48,6 +49,23 @@ TEST(Text, ListsTwentyFaultsAndCountsTheOthers) {
     }
     const std::string text = faultsText(design, Placement(50), judgement);
     EXPECT_NE(text.find("  d19  by 1 at the right, 2 below\n  and 30 more\n"), std::string::npos);
+}
+
+// What the gate found is what is told: the report measures nothing again.
+TEST(PlaceReport, RepeatsTheJudgementThatWasKept) {
+    Design design;
+    design.dies = {{"a", {4, 2}}};
+    RunResult result;
+    result.best = Found{{{{0, 0}}}, {}, "somebody"};
+    result.best->judgement.wirelength = 123;
+    result.best->judgement.utilization = 0.25;
+    const Json report = placeReport(design, {"d", "", {10, 10}}, {}, result);
+    EXPECT_EQ(report["judgement"]["wirelength"], 123);
+    EXPECT_EQ(report["judgement"]["utilization"], 0.25);
+    EXPECT_EQ(report["legal"], true);
+    const std::string summary = placeSummary(design, {10, 10}, {}, result);
+    EXPECT_NE(summary.find("123 (HPWL)"), std::string::npos);
+    EXPECT_NE(summary.find("25.0 %"), std::string::npos);
 }
 
 }  // namespace

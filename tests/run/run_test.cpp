@@ -1,19 +1,18 @@
 // Runs of `place` without the command around them: time, plans, both engines, starts and stops.
 
-#include "run/Run.h"
-
 #include <future>
 #include <random>
+#include <thread>
 
 #include "judge/Judge.h"
 #include "run/AutoPlan.h"
+#include "run/ClassicEngine.h"
 #include "run/Duration.h"
+#include "run/PlaceRun.h"
 #include "support/random_designs.h"
 
 namespace korvel::test {
 namespace {
-
-using PlaceRun = korvel::Run;  // tests have a Run of their own
 
 // --- Time ------------------------------------------------------------------------------------
 
@@ -105,8 +104,49 @@ void expectLegal(const Design& design, Region region, const RunResult& result) {
     ASSERT_TRUE(result.best);
     const Judgement judgement = judge(design, region, result.best->placement);
     EXPECT_TRUE(judgement.isLegal());
-    EXPECT_EQ(judgement.wirelength, result.best->wirelength);
-    EXPECT_LE(result.foundAfter, result.seconds);
+    EXPECT_EQ(judgement.wirelength, result.best->wirelength());
+    EXPECT_LE(result.best->after, result.seconds);
+}
+
+// --- A pass of the classic engine ------------------------------------------------------------
+
+// Workers tell of their nodes without a lock, so a shorter one may overtake a longer one.
+TEST(PassTally, DropsALateLongerNode) {
+    PassTally tally("main pass", 4);
+    EXPECT_FALSE(tally.figures(false).length);
+    EXPECT_TRUE(tally.improved(7));
+    EXPECT_TRUE(tally.improved(3));
+    EXPECT_FALSE(tally.improved(5));
+    EXPECT_FALSE(tally.improved(3));
+    EXPECT_TRUE(tally.improved(2));
+    const PassFigures pass = tally.figures(false);
+    EXPECT_EQ(pass.improvements, 3U);
+    EXPECT_EQ(pass.length, 2);
+}
+
+TEST(PassTally, AddsUpWhatWorkersTell) {
+    PassTally tally("main pass", 4);
+    std::atomic<unsigned> improvements{0};
+    {
+        std::vector<std::jthread> workers;
+        for (int worker = 0; worker < 4; ++worker) {
+            workers.emplace_back([&, worker] {
+                for (int i = 0; i < 256; ++i) {
+                    tally.worked(3, 0x1p-11);
+                    improvements +=
+                        tally.improved(static_cast<float>(1000 - 4 * i - worker)) ? 1 : 0;
+                }
+            });
+        }
+    }
+    EXPECT_EQ(tally.gauge().count, 3072U);
+    EXPECT_EQ(tally.gauge().share, 0.5);
+    const PassFigures pass = tally.figures(false);
+    EXPECT_EQ(pass.nodes, 3072U);
+    EXPECT_EQ(pass.share, 0.5);
+    EXPECT_EQ(pass.improvements, improvements);
+    EXPECT_EQ(pass.length, 1000 - 4 * 255 - 3);
+    EXPECT_EQ(tally.figures(true).share, 1.0);
 }
 
 // --- The classic engine ----------------------------------------------------------------------
@@ -147,7 +187,7 @@ TEST(ClassicRun, PlacesSeparatePiecesEachAtItsBest) {
     const Region region{12, 12};
     const RunResult result = PlaceRun(design, region, optionsOf(Engine::Classic)).execute();
     expectLegal(design, region, result);
-    EXPECT_EQ(result.best->wirelength, 0.0);
+    EXPECT_EQ(result.best->wirelength(), 0.0);
 }
 
 TEST(ClassicRun, SaysWhenItFindsNothing) {
@@ -168,7 +208,7 @@ TEST(ClassicRun, KeepsAStartThatNothingBeats) {
     const RunResult result = PlaceRun(design, region, options).execute();
     expectLegal(design, region, result);
     EXPECT_EQ(result.best->finder, "the start placement");
-    EXPECT_EQ(result.best->wirelength, proved.best->wirelength);
+    EXPECT_EQ(result.best->wirelength(), proved.best->wirelength());
     // It was a bound for both passes, that only itself could be found below.
     EXPECT_LE(result.passes.at(0).improvements + result.passes.at(1).improvements, 1U);
 }
@@ -181,7 +221,7 @@ TEST(ClassicRun, BeatsAStartThatCanBeBeaten) {
     const RunResult result = PlaceRun(design, region, options).execute();
     expectLegal(design, region, result);
     EXPECT_NE(result.best->finder, "the start placement");
-    EXPECT_LT(result.best->wirelength, 20.0);
+    EXPECT_LT(result.best->wirelength(), 20.0);
 }
 
 TEST(ClassicRun, SharesTheTimeOverTheStages) {
@@ -191,10 +231,14 @@ TEST(ClassicRun, SharesTheTimeOverTheStages) {
     RunOptions options = optionsOf(Engine::Classic);
     options.timeLimit = 2.0 * kSlowness;
     const RunResult result = PlaceRun(design, region, options).execute();
-    EXPECT_EQ(result.passes.back().dies, 102U);
     EXPECT_EQ(result.ending, Ending::TimeLimit);
     EXPECT_LT(result.seconds, 3.0 * kSlowness);
-    expectLegal(design, region, result);
+    // How far it comes is for the machine to say; but no stage takes the time of the others.
+    EXPECT_GT(result.passes.size(), 10U);
+    for (unsigned stage = 0; stage < result.passes.size(); ++stage) {
+        EXPECT_EQ(result.passes[stage].dies, 7 + stage);
+        EXPECT_LT(result.passes[stage].seconds, 1.0 * kSlowness);
+    }
 }
 
 // --- Ends ------------------------------------------------------------------------------------
@@ -219,7 +263,7 @@ TEST_P(EndedRun, IsInterruptedFromAnotherThread) {
     std::promise<void> found;
     std::once_flag once;
     PlaceRun run(design, region, optionsOf(GetParam()),
-                 [&](const Found&, double) { std::call_once(once, [&] { found.set_value(); }); });
+                 [&](const Found&) { std::call_once(once, [&] { found.set_value(); }); });
     RunClock::time_point asked;
     std::thread stopper([&] {
         found.get_future().wait();
@@ -260,8 +304,8 @@ TEST(AutoRun, ProvesFewDiesAndIsNeverWorseThanTheClassicEngine) {
         const RunResult classic = PlaceRun(design, region, optionsOf(Engine::Classic)).execute();
         expectLegal(design, region, result);
         EXPECT_EQ(result.ending, Ending::Proved);
-        EXPECT_LE(*result.lowerBound, result.best->wirelength);
-        EXPECT_LE(result.best->wirelength, classic.best->wirelength * (1.0 + 1e-5));
+        EXPECT_LE(*result.lowerBound, result.best->wirelength());
+        EXPECT_LE(result.best->wirelength(), classic.best->wirelength() * (1.0 + 1e-5));
     }
 }
 
@@ -282,7 +326,7 @@ TEST(AutoRun, RepeatsItsResultForTheSameSeedAndIterations) {
     const RunResult second = PlaceRun(design, region, options).execute();
     expectLegal(design, region, first);
     EXPECT_EQ(first.ending, Ending::Done);
-    EXPECT_EQ(first.best->wirelength, second.best->wirelength);
+    EXPECT_EQ(first.best->wirelength(), second.best->wirelength());
     EXPECT_EQ(first.best->placement[7].at.x, second.best->placement[7].at.x);
 }
 

@@ -17,16 +17,16 @@ namespace korvel::test {
 
 struct Die {
     std::string name;
-    float width, height;
+    double width, height;
 };
 struct Terminal {
     std::string name;
-    float x, y;
+    double x, y;
 };
 // A pin: on a die in percent from the die's centre, as the files have it, or on a terminal.
 struct PinAt {
     std::string owner;
-    float x = 0, y = 0;
+    double x = 0, y = 0;
 };
 
 struct Design {
@@ -91,27 +91,26 @@ inline Design randomDesign(unsigned seed, const Shape& shape) {
     std::mt19937 random(seed);
     const auto below = [&random](unsigned n) { return static_cast<unsigned>(random() % n); };
     const auto size = [&] {
-        const unsigned quarters = 16 + 4 * below(40) + (shape.fractional ? below(4) : 0);
-        return 0.25F * static_cast<float>(quarters);
+        return 0.25 * (16 + 4 * below(40) + (shape.fractional ? below(4) : 0));
     };
     Design design;
-    float largest = 0.0F;
+    double largest = 0.0;
     for (unsigned i = 0; i < shape.dies; ++i) {
         design.dies.push_back({"d" + std::to_string(i), size(), size()});
         largest = std::max({largest, design.dies.back().width, design.dies.back().height});
     }
-    const float perSide = std::ceil(std::sqrt(static_cast<float>(shape.dies)));
-    const float side = std::ceil(largest * perSide) + 8;
-    design.area = {side, side};
+    const double perSide = std::ceil(std::sqrt(shape.dies));
+    const double side = std::ceil(largest * perSide) + 8;
+    design.area = {static_cast<float>(side), static_cast<float>(side)};
     for (unsigned i = 0; i < shape.terminals; ++i) {
-        Terminal terminal{"t" + std::to_string(i), below(2) == 0 ? 0.0F : side,
-                          static_cast<float>(below(static_cast<unsigned>(side) + 1))};
+        Terminal terminal{"t" + std::to_string(i), below(2) == 0 ? 0.0 : side,
+                          static_cast<double>(below(static_cast<unsigned>(side) + 1))};
         if (below(2) == 0) {
             std::swap(terminal.x, terminal.y);
         }
         design.terminals.push_back(terminal);
     }
-    const auto percent = [&] { return 25.0F * static_cast<float>(below(5)) - 50.0F; };
+    const auto percent = [&] { return 25.0 * below(5) - 50.0; };
     const auto pinOf = [&](unsigned owner) {
         return owner < shape.dies ? PinAt{design.dies[owner].name, percent(), percent()}
                                   : PinAt{design.terminals[owner - shape.dies].name};
@@ -141,9 +140,6 @@ inline int read(Placer& placer, const std::string& blocks, const std::string& pl
         io.parseNets(in[2]);
     } catch (const ProcessEnd& end) {
         return end.status;
-    }
-    for (Block& block : placer.netlist.blocks) {
-        block.findNetsIndexes();
     }
     return -1;
 }

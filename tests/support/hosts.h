@@ -1,9 +1,11 @@
 // Systems of hosts with memories of their own, and a check of layouts of any design.
 #pragma once
 
+#include <algorithm>
+#include <limits>
 #include <string>
 
-#include "anneal/SlidLayout.h"
+#include "anneal/Layout.h"
 #include "support/random_designs.h"
 
 namespace korvel::test {
@@ -30,12 +32,13 @@ inline Design hostsWithMemories(unsigned hosts, unsigned memories) {
     return design;
 }
 
-// By the relations of the orders, without regard to the region.
-inline void ordersHold(const SlidLayout& layout, const Design& design) {
-    const Relations relations = layout.sequences().relations();
-    const Placement placement = layout.placement();
-    for (unsigned a = 0; a < layout.dieNum(); ++a) {
-        for (unsigned b = a + 1; b < layout.dieNum(); ++b) {
+// The least room between two dies by their relation; negative if one is not kept. The region does
+// not count.
+inline double leastGap(const Design& design, const Relations& relations,
+                       const Placement& placement) {
+    double least = std::numeric_limits<double>::infinity();
+    for (unsigned a = 0; a < design.dies.size(); ++a) {
+        for (unsigned b = a + 1; b < design.dies.size(); ++b) {
             const Extent ofA = turned(design.dies[a].size, placement[a].orient);
             const Extent ofB = turned(design.dies[b].size, placement[b].orient);
             const Spot atA = placement[a].at;
@@ -45,9 +48,14 @@ inline void ordersHold(const SlidLayout& layout, const Design& design) {
                                : relation == Topology::R ? atA.x - atB.x - ofB.width
                                : relation == Topology::B ? atB.y - atA.y - ofA.height
                                                          : atA.y - atB.y - ofB.height;
-            EXPECT_GE(gap, -1e-9) << "dies " << a << " and " << b;
+            least = std::min(least, gap);
         }
     }
+    return least;
+}
+
+inline void ordersHold(const Layout& layout, const Design& design) {
+    EXPECT_GE(leastGap(design, layout.sequences().relations(), layout.placement()), -1e-9);
 }
 
 }  // namespace korvel::test

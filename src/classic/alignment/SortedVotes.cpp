@@ -7,36 +7,36 @@
 namespace korvel {
 
 void SortedVotes::reserve(std::size_t most) {
-    runs.reserve(most);
+    lists.reserve(most);
     parts.reserve(most);
     nearWishes.reserve(most);
     otherSteps.reserve(most);
     otherPairs.reserve(most + 1);
-    otherLanes.reserve(most + 1);
+    otherTracks.reserve(most + 1);
     candidates.reserve(most);
 }
 
 void SortedVotes::clear() {
-    runs.clear();
+    lists.clear();
     nearWishes.clear();
     forward = 0;
     backward = 0;
     stays = 0;
 }
 
-// Only what the estimates are certain about is taken from the list; whatever compares with a NaN is
-// not.
-void SortedVotes::add(const SortedRun& run) {
-    const unsigned end = run.pairNum();
-    const double certain = kSamePosition + run.tolerance;
-    const unsigned backwardEnd = run.firstNotBelow(-certain, 0, end);
-    const unsigned forwardBegin = run.firstAbove(certain, backwardEnd, end);
-    backward += run.weight(0, backwardEnd);
-    forward += run.weight(forwardBegin, end);
+// Only what the estimates are certain about is taken from the list; nothing is certain with a
+// tolerance that is no number.
+void SortedVotes::add(const ShiftedList& list) {
+    const unsigned end = list.pairNum();
+    const double certain = kSamePosition + list.tolerance;
+    const unsigned backwardEnd = list.firstNotBelow(-certain, 0, end);
+    const unsigned forwardBegin = list.firstAbove(certain, backwardEnd, end);
+    backward += list.weight(0, backwardEnd);
+    forward += list.weight(forwardBegin, end);
     for (unsigned pair = backwardEnd; pair < forwardBegin; ++pair) {
-        addNear(run.wish(pair), run.weight(pair, pair + 1));
+        addNear(list.wish(pair), list.weight(pair, pair + 1));
     }
-    runs.push_back({run, backwardEnd, forwardBegin});
+    lists.push_back({list, backwardEnd, forwardBegin});
 }
 
 void SortedVotes::addNear(float wish, unsigned weight) {
@@ -56,25 +56,25 @@ void SortedVotes::chooseSide(bool isForward, const StepList& others) {
     parts.clear();
     total = 0;
     tolerance = 0.0;
-    for (const Run& run : runs) {
+    for (const DividedList& divided : lists) {
         if (isForward) {
-            addPart(run.run, run.forwardBegin, run.run.pairNum());
+            addPart(divided.list, divided.forwardBegin, divided.list.pairNum());
         } else {
-            addPart(run.run, 0, run.backwardEnd);
+            addPart(divided.list, 0, divided.backwardEnd);
         }
     }
     addOthers(others);
 }
 
-void SortedVotes::addPart(const SortedRun& run, unsigned begin, unsigned end) {
+void SortedVotes::addPart(const ShiftedList& list, unsigned begin, unsigned end) {
     if (begin < end) {
-        parts.push_back({run, begin, end, begin, end});
-        total += run.weight(begin, end);
-        tolerance = std::max(tolerance, run.tolerance);
+        parts.push_back({list, begin, end, begin, end});
+        total += list.weight(begin, end);
+        tolerance = std::max(tolerance, list.tolerance);
     }
 }
 
-// What is not in a list makes one more, of lanes that face one at 0.
+// What is not in a list makes one more list, of tracks that face one at 0.
 void SortedVotes::addOthers(const StepList& others) {
     otherSteps.clear();
     for (std::size_t i = 0; i < others.size(); ++i) {
@@ -87,17 +87,17 @@ void SortedVotes::addOthers(const StepList& others) {
     }
     std::sort(otherSteps.begin(), otherSteps.end(),
               [](const WeightedStep& a, const WeightedStep& b) { return a.step < b.step; });
-    otherLanes.assign(1, 0.0F);
+    otherTracks.assign(1, 0.0F);
     otherPairs.clear();
     unsigned weightBefore = 0;
     for (const auto [step, weight] : otherSteps) {
-        otherPairs.push_back({step, weightBefore, 0, static_cast<unsigned>(otherLanes.size())});
-        otherLanes.push_back(step);
+        otherPairs.push_back({step, weightBefore, 0, static_cast<unsigned>(otherTracks.size())});
+        otherTracks.push_back(step);
         weightBefore += weight;
     }
     otherPairs.push_back({0.0F, weightBefore, 0, 0});
-    const SortedRun run{otherPairs, otherLanes.data(), 1.0F, 0.0, 0.0};
-    addPart(run, 0, run.pairNum());
+    const ShiftedList list{otherPairs, otherTracks.data(), 1.0F, 0.0, 0.0};
+    addPart(list, 0, list.pairNum());
 }
 
 float SortedVotes::stepAt(unsigned rank) {
@@ -108,14 +108,11 @@ float SortedVotes::stepAt(unsigned rank) {
     return direction * candidates.atRank(ascending - before);
 }
 
-// Leaves of each part what may be the estimate at the rank, and not much more. Weights grow with
-// distance more or less evenly, so a pivot is guessed from them; every third time the widest part
-// is halved, which ends whatever the weights.
+// Leaves of each part what may be the estimate at the rank, and not much more, by halving the
+// widest part. Where equal estimates prevent that, more candidates are left than needed.
 void SortedVotes::narrowDown(unsigned rank) {
     constexpr unsigned kFew = 4;
     constexpr unsigned kMostRounds = 64;
-    unsigned before = 0;    // weight below every `low`
-    unsigned upTo = total;  // weight below every `high`
     for (Part& part : parts) {
         part.low = part.begin;
         part.high = part.end;
@@ -128,14 +125,10 @@ void SortedVotes::narrowDown(unsigned rank) {
         if (widest.high - widest.low <= kFew || most - least <= 2 * tolerance) {
             return;
         }
-        const double share = (rank - before + 0.5) / (upTo - before);
-        const double pivot = round % 3 != 2 ? least + share * (most - least)
-                                            : widest.run.estimate((widest.low + widest.high) / 2);
-        const unsigned less = divideAt(pivot);
+        const unsigned less = divideAt(widest.list.estimate((widest.low + widest.high) / 2));
         for (Part& part : parts) {
             (rank < less ? part.high : part.low) = part.divided;
         }
-        (rank < less ? upTo : before) = less;
     }
 }
 
@@ -145,8 +138,8 @@ std::pair<double, double> SortedVotes::estimates() const {
     double most = -kInfinity;
     for (const Part& part : parts) {
         if (part.low < part.high) {
-            least = std::min(least, part.run.estimate(part.low));
-            most = std::max(most, part.run.estimate(part.high - 1));
+            least = std::min(least, part.list.estimate(part.low));
+            most = std::max(most, part.list.estimate(part.high - 1));
         }
     }
     return {least, most};
@@ -156,8 +149,8 @@ std::pair<double, double> SortedVotes::estimates() const {
 unsigned SortedVotes::divideAt(double pivot) {
     unsigned less = 0;
     for (Part& part : parts) {
-        part.divided = part.run.firstNotBelow(pivot, part.low, part.high);
-        less += part.run.weight(part.begin, part.divided);
+        part.divided = part.list.firstNotBelow(pivot, part.low, part.high);
+        less += part.list.weight(part.begin, part.divided);
     }
     return less;
 }
@@ -167,10 +160,10 @@ unsigned SortedVotes::divideAt(double pivot) {
 void SortedVotes::widenByTolerance() {
     const auto [least, most] = estimates();
     for (Part& part : parts) {
-        while (part.low > part.begin && part.run.estimate(part.low - 1) >= least - 2 * tolerance) {
+        while (part.low > part.begin && part.list.estimate(part.low - 1) >= least - 2 * tolerance) {
             --part.low;
         }
-        while (part.high < part.end && part.run.estimate(part.high) <= most + 2 * tolerance) {
+        while (part.high < part.end && part.list.estimate(part.high) <= most + 2 * tolerance) {
             ++part.high;
         }
     }
@@ -181,9 +174,9 @@ unsigned SortedVotes::gatherCandidates() {
     candidates.clear();
     unsigned before = 0;
     for (const Part& part : parts) {
-        before += part.run.weight(part.begin, part.low);
+        before += part.list.weight(part.begin, part.low);
         for (unsigned pair = part.low; pair < part.high; ++pair) {
-            candidates.add({part.run.wish(pair), part.run.weight(pair, pair + 1)});
+            candidates.add({part.list.wish(pair), part.list.weight(pair, pair + 1)});
         }
     }
     return before;

@@ -1,109 +1,52 @@
-// What bundles of two-pin nets want along one axis, without asking each net. While two bodies keep
-// their orientations, their moves shift the wishes of all nets between them by the same distance:
-// the order of the wishes is known before the search, and a wish at a rank is found by bisection.
+// What the nets of sorted groups want along one axis, without asking each net. While two bodies
+// keep their orientations, their moves shift the wishes of all nets between them by the same
+// distance: the order of the wishes is known before the search, and the wish at a rank is found by
+// bisection.
 //
-// But for rounding: positions are floats that were added up move by move. So what a list foretells
-// of a wish is an estimate that is right within a tolerance. It only narrows the pairs down to
-// those that may have the rank; these few are computed from the positions, to the bit.
+// Positions are floats that were added up move by move, so what a list foretells of a wish is an
+// estimate: right within a tolerance, but not to the bit. It only narrows the pairs down to those
+// that may have the rank; the wishes of these few are computed from the positions.
 #pragma once
 
-#include <span>
 #include <utility>
 #include <vector>
 
+#include "classic/alignment/SortedList.h"
 #include "classic/alignment/StepList.h"
 
 namespace korvel {
 
-// Nets that join the same two lanes, in a list in the order of gaps. A list ends with an entry that
-// only has the weight of all.
-struct SortedPair {
-    float gap;              // from the first lane to the second while both are counted from 0
-    unsigned weightBefore;  // nets of the pairs before it in the list
-    unsigned first;         // lane
-    unsigned second;        // lane
-};
-
-// A list with its bodies where they are.
-struct SortedRun {
-    std::span<const SortedPair> entries;
-    const float* lanes;  // positions
-    float sign;          // 1 if the first body is to be moved, -1 if the second
-    double shift;        // gap + shift estimates what a pair wants
-    double tolerance;    // of the estimate
-
-    unsigned pairNum() const { return static_cast<unsigned>(entries.size()) - 1; }
-    double estimate(unsigned pair) const { return entries[pair].gap + shift; }
-    float wish(unsigned pair) const {
-        return sign * (lanes[entries[pair].second] - lanes[entries[pair].first]);
-    }
-    unsigned weight(unsigned begin, unsigned end) const {
-        return entries[end].weightBefore - entries[begin].weightBefore;
-    }
-    // The first pair of a range whose estimate is not below a value, or above it; else the end.
-    unsigned firstNotBelow(double value, unsigned begin, unsigned end) const {
-        return firstBeyond(begin, end, [x = value - shift](double gap) { return !(gap < x); });
-    }
-    unsigned firstAbove(double value, unsigned begin, unsigned end) const {
-        return firstBeyond(begin, end, [x = value - shift](double gap) { return gap > x; });
-    }
-
-private:
-    template <typename IsBeyond>
-    unsigned firstBeyond(unsigned begin, unsigned end, const IsBeyond& isBeyond) const;
-};
-
-template <typename IsBeyond>
-unsigned SortedRun::firstBeyond(unsigned begin, unsigned end, const IsBeyond& isBeyond) const {
-    // Often a whole list lies on one side.
-    if (begin == end || isBeyond(entries[begin].gap)) {
-        return begin;
-    }
-    if (!isBeyond(entries[end - 1].gap)) {
-        return end;
-    }
-    while (begin < end) {
-        const unsigned middle = (begin + end) / 2;
-        if (isBeyond(entries[middle].gap)) {
-            end = middle;
-        } else {
-            begin = middle + 1;
-        }
-    }
-    return begin;
-}
-
 class SortedVotes {
 public:
-    // Makes room for lists of up to `most` pairs and other votes in all, so that nothing is
-    // allocated as long as there are no more.
+    // Makes room for up to `most` lists, and as many pairs and other votes: nothing is allocated as
+    // long as there are no more.
     void reserve(std::size_t most);
     // Forgets all votes.
     void clear();
-    void add(const SortedRun& run);
+    void add(const ShiftedList& list);
 
-    bool empty() const { return runs.empty(); }
+    bool empty() const { return lists.empty(); }
     // Nets that want to move forward, backward or not at all.
     unsigned getForward() const { return forward; }
     unsigned getBackward() const { return backward; }
     unsigned getStays() const { return stays; }
 
-    // Turns to the nets that want to move in that direction, and `others` that do, none of which
-    // comes from a list.
+    // Selects the nets that want to move in that direction for stepAt(). `others`: steps in that
+    // direction of nets that are in no list.
     void chooseSide(bool isForward, const StepList& others);
-    // The step at `rank` of these, positive in the direction.
+    // The step at `rank` of these, from the shortest on; positive.
     float stepAt(unsigned rank);
 
 private:
-    // A run, and which of its pairs certainly want to move.
-    struct Run {
-        SortedRun run;
+    // A list, and which of its pairs certainly want to move.
+    struct DividedList {
+        ShiftedList list;
         unsigned backwardEnd;   // up to this pair, backward
         unsigned forwardBegin;  // from this pair on, forward
     };
     // Those that want to move in the direction chosen.
     struct Part {
-        SortedRun run;
+        ShiftedList list;
         unsigned begin;
         unsigned end;
         // Where the rank may be.
@@ -113,7 +56,7 @@ private:
     };
 
     void addNear(float wish, unsigned weight);
-    void addPart(const SortedRun& run, unsigned begin, unsigned end);
+    void addPart(const ShiftedList& list, unsigned begin, unsigned end);
     void addOthers(const StepList& others);
     void narrowDown(unsigned rank);
     std::pair<double, double> estimates() const;
@@ -121,7 +64,7 @@ private:
     void widenByTolerance();
     unsigned gatherCandidates();
 
-    std::vector<Run> runs;
+    std::vector<DividedList> lists;
     unsigned forward = 0;
     unsigned backward = 0;
     unsigned stays = 0;
@@ -133,7 +76,7 @@ private:
     double tolerance = 0.0;
     std::vector<WeightedStep> otherSteps;
     std::vector<SortedPair> otherPairs;
-    std::vector<float> otherLanes;
+    std::vector<float> otherTracks;
     StepList candidates;
 };
 

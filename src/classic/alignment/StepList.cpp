@@ -12,8 +12,8 @@ void StepList::reserve(std::size_t most) {
     weights.resize(steps.size());
 }
 
-// Any step says by how much the one at the rank is less or more, so only a few have to be tried; to
-// divide the list by one takes a pass without a branch.
+// Dividing the list by any of its steps tells on which side of it the rank lies, so that a few
+// divisions find the step at the rank; each is one pass without branches.
 float StepList::atRank(unsigned rank) {
     std::fill_n(weights.begin() + static_cast<std::ptrdiff_t>(num), kLanes - num % kLanes, 0);
     float low = -kInfinity;
@@ -32,7 +32,7 @@ float StepList::atRank(unsigned rank) {
             return pivot;
         }
     }
-    return kInfinity;  // the only step that is no pivot
+    return kInfinity;  // which is never a pivot, so it is all that is left
 }
 
 StepList::Divided StepList::divideAt(float pivot) const {

@@ -1,5 +1,11 @@
 // The vote of many nets about one step, and the choice of that step, along both axes. Shared by
 // the block alignment, the alignment to terminals and the trials of the pre-calculation.
+//
+// Why the middle: each net that wants to move says how far, and the sum of distances to a number of
+// points is least at their median. So the group moves to the side that more nets want, by the
+// middle of what they want; each net that wants the other side, or to stay, cancels the largest of
+// these steps. Other nets do not change while the group moves by no more than a free distance: each
+// one whose distance the step would pass counts against the majority too.
 #pragma once
 
 #include <span>
@@ -67,7 +73,7 @@ float selectStep(const StepOfRank& stepOfRank, const FreeOfRank& freeOfRank, uns
 
 class StepVotes {
 public:
-    // Forgets all votes and makes room for up to `most` calls of add and pairs of runs; memory is
+    // Forgets all votes and makes room for up to `most` calls of add and pairs of lists; memory is
     // kept, so that voting allocates nothing once the largest vote has been.
     void clear(std::size_t most);
 
@@ -87,8 +93,8 @@ public:
         leastFree = smaller(free, leastFree);
     }
 
-    // What nets of two pins want along one axis.
-    void addAlong(Axis axis, const SortedRun& run) { alongAxes[axis].add(run); }
+    // What the nets of a sorted group want along one axis.
+    void addAlong(Axis axis, const ShiftedList& list) { alongAxes[axis].add(list); }
 
     // Signed step of the majority along the axis, 0 without one.
     float step(Axis axis, Middle middle);

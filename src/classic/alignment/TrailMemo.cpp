@@ -9,8 +9,6 @@ namespace {
 
 constexpr std::size_t kKeptBytes = std::size_t{1} << 18;
 constexpr std::size_t kFewestEntries = 16;
-// By trail: less is done sooner than remembered.
-constexpr std::size_t kLeastEffort = 1;
 constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;  // 2^64 by the golden ratio
 
 std::size_t entryNum(std::size_t mostTrails) {
@@ -47,7 +45,7 @@ bool TrailMemo::ask(std::uint32_t question, std::size_t effort, std::size_t trai
     asked = question;
     hash = question;
     askedTrails.clear();
-    isAnswerable = effort >= kLeastEffort * trailNum;
+    isAnswerable = effort >= trailNum;
     return isAnswerable;
 }
 

@@ -1,6 +1,6 @@
-// Answers that depend only on where some bodies stand, kept for when they are asked again. The
-// search asks the same over and over: different relations often put the blocks at the same places,
-// so that the alignment of a node repeats much of what those of the last nodes have found.
+// Answers that depend only on where some bodies stand, kept for when they are asked again.
+// Different relations often put the blocks at the same places, so the alignment of a node repeats
+// much of what those of the last nodes have found.
 //
 // Belongs to one thread; allocates nothing after its construction.
 #pragma once
@@ -21,7 +21,7 @@ public:
     Trail(Orient orient, float start);
 
     void add(float move);
-    // Whether it tells every move; one that is too long cannot be told from others.
+    // Whether it holds every move; longer ones cannot be told apart.
     bool isWhole() const { return moveNum <= moves.size(); }
 
     std::uint64_t getHash() const { return hash; }
@@ -41,10 +41,11 @@ class TrailMemo {
 public:
     explicit TrailMemo(std::size_t mostTrails);
 
-    // A question is put by its number, then by the trails that its answer depends on, always in the
-    // same order, which must stay as they are until it is answered. `effort` is how many votes or
-    // nets it takes to find the answer: false when that is sooner done than remembered. Then the
-    // trails need not be added, and nothing is known or kept.
+    // Begins a question: its number, then add() for each trail that the answer depends on, always
+    // in the same order. The trails must not change until known() and keep() are done. `effort` is
+    // how many votes or nets it takes to find the answer. False when that is less than the number
+    // of trails, since finding it is then cheaper than remembering it: no trails need to be added,
+    // and nothing is known or kept.
     bool ask(std::uint32_t question, std::size_t effort, std::size_t trailNum);
     void add(const Trail& trail);
 

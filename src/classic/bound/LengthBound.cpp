@@ -7,18 +7,18 @@ namespace korvel {
 
 namespace {
 
-// A block that is not limited along one axis may still drift along it by less than 0.001 each time
-// that it moves along the other; three rounds move the two blocks of a relation six times.
+// Where a block moves along one axis, a step of up to 0.001 along the other one is made as well,
+// whatever is in the way. In three rounds the two blocks of a relation make six moves.
 constexpr double kDriftPerRelation = 0.007;
 // Some hundred units in the last place of the largest positions: each pin is moved a few times.
 constexpr double kRounding = 1e-5;
 constexpr double kUnitRoundoff = 1.0 / (1 << 24);
-// A cut that is better than this node needs is good for more of those that come.
-constexpr double kBeyond = 1.3;
-// Cuts tried for a node that stands for several: more cost more to try than they save.
+// A cut is improved beyond what the node needs: that is good for more of those that come.
+constexpr double kBeyondTarget = 1.3;
+// Cuts tried for a node that lacks relations: more cost more to try than they save.
 constexpr unsigned kCutsForSeveral = 8;
 
-// Every block's index is its place, and no terminal is taken for a block.
+// Every block's index is its place in the order, and no terminal is taken for a block.
 bool inOrder(const Netlist& netlist, unsigned numBlocks) {
     for (const Block& terminal : netlist.terminals) {
         if (terminal.getIndex() < static_cast<int>(netlist.blocks.size())) {
@@ -35,7 +35,7 @@ bool inOrder(const Netlist& netlist, unsigned numBlocks) {
     return true;
 }
 
-// Pins may lie far outside of their blocks.
+// From its block's corner, in any orientation: pins may lie far outside of their blocks.
 double farthestPin(const Netlist& netlist) {
     double farthest = 0.0;
     for (const Pin& pin : netlist.pins) {
@@ -60,11 +60,10 @@ LengthBound::LengthBound(const Netlist& netlist, unsigned numBlocks, Area area)
 
 LengthBound::Workspace::Workspace(const LengthBound& bound)
     : axes{{{kX, bound.numBlocks, bound.area}, {}}, {{kY, bound.numBlocks, bound.area}, {}}},
-      ascent(bound.nets, bound.slack, bound.rounding),
-      odds(bound.numBlocks + 1) {
+      ascent(bound.nets, bound.slack, bound.rounding) {
     for (const Axis axis : {kX, kY}) {
         for (unsigned placed = 0; placed <= bound.numBlocks; ++placed) {
-            axes[axis].shelves.emplace_back(bound.nets, axis, placed, bound.slack);
+            axes[axis].pools.emplace_back(bound.nets, axis, placed, bound.slack);
         }
     }
 }
@@ -74,15 +73,16 @@ bool LengthBound::Workspace::follow(const BBNode& node) {
 }
 
 LengthBound::Workspace::Trial LengthBound::Workspace::startTrial(Axis axis, const BBNode& node) {
-    CutShelf& shelf = axes[axis].shelves[node.numBlocks];
-    shelf.turn(node);
-    return {shelf, axes[axis].gaps.get()};
+    CutPool& pool = axes[axis].pools[node.numBlocks];
+    pool.startNode(node);
+    return {pool, axes[axis].gaps.get()};
 }
 
 double LengthBound::leastLength(const BBNode& node, Workspace& space, double enough) const {
     if (!usable || !space.follow(node)) {
         return 0.0;
     }
+    // Besides the cuts: nets on terminals only, less the rounding of each net along both axes.
     const double base =
         nets.terminalLength(node.numBlocks) - 2 * rounding * static_cast<double>(nets.getNetNum());
     const double target = enough / sumKept - base;
@@ -90,52 +90,38 @@ double LengthBound::leastLength(const BBNode& node, Workspace& space, double eno
     Trial y = space.startTrial(kY, node);
     if (!node.isBlockComplete()) {
         tryCuts(x, y, target, kCutsForSeveral);
-        return (base + x.value + y.value) * sumKept;
-    }
-    // First what was good for other nodes, then something better for this one.
-    if (!tryCuts(x, y, target, CutShelf::kMostCuts)) {
-        RaiseOdds& odds = space.odds[node.numBlocks];
-        const double reached = (base + x.value + y.value) / (base + target);
-        if (odds.areGood(reached)) {
-            odds.note(reached, raiseBoth(x, y, target, space));
+    } else if (!tryCuts(x, y, target, CutPool::kMostCuts)) {
+        improve(x, target - y.bound, space);
+        if (x.bound + y.bound < target) {
+            improve(y, target - x.bound, space);
         }
     }
-    return (base + x.value + y.value) * sumKept;
+    return (base + x.bound + y.bound) * sumKept;
 }
 
-// True when the first cuts known reach the target; those that did are the first to be tried on
-// the next node.
+// True when the best of the first cuts reach the target; these are the first to be tried next time.
 bool LengthBound::tryCuts(Trial& x, Trial& y, double target, unsigned most) {
-    const unsigned num = std::min(most, std::max(x.shelf.size(), y.shelf.size()));
+    const unsigned num = std::min(most, std::max(x.pool.size(), y.pool.size()));
     for (unsigned rank = 0; rank < num; ++rank) {
-        x.take(rank);
-        y.take(rank);
-        if (x.value + y.value >= target) {
-            x.shelf.promote(x.rank);
-            y.shelf.promote(y.rank);
+        x.tryCut(rank);
+        y.tryCut(rank);
+        if (x.bound + y.bound >= target) {
+            x.pool.moveToFront(x.rank);
+            y.pool.moveToFront(y.rank);
             return true;
         }
     }
     return false;
 }
 
-// True when that reaches the target.
-bool LengthBound::raiseBoth(Trial& x, Trial& y, double target, Workspace& space) {
-    raise(x, target - y.value, space);
-    if (x.value + y.value < target) {
-        raise(y, target - x.value, space);
-    }
-    return x.value + y.value >= target;
-}
-
-// Improves on the best cut for this node and keeps the result.
-void LengthBound::raise(Trial& trial, double target, Workspace& space) {
-    trial.shelf.copyTo(space.raised, trial.rank);
-    const double value =
-        space.ascent.raise(space.raised, trial.shelf.getView(), trial.gaps, kBeyond * target);
-    if (value > trial.value) {
-        trial.value = value;
-        trial.shelf.keep(space.raised);
+// Improves the best cut for this node, and adds the result to the pool.
+void LengthBound::improve(Trial& trial, double target, Workspace& space) {
+    trial.pool.copyTo(space.improved, trial.rank);
+    const double bound = space.ascent.raise(space.improved, trial.pool.getOrientedNets(),
+                                            trial.gaps, kBeyondTarget * target);
+    if (bound > trial.bound) {
+        trial.bound = bound;
+        trial.pool.add(space.improved);
     }
 }
 

@@ -8,7 +8,7 @@ namespace korvel {
 
 namespace {
 
-constexpr unsigned slotOf(unsigned block) {
+constexpr unsigned bodyOf(unsigned block) {
     return block + 1;
 }
 
@@ -25,22 +25,24 @@ LengthGaps::LengthGaps(Axis axis, unsigned numBlocks, Area area)
       gaps(numBlocks + 1),
       sides(numBlocks),
       edges(std::size_t{numBlocks} * wordNum),
-      gapsToNewest(SlotMatrix::quadsFor(numBlocks + 1)) {
-    slotsBehind.reserve(numBlocks);
+      gapsToNewest(BodyMatrix::quadsFor(numBlocks + 1)) {
+    successors.reserve(numBlocks);
     gaps.front().resize(1);
     *gaps.front().rowTo(0) = allLanes(-kInfinity);
     gaps.front().at(0, 0) = 0.0F;
 }
 
+// A further node of a family has the same blocks and the same relations but for the newest block's.
+// Its sides need no look: once every block counts in the graph's length, they depend on the blocks
+// and the area only.
 bool LengthGaps::follow(const BBNode& node) {
     const ConsraintGraphList& graph = axis == kX ? node.horizontalGraph : node.verticalGraph;
     placed = node.numBlocks;
-    const bool sibling = node.family == family && graph.isMeasured() && measured;
+    const bool isSibling = node.family == family && graph.isMeasured() && measured;
     family = node.family;
     measured = graph.isMeasured();
-    // What a sibling has other is not noted, since the next one mostly is a sibling again.
-    known = std::min(known, sibling ? placed - 1 : placed);
-    if (!sibling) {
+    known = std::min(known, isSibling ? placed - 1 : placed);
+    if (!isSibling) {
         if (!takeSides(graph)) {
             family = 0;
             return false;
@@ -50,7 +52,9 @@ bool LengthGaps::follow(const BBNode& node) {
     for (unsigned block = known; block < placed; ++block) {
         addBlock(graph, block);
     }
-    known = sibling ? known : placed;
+    if (!isSibling) {
+        known = placed;
+    }
     return true;
 }
 
@@ -61,11 +65,12 @@ bool LengthGaps::takeSides(const ConsraintGraphList& graph) {
         if (end > areaExtent) {
             return false;
         }
-        // The alignment's common step looks at the graph's length only, in which a block without
-        // an edge on this axis does not count.
-        const float reach = areaExtent + std::max(0.0F, end - graph.getLength());
-        if (weight != sides[block].weight || reach != sides[block].reach) {
-            sides[block] = {weight, std::trunc(weight), reach};
+        // The common step toward the terminals keeps the graph's length in the area, in which a
+        // block without an edge along this axis does not count: it can get out by as much as its
+        // end is beyond that length.
+        const float farthestEnd = areaExtent + std::max(0.0F, end - graph.getLength());
+        if (weight != sides[block].weight || farthestEnd != sides[block].farthestEnd) {
+            sides[block] = {weight, std::trunc(weight), farthestEnd};
             known = std::min(known, block);
         }
     }
@@ -79,7 +84,7 @@ void LengthGaps::takeEdges(const ConsraintGraphList& graph) {
             std::uint64_t& before = edges[block * wordNum + w];
             const std::uint64_t now = graph.getOutcomingEdges(block).word(w);
             if (now != before) {
-                // Of two blocks the later one is new.
+                // An edge counts when the later one of its blocks is added.
                 const unsigned other = w * VertexSet::kWordBits + std::countr_zero(now ^ before);
                 known = std::min(known, std::max(block, other));
                 before = now;
@@ -88,66 +93,67 @@ void LengthGaps::takeEdges(const ConsraintGraphList& graph) {
     }
 }
 
-// A chain between two other bodies may now go by this block.
+// The gaps to and from the block, and those between earlier bodies, whose longest path may now go
+// by way of the block.
 void LengthGaps::addBlock(const ConsraintGraphList& graph, unsigned block) {
     findGapsTo(graph, block);
-    findSlotsBehind(graph, block);
-    const SlotMatrix& old = gaps[block];
-    SlotMatrix& wider = gaps[block + 1];
-    const unsigned newest = slotOf(block);
+    findSuccessors(graph, block);
+    const BodyMatrix& old = gaps[block];
+    BodyMatrix& wider = gaps[block + 1];
+    const unsigned newest = bodyOf(block);
     wider.resize(newest + 1);
     const unsigned oldQuads = old.getQuadNum();
     const unsigned newQuads = wider.getQuadNum();
     for (unsigned to = 0; to < newest; ++to) {
         const Quad* oldRow = old.rowTo(to);
-        const float gap = gapFrom(block, old.lanesTo(to));
+        const float gap = gapFrom(block, old.valuesTo(to));
         Quad* row = wider.rowTo(to);
         row[newQuads - 1] = allLanes(-kInfinity);
         for (unsigned q = 0; q < oldQuads; ++q) {
             row[q] = larger(oldRow[q], gapsToNewest[q] + allLanes(gap));
         }
-        wider.lanesTo(to)[newest] = gap;
+        wider.valuesTo(to)[newest] = gap;
     }
     std::copy_n(gapsToNewest.begin(), newQuads, wider.rowTo(newest));
     wider.at(newest, newest) = 0.0F;
 }
 
-// It lies behind the blocks before it, and nowhere below the origin.
+// To the block: over its predecessors, or over the terminals, since it stays at 0 or above.
 void LengthGaps::findGapsTo(const ConsraintGraphList& graph, unsigned block) {
-    const SlotMatrix& old = gaps[block];
+    const BodyMatrix& old = gaps[block];
     const unsigned quadNum = old.getQuadNum();
     std::copy_n(old.rowTo(0), quadNum, gapsToNewest.begin());
     std::fill(gapsToNewest.begin() + quadNum, gapsToNewest.end(), allLanes(-kInfinity));
-    for (const unsigned before : graph.getIncomingEdges(block)) {
-        if (before > block) {
+    for (const unsigned predecessor : graph.getIncomingEdges(block)) {
+        if (predecessor > block) {
             break;
         }
-        const Quad extent = allLanes(sides[before].extent);
-        const Quad* row = old.rowTo(slotOf(before));
+        const Quad extent = allLanes(sides[predecessor].wholeExtent);
+        const Quad* row = old.rowTo(bodyOf(predecessor));
         for (unsigned q = 0; q < quadNum; ++q) {
             gapsToNewest[q] = larger(gapsToNewest[q], row[q] + extent);
         }
     }
 }
 
-void LengthGaps::findSlotsBehind(const ConsraintGraphList& graph, unsigned block) {
-    slotsBehind.clear();
-    for (const unsigned behind : graph.getOutcomingEdges(block)) {
-        if (behind > block) {
+void LengthGaps::findSuccessors(const ConsraintGraphList& graph, unsigned block) {
+    successors.clear();
+    for (const unsigned successor : graph.getOutcomingEdges(block)) {
+        if (successor > block) {
             break;
         }
-        slotsBehind.push_back(slotOf(behind));
+        successors.push_back(bodyOf(successor));
     }
 }
 
-// To a slot whose gaps from the slots before the block are known. The blocks behind it come after
-// its end, which stays within its reach.
+// From the block to an earlier body, whose gaps from all earlier bodies are given: over the block's
+// successors, or over the terminals, since its end stays within its farthest end.
 float LengthGaps::gapFrom(unsigned block, const float* gapsTo) const {
-    float gap = gapsTo[0] - sides[block].reach;
-    for (const unsigned slot : slotsBehind) {
-        gap = std::max(gap, gapsTo[slot]);
+    float gap = gapsTo[0] - sides[block].farthestEnd;
+    for (const unsigned successor : successors) {
+        gap = std::max(gap, gapsTo[successor]);
     }
-    return gap + sides[block].extent;
+    return gap + sides[block].wholeExtent;
 }
 
 }  // namespace korvel

@@ -18,17 +18,17 @@ float along(Point p, unsigned axis) {
     return axis == kX ? p.x : p.y;
 }
 
-// Items whose last body is placed come first; returns how many those are, by number of placed
-// blocks.
-template <typename Items, typename LastBody>
-std::vector<unsigned> sortByPlaced(Items& items, unsigned numBlocks, const LastBody& lastBody) {
+// Sorts items by the body that must be placed for them to count, and returns how many count, by
+// number of placed blocks.
+template <typename Items, typename NeededBody>
+std::vector<unsigned> sortByPlaced(Items& items, unsigned numBlocks, const NeededBody& neededBody) {
     std::stable_sort(items.begin(), items.end(),
-                     [&](const auto& a, const auto& b) { return lastBody(a) < lastBody(b); });
+                     [&](const auto& a, const auto& b) { return neededBody(a) < neededBody(b); });
     std::vector<unsigned> counts;
     for (unsigned placed = 0; placed <= numBlocks; ++placed) {
         counts.push_back(
             static_cast<unsigned>(std::count_if(items.begin(), items.end(), [&](const auto& item) {
-                return lastBody(item) <= placed;
+                return neededBody(item) <= placed;
             })));
     }
     return counts;
@@ -36,26 +36,32 @@ std::vector<unsigned> sortByPlaced(Items& items, unsigned numBlocks, const LastB
 
 }  // namespace
 
-// Outermost pins of a net on one body.
+// The outermost pins of a net on one body, from the body's corner.
 struct LengthNets::Member {
     float low[kAxes][kUnmirroredOrients];
     float high[kAxes][kUnmirroredOrients];
 };
 
-// By body, ascending.
 struct LengthNets::BoxNet {
-    std::map<unsigned, Member> members;
+    std::map<unsigned, Member> members;  // by body
 };
 
 LengthNets::LengthNets(const Netlist& netlist, unsigned numBlocks)
     : bodyNum(numBlocks + 1), netNum(netlist.nets.size()), terminalLengths(numBlocks + 1, 0.0) {
+    const Bodies bodies(netlist, numBlocks);
     std::vector<BoxNet> boxes;
     for (const Net& net : netlist.nets) {
-        addTerminals(net);
-        if (net.getDeclaredDegree() == 2 && net.getNetDegree() == 2) {
-            addPair(net.getPins()[0], net.getPins()[1]);
-        } else if (BoxNet box = boxOf(net); box.members.size() > 1) {
+        addTerminals(net, bodies);
+        if (isPair(net)) {
+            continue;
+        }
+        if (BoxNet box = boxOf(net, bodies); box.members.size() > 1) {
             boxes.push_back(std::move(box));
+        }
+    }
+    for (const PairGroup& pairs : groupPairs(netlist, bodies)) {
+        if (pairs.first != pairs.second) {
+            addPairs(pairs);
         }
     }
     finishPairs();
@@ -64,74 +70,63 @@ LengthNets::LengthNets(const Netlist& netlist, unsigned numBlocks)
     spreadBoxes(boxes);
 }
 
-// Blocks that this pass does not place come last.
-unsigned LengthNets::bodyOf(const Pin& pin) const {
-    if (pin.isTerminal()) {
-        return kTerminals;
-    }
-    const unsigned block = pin.getBlockIndex();
-    return block < bodyNum - 1 ? block + 1 : bodyNum;
-}
-
-void LengthNets::addPair(const Pin* first, const Pin* second) {
-    if (bodyOf(*second) < bodyOf(*first)) {
-        std::swap(first, second);
-    }
-    if (bodyOf(*first) == bodyOf(*second) || bodyOf(*second) == bodyNum) {
-        return;
-    }
-    PairGroup& group = groupOf(bodyOf(*first), bodyOf(*second));
-    for (unsigned f = 0; f < kUnmirroredOrients; ++f) {
-        for (unsigned s = 0; s < kUnmirroredOrients; ++s) {
-            for (const Axis axis : {kX, kY}) {
-                group.pointsByOrients[pointsIndex(axis, f, s)].at.push_back(
-                    double{along(placeOf(*first, f), axis)} -
-                    double{along(placeOf(*second, s), axis)});
+void LengthNets::addPairs(const PairGroup& pairs) {
+    GroupLength& group = groupOf(pairs.first, pairs.second);
+    for (const auto& [first, second] : pairs.joints) {
+        for (unsigned f = 0; f < kUnmirroredOrients; ++f) {
+            for (unsigned s = 0; s < kUnmirroredOrients; ++s) {
+                for (const Axis axis : {kX, kY}) {
+                    group.lengths[lengthIndex(axis, f, s)].breakpoints.push_back(
+                        double{along(placeOf(*first, f), axis)} -
+                        double{along(placeOf(*second, s), axis)});
+                }
             }
         }
     }
 }
 
-LengthNets::PairGroup& LengthNets::groupOf(unsigned first, unsigned second) {
+LengthNets::GroupLength& LengthNets::groupOf(unsigned first, unsigned second) {
     const auto known = std::find_if(
         pairGroups.begin(), pairGroups.end(),
-        [&](const PairGroup& group) { return group.first == first && group.second == second; });
+        [&](const GroupLength& group) { return group.first == first && group.second == second; });
     if (known != pairGroups.end()) {
         return *known;
     }
-    PairGroup& group = pairGroups.emplace_back();
+    GroupLength& group = pairGroups.emplace_back();
     group.first = first;
     group.second = second;
-    group.pointsByOrients.resize(std::size_t{kAxes} * kUnmirroredOrients * kUnmirroredOrients);
+    group.lengths.resize(std::size_t{kAxes} * kUnmirroredOrients * kUnmirroredOrients);
     return group;
 }
 
 void LengthNets::finishPairs() {
-    for (PairGroup& group : pairGroups) {
-        for (PairGroup::Points& points : group.pointsByOrients) {
-            std::sort(points.at.begin(), points.at.end());
-            points.values.push_back(std::accumulate(points.at.begin(), points.at.end(), 0.0));
-            for (const double at : points.at) {
-                points.values.push_back(points.values.back() - at);
-                points.values.push_back(points.values.back() - at);
+    for (GroupLength& group : pairGroups) {
+        for (PairLength& length : group.lengths) {
+            std::vector<double>& breakpoints = length.breakpoints;
+            std::sort(breakpoints.begin(), breakpoints.end());
+            double intercept = std::accumulate(breakpoints.begin(), breakpoints.end(), 0.0);
+            length.intercepts.push_back(intercept);
+            for (const double breakpoint : breakpoints) {
+                length.intercepts.push_back(intercept -= breakpoint);
+                length.intercepts.push_back(intercept -= breakpoint);
             }
         }
     }
-    groupNums =
-        sortByPlaced(pairGroups, bodyNum - 1, [](const PairGroup& group) { return group.second; });
+    groupNums = sortByPlaced(pairGroups, bodyNum - 1,
+                             [](const GroupLength& group) { return group.second; });
     groupsBetween.assign(std::size_t{bodyNum} * bodyNum, kNoGroup);
     for (unsigned g = 0; g < pairGroups.size(); ++g) {
-        const PairGroup& group = pairGroups[g];
+        const GroupLength& group = pairGroups[g];
         groupsBetween[group.first * bodyNum + group.second] = g;
         groupsBetween[group.second * bodyNum + group.first] = g;
     }
 }
 
-LengthNets::BoxNet LengthNets::boxOf(const Net& net) const {
+LengthNets::BoxNet LengthNets::boxOf(const Net& net, const Bodies& bodies) {
     BoxNet box;
     for (const Pin* pin : net.getPins()) {
-        const unsigned body = bodyOf(*pin);
-        if (body == bodyNum) {
+        const unsigned body = bodies.of(*pin);
+        if (body == bodies.neverPlaced()) {
             continue;
         }
         const auto [found, isNew] = box.members.emplace(body, Member{});
@@ -172,8 +167,8 @@ void LengthNets::spreadBoxes(std::vector<BoxNet>& boxes) {
     }
 }
 
-// The net counts with its terminals alone until the first of its blocks is placed.
-void LengthNets::addTerminals(const Net& net) {
+// Until the first of its blocks is placed, a net is as long as its terminals are apart.
+void LengthNets::addTerminals(const Net& net, const Bodies& bodies) {
     constexpr float kMost = std::numeric_limits<float>::max();
     Point low{kMost, kMost};
     Point high{-kMost, -kMost};
@@ -181,7 +176,7 @@ void LengthNets::addTerminals(const Net& net) {
     bool hasTerminal = false;
     for (const Pin* pin : net.getPins()) {
         if (!pin->isTerminal()) {
-            firstBlock = std::min(firstBlock, bodyOf(*pin));
+            firstBlock = std::min(firstBlock, bodies.of(*pin));
             continue;
         }
         hasTerminal = true;

@@ -1,6 +1,8 @@
-// The nets as the bound on their length needs them: for each, the outermost pins of each body that
-// it joins, by orientation. A "body" is a block or all terminals together, which never move. Worked
-// out once per pass, read by all workers.
+// The nets as the bound on their length needs them: where the outermost pins of each net lie on
+// each body, by orientation. Bodies and their numbers: see Bodies.h.
+//
+// Worked out once for all searches with as many blocks, then read by all workers. Lengths are in
+// the unit of the netlist.
 #pragma once
 
 #include <cstdint>
@@ -9,33 +11,29 @@
 
 #include "base/Axis.h"
 #include "base/VertexSet.h"
-#include "classic/netlist/Netlist.h"
+#include "classic/netlist/PairGroups.h"
 
 namespace korvel {
 
 class LengthNets {
 public:
-    // Bodies are numbered from the terminals on; block b is body b + 1, so those of a partial
-    // placement are the first ones.
-    static constexpr unsigned kTerminals = 0;
-
     // For the first numBlocks blocks in their final order.
     LengthNets(const Netlist& netlist, unsigned numBlocks);
 
-    // --- Box nets: those of more than two pins, on two bodies at least ------------------------
+    // --- Box nets: all but the nets of two pins, if they are on two bodies at least -----------
 
     // Those of which two bodies are placed; they are the first ones.
     unsigned boxNum(unsigned placed) const { return boxNums[placed]; }
-    // The terminals, or else the first block.
+    // The one with the smallest number.
     unsigned firstBody(unsigned net) const { return firstBodies[net]; }
-    // Where its pins on the body lie, relative to the body's corner: by net, for its nets only.
+    // Where the outermost pins on the body lie, from its corner: by net, for nets on it only.
     const float* lowest(Axis axis, unsigned body, unsigned orient) const {
         return lows.data() + rowOf(axis, body, orient);
     }
     const float* highest(Axis axis, unsigned body, unsigned orient) const {
         return highs.data() + rowOf(axis, body, orient);
     }
-    // Bits of the nets that a body is on.
+    // The box nets that are on a body, as bits in getWordNum() words.
     const std::uint64_t* netsOn(unsigned body) const {
         return membership.data() + std::size_t{body} * wordNum;
     }
@@ -44,37 +42,41 @@ public:
     }
     unsigned getWordNum() const { return wordNum; }
 
-    // --- Pair groups: the nets of two pins between the same two bodies ------------------------
+    // --- Pair groups (see PairGroups.h) --------------------------------------------------------
 
-    // Their length along an axis is a sum of distances from the displacement (second body minus
-    // first) to fixed points, one for each net.
-    struct PairGroup {
-        unsigned first;
-        unsigned second;  // the larger one
+    // The length of a pair group along an axis, as a function of d, the position of the second body
+    // minus that of the first: the sum of |d - breakpoint| over its n nets. It is convex and
+    // piecewise linear. For every whole slope from -n to n, the line
+    //     slope * d + intercepts[slope + n]
+    // is nowhere above it: nets whose breakpoint the line takes to be below d count with slope 1,
+    // those above with -1; one net in between may count with slope 0.
+    struct PairLength {
+        std::vector<double> breakpoints;  // ascending
+        std::vector<double> intercepts;
+    };
+    struct GroupLength {
+        unsigned first;                   // body
+        unsigned second;                  // body, of a larger number
+        std::vector<PairLength> lengths;  // by axis and orientations
 
-        struct Points {
-            std::vector<double> at;  // ascending
-            // What they add to the sum of distances where the displacement is taken to lie beyond
-            // that many of them, in halves: each pulls it one way or the other, or neither way.
-            std::vector<double> values;
-        };
-        std::vector<Points> pointsByOrients;
-
-        const Points& points(Axis axis, unsigned firstOrient, unsigned secondOrient) const {
-            return pointsByOrients[pointsIndex(axis, firstOrient, secondOrient)];
+        const PairLength& length(Axis axis, unsigned firstOrient, unsigned secondOrient) const {
+            return lengths[lengthIndex(axis, firstOrient, secondOrient)];
         }
-        std::size_t size() const { return pointsByOrients.front().at.size(); }
+        // How many nets.
+        std::size_t size() const { return lengths.front().breakpoints.size(); }
     };
     static constexpr unsigned kNoGroup = ~0U;
 
     // Those of which both bodies are placed.
-    std::span<const PairGroup> groups(unsigned placed) const {
+    std::span<const GroupLength> groups(unsigned placed) const {
         return {pairGroups.data(), groupNums[placed]};
     }
     // Position of the group between two bodies, in either order, or kNoGroup.
     unsigned groupBetween(unsigned a, unsigned b) const { return groupsBetween[a * bodyNum + b]; }
 
-    // Length of the nets whose placed pins are on terminals only.
+    // --- All nets ----------------------------------------------------------------------------
+
+    // Along both axes, of the nets of which only terminals are placed.
     double terminalLength(unsigned placed) const { return terminalLengths[placed]; }
 
     std::size_t getNetNum() const { return netNum; }
@@ -83,7 +85,7 @@ private:
     struct Member;
     struct BoxNet;
 
-    static std::size_t pointsIndex(unsigned axis, unsigned firstOrient, unsigned secondOrient) {
+    static std::size_t lengthIndex(unsigned axis, unsigned firstOrient, unsigned secondOrient) {
         return (std::size_t{axis} * kUnmirroredOrients + firstOrient) * kUnmirroredOrients +
                secondOrient;
     }
@@ -91,23 +93,22 @@ private:
         return ((std::size_t{axis} * bodyNum + body) * kUnmirroredOrients + orient) *
                firstBodies.size();
     }
-    unsigned bodyOf(const Pin& pin) const;
-    PairGroup& groupOf(unsigned first, unsigned second);
-    void addPair(const Pin* first, const Pin* second);
+    GroupLength& groupOf(unsigned first, unsigned second);
+    void addPairs(const PairGroup& pairs);
     void finishPairs();
-    BoxNet boxOf(const Net& net) const;
+    static BoxNet boxOf(const Net& net, const Bodies& bodies);
     void spreadBoxes(std::vector<BoxNet>& boxes);
-    void addTerminals(const Net& net);
+    void addTerminals(const Net& net, const Bodies& bodies);
 
     unsigned bodyNum;
     unsigned wordNum = 1;  // of a set of box nets
     std::size_t netNum;
-    std::vector<PairGroup> pairGroups;
-    std::vector<unsigned> groupsBetween;
-    std::vector<unsigned> firstBodies;  // by box net, as are the rows of these:
-    std::vector<float> lows;
-    std::vector<float> highs;
-    std::vector<std::uint64_t> membership;
+    std::vector<GroupLength> pairGroups;
+    std::vector<unsigned> groupsBetween;    // by first and second body
+    std::vector<unsigned> firstBodies;      // by box net
+    std::vector<float> lows;                // rows by axis, body and orientation; in it by box net
+    std::vector<float> highs;               // likewise
+    std::vector<std::uint64_t> membership;  // by body: bits of box nets
     // By number of placed blocks.
     std::vector<unsigned> groupNums;
     std::vector<unsigned> boxNums;

@@ -43,7 +43,7 @@ inline offsetCalcReturn adviceToStay() {
 
 // Advice of any other net. Feed it the net's placed pins in the net's order: who holds an end
 // depends on that order where pins lie within 0.1 of each other, on purpose. Consecutive pins of
-// the same side may be added as one, by the smallest of each lane: of such a run only the outermost
+// the same side may be added as one, by the smallest of each lane: of such pins only the outermost
 // pin can win or lose an end. Coordinates are assumed not to be negative.
 class NetScan {
 public:

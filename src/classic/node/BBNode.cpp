@@ -170,7 +170,7 @@ void BBNode::placeAndAlign(WorkingPlacement& placement, bool areaConst, Area are
     }
 }
 
-Topology BBNode::findPrepTopology(unsigned a, unsigned b) const {
+std::optional<Topology> BBNode::relationOf(unsigned a, unsigned b) const {
     if (horizontalGraph.getOutcomingEdges(a).contains(b)) {
         return Topology::L;
     }
@@ -182,6 +182,13 @@ Topology BBNode::findPrepTopology(unsigned a, unsigned b) const {
     }
     if (verticalGraph.getIncomingEdges(a).contains(b)) {
         return Topology::A;
+    }
+    return std::nullopt;
+}
+
+Topology BBNode::findPrepTopology(unsigned a, unsigned b) const {
+    if (const std::optional<Topology> relation = relationOf(a, b)) {
+        return *relation;
     }
     std::cout << "ERROR (BBNode::findPrepTopology): cannot find relative positions of two blocks"
               << std::endl;

@@ -1,13 +1,20 @@
 // A node of the search tree: a partial placement of the first blocks of the block order. It holds
 // their orientations and their relations, as edges of two constraint graphs; coordinates are
-// written into a worker's placement when the node is estimated or reported, and the heuristics that
-// slide the blocks toward their nets work on that.
+// written into a worker's placement when the node is estimated or reported, and the alignment
+// slides the blocks toward their nets there.
+//
+// Why alignment: the graphs say how far left and down each block can lie, and its nets would often
+// have it further right or up. First all blocks move together toward the terminals; then, in up to
+// three rounds, each block moves as its nets vote (StepVotes), as far as its neighbours and the
+// area allow. It is a heuristic: a block cannot push others away, and what it ends with depends on
+// the order of the blocks.
 //
 // A node is a value. It is worked on by one thread at a time, which passes its own placement.
 // Copying a node into one that was as large before allocates nothing.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "base/BasicStructs.h"
@@ -35,9 +42,9 @@ public:
     float remaining = 0.0F;  // lower bound on the wirelength still to come
     float width = 0.0F;
     float height = 0.0F;
-    // Nodes of the same family differ in the relations of the newest block only.
+    // Nodes of the same family differ in the relations of their newest block only.
     std::uint64_t family = 0;
-    float share = 1.0F;  // of the search tree, which siblings divide equally
+    float treeFraction = 1.0F;  // of the search tree, which siblings divide equally
 
     // Adds the next block of the order, without relations. A mirrored orientation is reported and
     // ends the process with status 0.
@@ -88,8 +95,11 @@ public:
     void placeAndAlign(WorkingPlacement& placement, bool areaConst, Area area) const;
 
     Orient findPrepOrient(unsigned block) const { return blocksOrients[block]; }
-    // Where block a lies relative to b; a horizontal relation wins over a vertical one. A pair
-    // without a relation is reported and ends the process with status 0.
+    // Where block a lies relative to b, if they have a relation; a horizontal one wins over a
+    // vertical one.
+    std::optional<Topology> relationOf(unsigned a, unsigned b) const;
+    // The same for a pair that must have one: else it is reported and ends the process with status
+    // 0.
     Topology findPrepTopology(unsigned a, unsigned b) const;
 
     // Reads the netlist's blocks, so bring them up to date first.
@@ -107,7 +117,7 @@ private:
         const bool aFirst = topology == Topology::L || topology == Topology::B;
         return aFirst ? Edge{axis, a, b} : Edge{axis, b, a};
     }
-    // More than the rounding of the additions along a path, of a thousand blocks even, can come to.
+    // Larger than the error that rounding can add up to along a path of a thousand blocks.
     static constexpr float kBeyondRounding = 1.0001F;
 
     const ConsraintGraphList& graph(Axis axis) const {

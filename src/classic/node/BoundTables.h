@@ -3,6 +3,12 @@
 // benchmark's unit. Filled by the engine's pre-calculation, then read by all workers without locks.
 //
 // They are bounds by tuning, not by proof: nets that will reach further blocks are discounted.
+//
+// A pair has 64 distances: 4 x 4 orientations in four relative positions. Two facts leave 16 to be
+// found by trials. Turning a whole arrangement does not change its wirelength: "a left of b" turned
+// by a quarter clockwise is "a above b", with both blocks turned as well; by half it is "b left of
+// a", by three quarters "b above a". So a trial fills four cells. And "a right of b" says the same
+// as "b left of a", so two tables, for left and above, answer for all four positions.
 #pragma once
 
 #include <array>
@@ -19,9 +25,7 @@ public:
     // Sizes the pair tables for n blocks, all 0, and empties the rest but the terminal distances.
     void resize(unsigned n);
 
-    // One trial of a, in oa, left of b, in ob, fills the four cells that describe the same
-    // arrangement turned by 0, 90, 180 and 270 degrees: wirelength does not change when the whole
-    // is turned.
+    // Enters the result of a trial with a, in oa, immediately left of b, in ob.
     void updateMinDistances(unsigned a, unsigned b, Orient oa, Orient ob, float distance);
 
     // Least distance of a, lying at `topology` relative to b. Another value than left, right, above

@@ -13,12 +13,13 @@
 
 namespace korvel {
 
-// Relations are bits: per vertex its successors, its predecessors and all that it reaches, itself
-// as well. An edge closes a cycle exactly when its head reaches its tail, which is one test, and
-// moves only vertices after its head, so coordinates are brought up to date from the new edges
-// alone. They are the same to the bit as those of a fresh longest-path computation, since float
-// addition and maximum are monotone: both give the least coordinates that satisfy all edges. The
-// longest paths behind each vertex are kept as well, so that an edge can be judged before it is
+// Why it is kept up to date instead of being computed anew: a node of the search has one edge or
+// one vertex more than its parent. Relations are bits: per vertex its successors, its predecessors
+// and all that it reaches, itself as well. An edge from a to b closes a cycle exactly when b
+// reaches a, which is one test. It moves only b and what b reaches, so coordinates are updated from
+// the new edges alone. They have the same bits as those of a fresh longest-path computation, since
+// float addition and maximum are monotone: both give the least coordinates that satisfy all edges.
+// The longest path from each vertex on is kept as well, so that an edge can be judged before it is
 // added.
 //
 // Copying a graph into one that was as large before allocates nothing. One thread at a time.
@@ -36,9 +37,9 @@ public:
     bool closesCycle(unsigned int from, unsigned int to) const {
         return reached(to).contains(from);
     }
-    // What the length cannot fall below with that edge, which closes no cycle; but for rounding,
-    // since it is not added up in the order of the path. 0 where a weight is negative: then a path
-    // may be longer than all that it leads to. For a graph with its coordinates found.
+    // Length of the longest path through that edge, were it added, but for rounding; it must close
+    // no cycle. 0 if any weight is negative, since the graph may then be shorter than its longest
+    // path. For a graph with its coordinates found.
     float lengthThrough(unsigned int from, unsigned int to) const {
         return hasNegative ? 0.0F : spans[from].coord + spans[from].weight + spans[to].tail;
     }

@@ -9,6 +9,7 @@
 
 #include <vector>
 
+#include "classic/netlist/BoundingBox.h"
 #include "classic/netlist/NetAdvice.h"
 #include "classic/netlist/Pin.h"
 
@@ -53,8 +54,7 @@ private:
     // Both pins of a two-pin net are placed: its box is found without a scan.
     bool isPlacedPair() const { return placedPinsNum == 2 && netDegree == 2 && pins.size() >= 2; }
     float pairLength() const;
-    void checkCounts() const;
-    void unplacePinsUnlessUntouched();
+    BoundingBox placedBox() const;
 
     unsigned nIndex = 0;
     unsigned netDegree = 0;

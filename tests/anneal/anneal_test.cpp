@@ -6,6 +6,7 @@
 
 #include "anneal/Annealer.h"
 #include "anneal/LevelAnnealer.h"
+#include "anneal/OrderedResults.h"
 #include "exact/ExactCoordinates.h"
 #include "support/random_designs.h"
 
@@ -141,6 +142,24 @@ TEST(Annealer, MovesAreDividedAmongRestarts) {
     }
 }
 
+// Whichever ends first; a restart may have found nothing, or never have begun.
+TEST(OrderedResults, AreOfferedByTheNumberOfTheirRestart) {
+    std::vector<double> offered;
+    OrderedResults results([&](const Placement& one) { offered.push_back(one[0].at.x); });
+    const auto numbered = [](double number) { return Placement{{{number, 0}}}; };
+    results.add(3, numbered(3));
+    results.add(1, std::nullopt);
+    results.add(2, numbered(2));
+    EXPECT_TRUE(offered.empty());
+    results.add(0, numbered(0));
+    EXPECT_EQ(offered, (std::vector<double>{0, 2, 3}));
+    results.add(6, numbered(6));
+    results.add(5, numbered(5));
+    EXPECT_EQ(offered.size(), 3U);
+    results.offerRest();
+    EXPECT_EQ(offered, (std::vector<double>{0, 2, 3, 5, 6}));
+}
+
 TEST(Annealer, OneDieWithoutNetsIsPlaced) {
     Design design;
     design.dies.push_back({"long", {9, 2}});
@@ -204,10 +223,10 @@ TEST(LevelAnnealer, TellsOfShorterLegalPlacements) {
         annealer.reportBest();
         EXPECT_EQ(told.size(), toldNum) << "told once";
         ASSERT_FALSE(told.empty());
-        const std::vector<StartLayout> outcomes = annealer.outcomes();
+        const std::vector<Layout::Snapshot> outcomes = annealer.outcomes();
         ASSERT_GT(outcomes.size(), 5U);
         double before = 0.0;
-        for (const StartLayout& outcome : outcomes) {
+        for (const Layout::Snapshot& outcome : outcomes) {
             const double length = wirelength(design, outcome.placement);
             EXPECT_TRUE(isLegal(design, region, outcome.placement, kSlack));
             EXPECT_GE(length, before - 1e-9);

@@ -236,5 +236,35 @@ TEST(LevelAnnealer, TellsOfShorterLegalPlacements) {
     }
 }
 
+// In a row there is one way to say how the dies of a placement lie, so its best coordinates are
+// known. Sliding one die at a time does not reach them.
+TEST(LevelAnnealer, TellsOfExactCoordinatesAlone) {
+    constexpr unsigned kDies = 6;
+    const Region row{40, 4};
+    Layout::Snapshot start{SequencePair(kDies), Placement(kDies)};
+    for (unsigned die = 0; die < kDies; ++die) {
+        start.placement[die].at.x = 6.0 * die;
+    }
+    for (unsigned seed = 1; seed <= 5; ++seed) {
+        const Design design = RandomDesigns(seed).make({kDies, 4, 60, 4, 4, 36, 1.0});
+        const PreparedDesign prepared(design, row);
+        int told = 0;
+        const auto expectExact = [&](const Placement& found) {
+            std::vector<Orient> orients;
+            for (const PlacedDie& die : found) {
+                orients.push_back(die.orient);
+            }
+            const auto exact = exactCoordinates(design, row, Relations::of(design, found), orients);
+            ASSERT_TRUE(exact);
+            EXPECT_NEAR(wirelength(design, found), wirelength(design, *exact), 1e-9);
+            ++told;
+        };
+        LevelAnnealer annealer(prepared, RandomStream(seed, 1), CoolingSchedule::Kind::SingleStart,
+                               expectExact, {start});
+        annealer.reportBest();
+        EXPECT_EQ(told, 1);
+    }
+}
+
 }  // namespace
 }  // namespace korvel

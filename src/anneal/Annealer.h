@@ -11,15 +11,15 @@
 //                     begins with a start (a random layout, or one from the coarse level) or heats
 //                     the best layout up again
 //   MoveGenerator     makes one random change of the layout: a move (GroupMoves, MoveProbabilities)
-//   Layout            orders, orientations and coordinates; arranges and measures what was changed
-//                     (AxisLayout, Packing, NetCosts), keeps or undoes it
+//   Layout            orders, orientations and coordinates; arranges what was changed (Packing),
+//                     measures it (NetCosts), keeps or undoes it
 //   Acceptance        decides which of the two
 //
 // The threads of a call share, and nothing else:
 //   the design, the region, the options, and what is prepared of them: never changed
 //   the incumbent, which has a lock of its own, and the token to stop
 //   AnnealProgress: atomic counters; readers may see one before the other
-//   with a number of moves, results that wait for earlier restarts (OrderedResults, Annealer.cpp),
+//   with a number of moves, results that wait for earlier restarts (OrderedResults),
 //   under a lock during which the incumbent's is taken, never the other way round
 #pragma once
 

@@ -9,7 +9,8 @@ namespace korvel {
 
 namespace {
 
-// Of the savings to hope for, so much is forgotten by a move: they last some thousand moves.
+// The estimate of what sliding may save fades by this part with every move: it looks back some
+// thousand moves.
 constexpr double kFading = 1e-3;
 
 // The penalty, in parts of the scale.

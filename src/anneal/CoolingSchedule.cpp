@@ -106,8 +106,8 @@ bool CoolingSchedule::isLonger(unsigned step, double times) const {
     return lengths[step] > times * settled * notes[step];
 }
 
-// Where the last step begins of those that are longer, in a row from the second one on; 0 if that
-// one is not.
+// From the second step on, steps are passed as long as they are longer; where the last of these
+// begins, or 0 if there is none.
 double CoolingSchedule::lastBefore(double times) const {
     unsigned step = 0;
     while (step + 1 < kSteps && isLonger(step + 1, times)) {

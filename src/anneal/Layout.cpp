@@ -86,7 +86,8 @@ bool Layout::arrange(RandomStream& random, Limits limits) {
         measureMoved(axis);
     }
     const double pushed = length();
-    // 3. Slide, unless that is sure to be in vain; while dies overlap the end, there is no room to.
+    // 3. Slide, unless that is sure to be in vain. A layout that is longer than the region has no
+    // room to.
     if (overflow() <= 0.0) {
         if (pushed > limits.pushedLength) {
             return false;

@@ -58,7 +58,7 @@ BoundingBox Net::placedBox() const {
 }
 
 float Net::calcCompleteHPWL() {
-    checkPlacedNum(netDegree, placedPinsNum);
+    checkPlacedNum(declaredDegree, placedPinsNum);
     KORVEL_INVARIANT(placedPinsNum >= termNum, "placedPinsNum >= termNum");
     float length = 0.0F;
     if (isPlacedPair()) {
@@ -71,13 +71,13 @@ float Net::calcCompleteHPWL() {
 }
 
 float Net::calcTermFCHPWL(float factor) {
-    checkPlacedNum(netDegree, placedPinsNum);
+    checkPlacedNum(declaredDegree, placedPinsNum);
     float length = 0.0F;
     if (isPlacedPair()) {
         length = pairLength();
     } else if (placedPinsNum >= 2) {
         length = placedBox().widthPlusHeight();
-        if (netDegree > placedPinsNum) {
+        if (declaredDegree > placedPinsNum) {
             length = std::fabs(factor) < 0.001 ? 0.0F : length * factor;
         }
     }

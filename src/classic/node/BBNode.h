@@ -38,7 +38,7 @@ public:
     unsigned blockLevel = 0;    // branching decisions taken from the root
     unsigned definedNodes = 0;  // relations fixed between the newest block and the earlier ones
     float wirelength = 0.0F;
-    float remaining = 0.0F;  // lower bound on the wirelength still to come
+    float remaining = 0.0F;  // estimate of the wirelength still to come
     float width = 0.0F;
     float height = 0.0F;
     float treeFraction = 1.0F;  // of the search tree, which siblings divide equally

@@ -1,6 +1,7 @@
 // Proofs of optimality, against plain enumeration; bounds, against placements that they must not
 // exceed.
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <functional>
@@ -177,8 +178,58 @@ INSTANTIATE_TEST_SUITE_P(
                     BoundCase{"terminalsOnly", {3, 6, 8, 2, 4, 20, 1.0}, 9, 9, 800},
                     BoundCase{"fractions", {4, 2, 9, 4, 7, 12, 0.3}, 6.3, 6.6, 800},
                     BoundCase{"manyNets", {3, 2, 200, 3, 16, 20, 0.25}, 9, 9, 100},
-                    BoundCase{"sixDies", {6, 3, 20, 4, 3, 12, 1.0}, 17, 16, 800}),
+                    BoundCase{"sixDies", {6, 3, 20, 4, 3, 12, 1.0}, 17, 16, 800},
+                    // Here bounds are lengths from the beginning, but for rounding.
+                    BoundCase{"noRoomToMove", {1, 3, 8, 4, 1, 30, 0.3}, 0.3, 0.3, 800}),
     [](const auto& one) { return one.param.name; });
+
+// Two dies and the ground, with nets of all kinds and a gap, all in whole numbers, so that trying
+// whole positions finds the least length. A coarse nearness ends the descent early; the result
+// allows for that.
+TEST(AxisOptimum, NoPositionsGoBelowItHoweverCoarse) {
+    RandomDesigns random(43);
+    AxisOptimum optimum;
+    for (int round = 0; round < 100; ++round) {
+        const auto anywhere = [&] { return static_cast<double>(random.number(-9, 9)); };
+        std::vector<PiecewiseLinear> costs;
+        std::vector<PinRange> ranges;
+        for (int i = 0; i < 3; ++i) {
+            std::vector<PiecewiseLinear::Jump> jumps;
+            for (int jump = 0; jump < 6; ++jump) {
+                jumps.push_back({anywhere(), 1.0});
+            }
+            costs.emplace_back(100.0, -3.0, jumps);
+            const double low = anywhere();
+            ranges.push_back({low, low + random.number(0, 5)});
+        }
+        const double gap = anywhere();
+        double least = kInfinity;
+        for (double a = -40; a <= 40; ++a) {
+            for (double b = a + gap; b <= 40; ++b) {
+                const double low = std::min({ranges[0].low + a, ranges[1].low + b, ranges[2].low});
+                const double high =
+                    std::max({ranges[0].high + a, ranges[1].high + b, ranges[2].high});
+                least = std::min(least, costs[0].value(b - a) + costs[1].value(a) +
+                                            costs[2].value(b) + 2.0 * (high - low));
+            }
+        }
+        for (const double nearness : {1e-9, 0.5, 1.5, 4.0}) {
+            optimum.begin(3, nearness);
+            optimum.addBundle(0, 1, costs[0]);
+            optimum.addBundle(2, 0, costs[1]);
+            optimum.addBundle(2, 1, costs[2]);
+            optimum.addGap(0, 1, gap);
+            optimum.beginWideNet(2.0);
+            for (unsigned body = 0; body < 3; ++body) {
+                optimum.addPins(body, ranges[body]);
+            }
+            std::array positions{anywhere(), anywhere()};
+            const double found = optimum.minimise(positions.data());
+            EXPECT_LE(found, least) << nearness << " in round " << round;
+            EXPECT_TRUE(nearness > 0.1 || found > least - 1e-6) << "round " << round;
+        }
+    }
+}
 
 // --- Proofs ----------------------------------------------------------------------------------
 
@@ -406,6 +457,31 @@ TEST(Symmetry, NeitherTerminalsNorSidesThatDifferAreTurned) {
     design.terminals = {{"t", {4, 0}}};
     design.nets.push_back({{{1, {0, 0}}, {2, {}}}});
     EXPECT_EQ(imageNum({9, 9}), 1U);
+}
+
+// Two dies with nets of their own to the same terminals, by pairs or with a third die on each, can
+// be exchanged. They cannot when a terminal of one of them is moved, be it the lower or the upper
+// end of its net along either axis.
+TEST(Symmetry, TwinsAreWantedAtTheSamePlaces) {
+    const std::vector<unsigned> order{0, 1, 2};
+    const auto imageNum = [&](unsigned pinsOnThird, Spot low, Spot high) {
+        Design design;
+        design.dies = {{"a", {3, 2}}, {"b", {3, 2}}, {"third", {2, 1}}};
+        design.terminals = {{"low", {0, 0}}, {"high", {5, 4}}, {"l", low}, {"h", high}};
+        for (const unsigned die : {0U, 1U}) {
+            Design::Net net{{{die, {1, 0}}, {3 + 2 * die, {}}, {4 + 2 * die, {}}}};
+            net.pins.insert(net.pins.end(), pinsOnThird, {2, {0, 1}});
+            design.nets.push_back(net);
+        }
+        return Symmetry(ProofModel(design, NetModel(design), {9, 9}), order).getImageNum();
+    };
+    for (const unsigned pinsOnThird : {0U, 1U}) {
+        EXPECT_EQ(imageNum(pinsOnThird, {0, 0}, {5, 4}), 2U);
+        for (const Spot moved : {Spot{1, 0}, Spot{0, 1}}) {
+            EXPECT_EQ(imageNum(pinsOnThird, moved, {5, 4}), 1U);
+            EXPECT_EQ(imageNum(pinsOnThird, {0, 0}, {5 + moved.x, 4 + moved.y}), 1U);
+        }
+    }
 }
 
 TEST(Symmetry, TurnsThatLookTheSameAreTriedOnce) {

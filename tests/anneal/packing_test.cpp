@@ -13,12 +13,12 @@ TEST(Packing, ChainsMayFillTheSideUpToRounding) {
     for (unsigned dieNum = 1; dieNum <= 60; ++dieNum) {
         SCOPED_TRACE(dieNum);
         const SequencePair inARow(dieNum);
+        Design design;
+        design.dies.assign(dieNum, {"die", {0.1, 0.1}});
         for (const auto sweep : {Packing::Sweep::FromLow, Packing::Sweep::FromHigh}) {
             const auto overflowIn = [&](double side) {
-                Packing packing(kX, dieNum, side);
-                for (unsigned die = 0; die < dieNum; ++die) {
-                    packing.setSize(die, 0.1);
-                }
+                const DieLimits limits(design, {side, 1.0});
+                Packing packing(limits, kX);
                 packing.findLimits(inARow, sweep);
                 return packing.overflow();
             };

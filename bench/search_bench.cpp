@@ -47,7 +47,7 @@ struct SearchedEngine : Engine {
 struct Search {
     explicit Search(const Design& design) : engine(design), area(design.area) {}
 
-    SearchWorker makeWorker() const { return {tables, placer.getTables(), levelCount}; }
+    SearchWorker makeWorker() const { return {tables, levelCount}; }
     // Inside the area and without a cycle, with all relations of its newest block.
     bool isPlaceable(BBNode& node) const {
         return node.numBlocks > 1 && node.isBlockComplete() && node.sortGraphs() &&

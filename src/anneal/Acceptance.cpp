@@ -9,14 +9,14 @@ namespace korvel {
 
 namespace {
 
-// Of the savings to hope for, so much is forgotten by a move: they last some thousand moves.
+// The estimate of what sliding may save fades by this part with every move: it looks back some
+// thousand moves.
 constexpr double kFading = 1e-3;
 
 // The penalty, in parts of the scale.
 constexpr double kLeastPenalty = 0.05;
 constexpr double kMostPenalty = 100.0;
-// By which it is multiplied each time. It rises and falls alike, so that layouts are illegal half
-// of the time, until the last fifth of a cooling, which is to end with legal ones.
+// It rises and falls alike, until the last part of a cooling, which is to end with legal layouts.
 constexpr double kTighter = 1.02;
 constexpr double kEasier = 0.98;
 constexpr double kHardlyEasier = 0.9995;
@@ -36,7 +36,8 @@ void Acceptance::replace(const Layout& layout) {
     keptOverflow = 0.0;
 }
 
-void Acceptance::limitPenalty() {
+void Acceptance::reheat(const Layout& layout) {
+    replace(layout);
     penalty = std::min(penalty, scale());
 }
 
@@ -51,12 +52,12 @@ Layout::Limits Acceptance::limits(double threshold, bool slidesAnyway) const {
 }
 
 double Acceptance::costOf(const Layout& arranged) {
-    const double length = arranged.length();
-    const double overflow = arranged.overflow();
-    if (overflow > keptOverflow) {
-        overflowSaving = std::max(overflowSaving, keptLength - length);
+    const double longer = arranged.length() - keptLength;
+    const double wider = arranged.overflow() - keptOverflow;
+    if (wider > 0.0) {
+        overflowSaving = std::max(overflowSaving, -longer);
     }
-    return length - keptLength + penalty * (overflow - keptOverflow);
+    return longer + penalty * wider;
 }
 
 void Acceptance::accept(const Layout& arranged) {

@@ -1,7 +1,7 @@
 // Decides which moves are kept: those that cost at most a random threshold more, which depends on
 // the temperature. The cost of a layout is its wirelength and a penalty for what does not fit into
-// the region. Illegal layouts are short cuts between legal ones, so the penalty adapts until some
-// of the layouts are illegal, but not all.
+// the region. Illegal layouts are short cuts between legal ones, so the penalty adapts until half
+// of the layouts are illegal; towards the end of a cooling fewer.
 //
 // To draw the threshold before a move is measured is the usual rule of N. Metropolis and others
 // ("Equation of state calculations by fast computing machines", 1953), and lets most moves be
@@ -21,8 +21,8 @@ public:
     void restart(const Layout& layout);
     // Goes on from that layout, which is legal.
     void replace(const Layout& layout);
-    // So that what is learnt at the end of a cooling does not hold up the next one.
-    void limitPenalty();
+    // The same in another cooling, which a high penalty at the end of the last one would hold up.
+    void reheat(const Layout& layout);
     void setTemperature(double to) { temperature = to; }
 
     // How much more the next move may cost.

@@ -2,14 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <map>
-#include <memory>
-#include <mutex>
 #include <thread>
-#include <utility>
-#include <vector>
 
+#include "anneal/OrderedResults.h"
 #include "anneal/Restart.h"
 
 namespace korvel {
@@ -17,8 +12,6 @@ namespace korvel {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr const char* kFinder = "annealing";
 
 // Moves between looks at the clock and at the stop.
 constexpr unsigned kStride = 64;
@@ -40,56 +33,22 @@ constexpr double kFirstRestart = 0.06;
 // Without a deadline, how much longer than the one before a restart is.
 constexpr double kStretch = 1.5;
 
-// Offers what restarts found in the order of their numbers, whichever ends first.
-class OrderedResults {
-public:
-    explicit OrderedResults(Incumbent& incumbent) : incumbent(incumbent) {}
-
-    // What the restart found, if anything. Any thread.
-    void add(std::uint64_t restart, std::optional<Placement> result) {
-        const std::lock_guard lock(mutex);
-        waiting.emplace(restart, std::move(result));
-        for (; !waiting.empty() && waiting.begin()->first == next; ++next) {
-            offerFirst();
-        }
-    }
-
-    // When no restart runs any more: after a stop, some before the waiting ones never began.
-    void offerRest() {
-        const std::lock_guard lock(mutex);
-        while (!waiting.empty()) {
-            offerFirst();
-        }
-    }
-
-private:
-    void offerFirst() {
-        if (const auto& first = waiting.begin()->second) {
-            incumbent.offer(*first, kFinder);
-        }
-        waiting.erase(waiting.begin());
-    }
-
-    Incumbent& incumbent;
-    std::mutex mutex;
-    std::map<std::uint64_t, std::optional<Placement>> waiting;  // mutex; by restart
-    std::uint64_t next = 0;                                     // mutex; restart to be offered
-};
-
 // One call of anneal. Thread `t` of `n` makes the restarts t, t + n, t + 2 n and so on.
 class Annealer {
 public:
     Annealer(const Design& design, Region region, const AnnealOptions& options,
              Incumbent& incumbent, std::stop_token stop, AnnealProgress& progress)
         : options(options),
-          incumbent(incumbent),
+          offer([&](const Placement& placement) { incumbent.offer(placement, "annealing"); }),
           stop(std::move(stop)),
           progress(progress),
           threads(std::max(1U, options.threads)),
-          dieNum(design.dies.size()),
+          hasFewDies(design.dies.size() <= kFewDies),
+          usualMoves((hasFewDies ? kMovesIfFewDies : kMovesPerDieAndDie) * design.dies.size() *
+                     design.dies.size()),
           whole(design, region),
-          coarse(hasFewDies() ? nullptr : CoarseLevel::of(whole)),
-          results(incumbent) {}
+          coarse(hasFewDies ? nullptr : CoarseLevel::of(whole)),
+          results(offer) {}
 
     void run();
 
@@ -101,31 +60,23 @@ private:
     void workThroughMoves(unsigned thread);
     void workUntilDeadline(unsigned thread);
     void workUntilStopped(unsigned thread);
-    std::uint64_t restart(std::uint64_t number, double expectedMoves, const Pace& pace,
+    std::uint64_t restart(std::uint64_t number, double partOfUsual, const Pace& pace,
                           const LevelAnnealer::Notice& notice);
-    LevelAnnealer::Notice offering() {
-        return [this](const Placement& placement) { incumbent.offer(placement, kFinder); };
-    }
 
     bool isOver() const {
         return stop.stop_requested() || (options.deadline && Clock::now() >= *options.deadline);
     }
-    CoolingSchedule::Kind scheduleFor(double partOfUsual) const {
-        return partOfUsual < kSingleStartBelow ? CoolingSchedule::Kind::SingleStart
-               : hasFewDies()                  ? CoolingSchedule::Kind::FewDies
-                                               : CoolingSchedule::Kind::Usual;
-    }
-    bool hasFewDies() const { return dieNum <= kFewDies; }
-    std::uint64_t usualMoves() const {
-        return (hasFewDies() ? kMovesIfFewDies : kMovesPerDieAndDie) * dieNum * dieNum;
+    static Pace paceOver(double length) {
+        return [length](std::uint64_t moves) { return static_cast<double>(moves) / length; };
     }
 
     const AnnealOptions& options;
-    Incumbent& incumbent;
+    const LevelAnnealer::Notice offer;
     const std::stop_token stop;
     AnnealProgress& progress;
     const unsigned threads;
-    const std::size_t dieNum;
+    const bool hasFewDies;
+    const std::uint64_t usualMoves;  // of a restart
     const PreparedDesign whole;
     const std::unique_ptr<const CoarseLevel> coarse;  // null if it is not worth it
     OrderedResults results;                           // with a number of moves
@@ -155,17 +106,13 @@ void Annealer::work(unsigned thread) {
 // Equal restarts, as many on every thread.
 void Annealer::workThroughMoves(unsigned thread) {
     const std::uint64_t rounds =
-        std::max<std::uint64_t>(1, options.iterations / (usualMoves() * threads));
-    const std::uint64_t length = options.iterations / (rounds * threads) + 1;
+        std::max<std::uint64_t>(1, options.iterations / (usualMoves * threads));
+    const auto length = static_cast<double>(options.iterations / (rounds * threads) + 1);
     for (std::uint64_t round = 0; round < rounds && !isOver(); ++round) {
         const std::uint64_t number = round * threads + thread;
         std::optional<Placement> result;
-        restart(
-            number, static_cast<double>(length),
-            [length](std::uint64_t moves) {
-                return static_cast<double>(moves) / static_cast<double>(length);
-            },
-            [&result](const Placement& placement) { result = placement; });
+        restart(number, length / static_cast<double>(usualMoves), paceOver(length),
+                [&result](const Placement& placement) { result = placement; });
         results.add(number, std::move(result));
     }
 }
@@ -173,42 +120,43 @@ void Annealer::workThroughMoves(unsigned thread) {
 // A short restart, so that there is something early; its speed tells how many more are worth it.
 void Annealer::workUntilDeadline(unsigned thread) {
     double part = kFirstRestart;  // of the time that is left
-    double expectedMoves = 0.0;
+    double partOfUsual = 0.0;
     for (std::uint64_t number = thread; !isOver(); number += threads) {
         const auto begin = Clock::now();
         const std::chrono::duration<double> length = (*options.deadline - begin) * part;
         const std::uint64_t moves = restart(
-            number, expectedMoves,
-            [begin, length](std::uint64_t) { return (Clock::now() - begin) / length; }, offering());
+            number, partOfUsual,
+            [begin, length](std::uint64_t) { return (Clock::now() - begin) / length; }, offer);
         const std::chrono::duration<double> took = Clock::now() - begin;
         const std::chrono::duration<double> left = *options.deadline - Clock::now();
         const auto usual =
-            took * (static_cast<double>(usualMoves()) / static_cast<double>(moves + 1));
+            took * (static_cast<double>(usualMoves) / static_cast<double>(moves + 1));
         part = 1.0 / std::max(1.0, std::round(left / usual));
-        expectedMoves = left / usual * part * static_cast<double>(usualMoves());
+        partOfUsual = left / usual * part;
     }
 }
 
 // The longer it lasts, the longer are the restarts.
 void Annealer::workUntilStopped(unsigned thread) {
-    double length = kFirstRestart * static_cast<double>(usualMoves());
+    double partOfUsual = kFirstRestart;
     for (std::uint64_t number = thread; !isOver(); number += threads) {
-        restart(
-            number, number < threads ? 0.0 : length,
-            [length](std::uint64_t moves) { return static_cast<double>(moves) / length; },
-            offering());
-        length *= kStretch;
+        restart(number, number < threads ? 0.0 : partOfUsual,
+                paceOver(partOfUsual * static_cast<double>(usualMoves)), offer);
+        partOfUsual *= kStretch;
     }
 }
 
-// The expected number of moves decides on the schedule and the level to begin on; 0 is for a
-// restart that is to find something soon. Returns the number of moves.
-std::uint64_t Annealer::restart(std::uint64_t number, double expectedMoves, const Pace& pace,
+// How much of its usual moves the restart is expected to make decides on the schedule and the level
+// to begin on; 0 is for one that is to find something soon. Returns the number of moves.
+std::uint64_t Annealer::restart(std::uint64_t number, double partOfUsual, const Pace& pace,
                                 const LevelAnnealer::Notice& notice) {
     progress.restarts.fetch_add(1, std::memory_order_relaxed);
-    const double part = expectedMoves / static_cast<double>(usualMoves());
-    Restart restart(whole, part < kCoarseLevelFrom ? nullptr : coarse.get(), {options.seed, number},
-                    scheduleFor(part), notice);
+    using Kind = CoolingSchedule::Kind;
+    const Kind kind = partOfUsual < kSingleStartBelow ? Kind::SingleStart
+                      : hasFewDies                    ? Kind::FewDies
+                                                      : Kind::Usual;
+    Restart restart(whole, partOfUsual < kCoarseLevelFrom ? nullptr : coarse.get(),
+                    {options.seed, number}, kind, notice);
     std::uint64_t moves = 0;
     while (!isOver()) {
         const double done = pace(moves);

@@ -11,15 +11,15 @@
 //                     begins with a start (a random layout, or one from the coarse level) or heats
 //                     the best layout up again
 //   MoveGenerator     makes one random change of the layout: a move (GroupMoves, MoveProbabilities)
-//   Layout            orders, orientations and coordinates; arranges and measures what was changed
-//                     (AxisLayout, Packing, NetCosts), keeps or undoes it
+//   Layout            orders, orientations and coordinates; arranges what was changed (Packing),
+//                     measures it (NetCosts), keeps or undoes it
 //   Acceptance        decides which of the two
 //
 // The threads of a call share, and nothing else:
 //   the design, the region, the options, and what is prepared of them: never changed
 //   the incumbent, which has a lock of its own, and the token to stop
 //   AnnealProgress: atomic counters; readers may see one before the other
-//   with a number of moves, results that wait for earlier restarts (OrderedResults, Annealer.cpp),
+//   with a number of moves, results that wait for earlier restarts (OrderedResults),
 //   under a lock during which the incumbent's is taken, never the other way round
 #pragma once
 
@@ -53,9 +53,10 @@ struct AnnealProgress {
 // Anneals until the moves are made, the deadline is reached or a stop is asked for, and offers what
 // it finds: legal placements with exact coordinates. Without a number of moves they are offered as
 // soon as they are found; with one, when all earlier restarts have ended, so that of two equal
-// results the same one is always first. Obeys a stop within some moves and at most one exact
-// program, which takes milliseconds for a hundred dies. Returns with nothing offered if no legal
-// placement was found. The design must have a die.
+// results the same one is always first. A stop is looked for every 64 moves; then the best layout
+// gets exact coordinates, and a restart on its coarse level makes some thousand moves more, which
+// mend the layout of the whole design: tens of milliseconds for a hundred dies. Returns with nothing
+// offered if no legal placement was found. The design must have a die.
 void anneal(const Design& design, Region region, const AnnealOptions& options, Incumbent& incumbent,
             std::stop_token stop, AnnealProgress& progress);
 

@@ -114,8 +114,9 @@ bool Coarsening::isWorthwhile() const {
 
 // At first around its host a satellite is on one of the four sides in turn, its centre on the
 // host's.
-StartLayout Coarsening::expand(const StartLayout& start) const {
-    StartLayout whole{SequencePair(static_cast<unsigned>(sizes.size())), Placement(sizes.size())};
+Layout::Snapshot Coarsening::expand(const Layout::Snapshot& start) const {
+    Layout::Snapshot whole{SequencePair(static_cast<unsigned>(sizes.size())),
+                           Placement(sizes.size())};
     for (const auto which : SequencePair::kBoth) {
         unsigned rank = 0;
         const auto putSatellites = [&](const Host& host, bool areBefore) {

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "anneal/StartLayout.h"
+#include "anneal/Layout.h"
 #include "nets/NetModel.h"
 
 namespace korvel {
@@ -22,7 +22,7 @@ public:
     const Design& coarse() const { return smaller; }
     // A layout of the coarse design as a start for the whole one: the dies left out are around
     // those that they hang on in both orders, and lie in their middle.
-    StartLayout expand(const StartLayout& start) const;
+    Layout::Snapshot expand(const Layout::Snapshot& start) const;
 
 private:
     struct Host {

@@ -8,19 +8,13 @@ namespace korvel {
 namespace {
 
 constexpr double kHottest = 0.3;
-// Where few dies stop.
-constexpr double kWarm = 1e-2;
 
-// In final lengths of the first cooling. Starts that are good on the whole are to stay so.
-constexpr double kExpandedLength = 1.15;
-// Where layouts are nearly as short as in the end, nothing happens any more.
+// In final lengths of the first cooling. Where layouts are nearly as short as in the end, nothing
+// happens any more.
 constexpr double kSettledLength = 1.01;
 // Where random layouts are no longer than that, arrangements differ little, and few slow starts are
 // worth more than many.
 constexpr double kSmoothLength = 2.0;
-constexpr unsigned kSmoothStarts = 3;
-constexpr unsigned kSmoothReheats = 2;
-constexpr double kSmoothStartsPhase = 0.6;
 
 // Of the range of temperatures, what a cooling goes through at least.
 constexpr double kLeastSpan = 0.2;
@@ -36,7 +30,7 @@ CoolingSchedule::Shape CoolingSchedule::shapeOf(Kind kind) {
             return {.starts = 2,
                     .reheats = 3,
                     .startsPhase = 0.4,
-                    .coldest = kWarm,
+                    .coldest = 1e-2,
                     .span = {0.0, 0.2, 1.0}};
         case Kind::CoarseLevel:
             return {.starts = 24};
@@ -45,8 +39,8 @@ CoolingSchedule::Shape CoolingSchedule::shapeOf(Kind kind) {
                     .reheats = 3,
                     .firstPhase = 0.05,
                     .startsPhase = 0.5,
-                    .startLength = kExpandedLength,
-                    .reheatedLength = kExpandedLength,
+                    .startLength = 1.15,
+                    .reheatedLength = 1.15,
                     .span = {0.4, 0.5, 1.0}};
         case Kind::Usual:
             break;
@@ -92,9 +86,9 @@ void CoolingSchedule::learn() {
         return;
     }
     if (!isLonger(0, kSmoothLength)) {
-        shape.starts = kSmoothStarts;
-        shape.reheats = kSmoothReheats;
-        shape.startsPhase = kSmoothStartsPhase;
+        shape.starts = 3;
+        shape.reheats = 2;
+        shape.startsPhase = 0.6;
     }
     unsigned end = kSteps;
     while (end > 1 && !isLonger(end - 1, kSettledLength)) {
@@ -112,8 +106,8 @@ bool CoolingSchedule::isLonger(unsigned step, double times) const {
     return lengths[step] > times * settled * notes[step];
 }
 
-// Where the last step begins of those that are longer, in a row from the second one on; 0 if that
-// one is not.
+// From the second step on, steps are passed as long as they are longer; where the last of these
+// begins, or 0 if there is none.
 double CoolingSchedule::lastBefore(double times) const {
     unsigned step = 0;
     while (step + 1 < kSteps && isLonger(step + 1, times)) {

@@ -68,8 +68,8 @@ private:
     static constexpr unsigned kSteps = 20;
 
     Shape shape;
-    std::array<double, kSteps> lengths{},
-        notes{};  // sums and numbers, by step of the first cooling
+    std::array<double, kSteps> lengths{};  // sums of those noted, by step of the first cooling
+    std::array<double, kSteps> notes{};    // how many they are
 };
 
 }  // namespace korvel

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <numeric>
+#include <tuple>
 #include <utility>
 
 namespace korvel {
@@ -24,12 +26,8 @@ public:
     const std::vector<Cluster>& clusters() const { return open; }
 
 private:
-    // Equal for clusters that were merged from the same two kinds, joined by as many nets.
-    struct Composition {
-        double nets;
-        std::pair<unsigned, unsigned> kinds;
-        auto operator<=>(const Composition&) const = default;
-    };
+    // Nets, and the two kinds that they join: equal for clusters that were merged alike.
+    using Composition = std::tuple<double, unsigned, unsigned>;
 
     void addNets(const NetModel& nets);
     double closeness(std::size_t a, std::size_t b) const;
@@ -49,11 +47,9 @@ Clustering::Clustering(const NetModel& nets)
         const auto [kind, isNew] = kindsOfDies.try_emplace(
             {nets.size(die, kX, Orient::N), nets.size(die, kY, Orient::N)}, kindNum);
         kindNum += isNew ? 1 : 0;
-        double connections = 0.0;
-        for (const double count : netsBetween[die]) {
-            connections += count;
-        }
-        open.push_back({{die}, kind->second, connections});
+        open.push_back({{die},
+                        kind->second,
+                        std::accumulate(netsBetween[die].begin(), netsBetween[die].end(), 0.0)});
     }
 }
 
@@ -113,7 +109,7 @@ const Clustering::Cluster* Clustering::mergeNext(std::size_t mostDies) {
 
 void Clustering::merge(std::size_t a, std::size_t b) {
     const auto [kind, isNew] =
-        kinds.try_emplace({netsBetween[a][b], {open[a].kind, open[b].kind}}, kindNum);
+        kinds.try_emplace({netsBetween[a][b], open[a].kind, open[b].kind}, kindNum);
     kindNum += isNew ? 1 : 0;
     open[a].kind = kind->second;
     open[a].connections += open[b].connections - 2.0 * netsBetween[a][b];

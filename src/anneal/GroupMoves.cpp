@@ -5,15 +5,7 @@
 
 namespace korvel {
 
-namespace {
-
-Orient turnedLeft(Orient orient) {
-    return static_cast<Orient>((orientIndex(orient) + 3) % kUnmirroredOrients);
-}
-
-}  // namespace
-
-void GroupMoves::putBeside(Dies group, unsigned other, std::array<bool, 2> isBefore) {
+void GroupMoves::putBeside(Dies group, unsigned other, SequencePair::Sides isBefore) {
     for (const auto which : SequencePair::kBoth) {
         std::vector<unsigned>& sorted = inOrder[which];
         sortInto(sorted, group, which);
@@ -54,7 +46,7 @@ void GroupMoves::turnByAQuarter(Dies group) {
     const Spot middle = centre(group);
     for (const unsigned die : group) {
         const Spot from = layout.centre(die);
-        layout.turn(die, turnedLeft(layout.orientation(die)));
+        layout.turnClockwise(die, 3);
         layout.shiftCentreTo(die, {middle.x - (from.y - middle.y), middle.y + (from.x - middle.x)});
     }
 }

@@ -19,7 +19,7 @@ public:
     explicit GroupMoves(Layout& layout) : layout(layout), roles(layout.dieNum()) {}
 
     // Next to `other`, which is none of them: just before it or just after it in each order.
-    void putBeside(Dies group, unsigned other, std::array<bool, 2> isBefore);
+    void putBeside(Dies group, unsigned other, SequencePair::Sides isBefore);
     // Counterclockwise, about the middle of the group.
     void turn(Dies group, unsigned quarters);
     // Each goes to where the other one was; they share no die.

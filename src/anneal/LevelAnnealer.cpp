@@ -10,13 +10,11 @@ namespace korvel {
 
 namespace {
 
-constexpr Layout::Limits kNoLimits{kInfiniteLength, kInfiniteLength};
-
 // Random moves that are tried to see how much they change.
 constexpr int kTrialMoves = 500;
 
 // Moves per die between two exact programs, which then take a third of the time at most.
-constexpr unsigned kMovesPerDieAndProgram = 25;
+constexpr std::uint64_t kMovesPerDieAndProgram = 25;
 // The layout at hand is refined once in so many times that, however long it is.
 constexpr unsigned kProgramsPerRoutine = 4;
 // Layouts so much longer than the best one may be shorter than it with exact coordinates.
@@ -32,16 +30,16 @@ constexpr unsigned kSlidesAnyway = 16;
 }  // namespace
 
 LevelAnnealer::LevelAnnealer(const PreparedDesign& prepared, RandomStream stream,
-                             CoolingSchedule::Kind kind, Notice notice,
-                             std::vector<StartLayout> starts)
+                             CoolingSchedule::Kind kind, Notice notice, Starts starts)
     : prepared(prepared),
       random(stream),
       notice(std::move(notice)),
       starts(std::move(starts)),
-      layout(prepared.nets(), prepared.region),
+      layout(prepared.nets(), prepared.limits),
       moves(layout, prepared),
       acceptance(prepared.region),
       schedule(kind),
+      movesPerProgram(kMovesPerDieAndProgram * layout.dieNum()),
       best(layout.snapshot()),
       shortest(kInfiniteLength),
       reportedShortest(kInfiniteLength),
@@ -57,7 +55,7 @@ LevelAnnealer::LevelAnnealer(const PreparedDesign& prepared, RandomStream stream
 void LevelAnnealer::advance(unsigned moves, double progress) {
     const CoolingSchedule::Point now = schedule.at(progress);
     while (cooling < now.cooling) {
-        beginCooling(++cooling);
+        beginCooling();
     }
     schedule.note(now, layout.length());
     acceptance.setTemperature(typicalChange * schedule.temperature(now));
@@ -67,24 +65,23 @@ void LevelAnnealer::advance(unsigned moves, double progress) {
         if (moveNum % kMovesPerPenalty == 0) {
             acceptance.adaptPenalty(now.cooled);
         }
-        if (moveNum % (kProgramsPerRoutine * movesPerProgram()) == 0) {
+        if (moveNum % (kProgramsPerRoutine * movesPerProgram) == 0) {
             refine();
         }
     }
 }
 
-void LevelAnnealer::beginCooling(unsigned number) {
+void LevelAnnealer::beginCooling() {
     reportBest();
-    if (number == 1) {
+    noteOutcome();
+    if (++cooling == 1) {
         schedule.learn();
     }
-    noteOutcome();
-    if (!schedule.isFromStart(number) && shortest < kInfiniteLength) {
-        layout.place(best.orders, best.placement);
-        acceptance.replace(layout);
-        acceptance.limitPenalty();
-    } else if (schedule.isFromStart(number) && !starts.empty()) {
-        startFrom(starts[(number - 1) % starts.size()]);
+    if (!schedule.isFromStart(cooling) && shortest < kInfiniteLength) {
+        layout.place(best);
+        acceptance.reheat(layout);
+    } else if (schedule.isFromStart(cooling) && !starts.empty()) {
+        startFrom(starts[(cooling - 1) % starts.size()]);
     } else {
         startAnywhere();
     }
@@ -92,11 +89,11 @@ void LevelAnnealer::beginCooling(unsigned number) {
 
 // From a random layout; measures how much random moves change it.
 void LevelAnnealer::startAnywhere() {
-    moves.restart();
     layout.editOrders().shuffle(random);
     for (unsigned die = 0; die < layout.dieNum(); ++die) {
-        layout.turn(die, static_cast<Orient>(random.below(kUnmirroredOrients)));
+        layout.turn(die, orientOf(random.below(kUnmirroredOrients)));
     }
+    moves.restart();
     arrangeAndKeep();
     double changes = 0.0;
     for (int trial = 0; trial < kTrialMoves; ++trial) {
@@ -106,42 +103,37 @@ void LevelAnnealer::startAnywhere() {
         changes += std::abs(layout.length() - before);
     }
     typicalChange = changes / kTrialMoves;
-    restartAcceptance();
-}
-
-void LevelAnnealer::startFrom(const StartLayout& start) {
-    moves.restart();
-    layout.place(start.orders, start.placement);
-    arrangeAndKeep();
-    restartAcceptance();
-}
-
-void LevelAnnealer::arrangeAndKeep() {
-    layout.arrange(random, kNoLimits);
-    layout.keep();
-}
-
-void LevelAnnealer::restartAcceptance() {
     acceptance.restart(layout);
     noteBest();
 }
 
+void LevelAnnealer::startFrom(const Layout::Snapshot& start) {
+    layout.place(start);
+    moves.restart();
+    arrangeAndKeep();
+    acceptance.restart(layout);
+    noteBest();
+}
+
+void LevelAnnealer::arrangeAndKeep() {
+    layout.arrange(random, {kInfiniteLength, kInfiniteLength});
+    layout.keep();
+}
+
 void LevelAnnealer::noteOutcome() {
     if (acceptance.isLegal()) {
-        ended.push_back({acceptance.length(), layout.snapshot()});
+        ended.emplace(acceptance.length(), layout.snapshot());
     }
 }
 
-std::vector<StartLayout> LevelAnnealer::outcomes() {
+LevelAnnealer::Starts LevelAnnealer::outcomes() {
     noteOutcome();
     if (ended.empty() && shortest < kInfiniteLength) {
-        ended.push_back({shortest, best});
+        return {best};
     }
-    std::stable_sort(ended.begin(), ended.end(),
-                     [](const Outcome& a, const Outcome& b) { return a.length < b.length; });
-    std::vector<StartLayout> layouts;
-    for (const Outcome& outcome : ended) {
-        layouts.push_back(outcome.layout);
+    Starts layouts;
+    for (const auto& [length, snapshot] : ended) {
+        layouts.push_back(snapshot);
     }
     return layouts;
 }
@@ -152,30 +144,18 @@ void LevelAnnealer::tryMove() {
     const double threshold = acceptance.drawThreshold(random);
     const bool slidesAnyway = random.below(kSlidesAnyway) == 0;
     moves.change(random);
-    if (layout.arrange(random, acceptance.limits(threshold, slidesAnyway))) {
-        acceptOrUndo(threshold);
-    } else {
-        layout.undo();
-    }
-    acceptance.fade();
-}
-
-void LevelAnnealer::acceptOrUndo(double threshold) {
-    const double cost = acceptance.costOf(layout);
+    const bool isArranged = layout.arrange(random, acceptance.limits(threshold, slidesAnyway));
+    const double cost = isArranged ? acceptance.costOf(layout) : kInfiniteLength;
     if (cost > threshold) {
         layout.undo();
-        return;
+    } else {
+        acceptance.accept(layout);
+        moves.wasKept(cost);
+        layout.keep();
+        noteBest();
+        refineNearBest();
     }
-    acceptance.accept(layout);
-    moves.wasKept(cost);
-    layout.keep();
-    noteBest();
-    if (isWorthRefining()) {
-        nextProgram =
-            std::max(nextProgram, moveNum - std::min(moveNum, kSavedPrograms * movesPerProgram())) +
-            movesPerProgram();
-        refine();
-    }
+    acceptance.fade();
 }
 
 void LevelAnnealer::noteBest() {
@@ -188,21 +168,21 @@ void LevelAnnealer::noteBest() {
 
 // --- Exact coordinates -----------------------------------------------------------------------
 
-bool LevelAnnealer::isWorthRefining() {
-    return acceptance.isLegal() && acceptance.length() < kNearBest * shortest &&
-           moveNum >= nextProgram && refined.note(layout);
-}
-
-std::uint64_t LevelAnnealer::movesPerProgram() const {
-    return std::uint64_t{kMovesPerDieAndProgram} * layout.dieNum();
+void LevelAnnealer::refineNearBest() {
+    if (acceptance.isLegal() && acceptance.length() < kNearBest * shortest &&
+        moveNum >= nextProgram && refined.note(layout)) {
+        const std::uint64_t saved = std::min(moveNum, kSavedPrograms * movesPerProgram);
+        nextProgram = std::max(nextProgram, moveNum - saved) + movesPerProgram;
+        refine();
+    }
 }
 
 // Sliding one die at a time gets stuck where several would have to move together.
 void LevelAnnealer::refine() {
     if (acceptance.isLegal()) {
-        StartLayout exact = layout.snapshot();
-        if (makeExact(exact.orders, exact.placement)) {
-            layout.place(exact.orders, exact.placement);
+        Layout::Snapshot exact = layout.snapshot();
+        if (makeExact(exact)) {
+            layout.place(exact);
             acceptance.replace(layout);
             noteBest();
         }
@@ -211,21 +191,20 @@ void LevelAnnealer::refine() {
 }
 
 // False if there is no legal placement with these relations; nothing is changed then.
-bool LevelAnnealer::makeExact(const SequencePair& orders, Placement& placement) const {
+bool LevelAnnealer::makeExact(Layout::Snapshot& snapshot) const {
     std::vector<Orient> orients;
-    for (const PlacedDie& die : placement) {
+    for (const PlacedDie& die : snapshot.placement) {
         orients.push_back(die.orient);
     }
-    auto exact = prepared.solver.solve(orders.relations(), orients);
-    if (!exact) {
-        return false;
+    auto exact = prepared.solver.solve(snapshot.orders.relations(), orients);
+    if (exact) {
+        snapshot.placement = *std::move(exact);
     }
-    placement = *std::move(exact);
-    return true;
+    return exact.has_value();
 }
 
 void LevelAnnealer::reportBest() {
-    if (std::exchange(isReported, true) || !makeExact(best.orders, best.placement)) {
+    if (std::exchange(isReported, true) || !makeExact(best)) {
         return;
     }
     const double length = wirelength(prepared.design, best.placement);

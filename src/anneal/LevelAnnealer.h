@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <vector>
 
 #include "anneal/Acceptance.h"
@@ -23,12 +24,13 @@ public:
     // Told of every placement that is shorter than all before it on this level, with coordinates
     // that are best for its relations.
     using Notice = std::function<void(const Placement&)>;
+    using Starts = std::vector<Layout::Snapshot>;
 
     // The design must outlive the annealer. Starts, if any, are the best ones first. The first
     // cooling begins with the best one too, but is so hot, if it is the one that teaches, that
     // little of it is left; so the next one begins with it again.
     LevelAnnealer(const PreparedDesign& prepared, RandomStream stream, CoolingSchedule::Kind kind,
-                  Notice notice, std::vector<StartLayout> starts = {});
+                  Notice notice, Starts starts = {});
 
     // Goes on by that many moves. `progress` is how much of the schedule is over, from 0 to
     // below 1.
@@ -37,27 +39,24 @@ public:
     void reportBest();
     // Ends the annealing: what its coolings led to, the shortest first; legal layouts only. If
     // there is none, the shortest legal one on the way.
-    std::vector<StartLayout> outcomes();
+    Starts outcomes();
 
 private:
-    void beginCooling(unsigned number);
+    void beginCooling();
     void startAnywhere();
-    void startFrom(const StartLayout& start);
+    void startFrom(const Layout::Snapshot& start);
     void arrangeAndKeep();
-    void restartAcceptance();
     void noteOutcome();
     void tryMove();
-    void acceptOrUndo(double threshold);
     void noteBest();
-    bool isWorthRefining();
+    void refineNearBest();
     void refine();
-    bool makeExact(const SequencePair& orders, Placement& placement) const;
-    std::uint64_t movesPerProgram() const;
+    bool makeExact(Layout::Snapshot& snapshot) const;
 
     const PreparedDesign& prepared;
     RandomStream random;
     const Notice notice;
-    const std::vector<StartLayout> starts;
+    const Starts starts;
     Layout layout;
     MoveGenerator moves;
     Acceptance acceptance;
@@ -66,17 +65,13 @@ private:
     double typicalChange = 0.0;  // of the length, by a random move in a random layout
     unsigned cooling = 0;        // number of the one that runs
     std::uint64_t moveNum = 0;
+    const std::uint64_t movesPerProgram;
     std::uint64_t nextProgram = 0;  // the move before which none is solved for near-best layouts
     RecentLayouts refined;
-
-    struct Outcome {
-        double length;
-        StartLayout layout;
-    };
-    std::vector<Outcome> ended;
+    std::multimap<double, Layout::Snapshot> ended;  // coolings, by length
 
     // The best legal layout, and whether it is refined.
-    StartLayout best;
+    Layout::Snapshot best;
     bool isReported = true;
     double shortest;          // the best layout's length, without nets on one die
     double reportedShortest;  // wirelength, of all nets

@@ -42,7 +42,7 @@ const T& oneOf(const std::vector<T>& all, RandomStream& random) {
     return all[random.below(static_cast<unsigned>(all.size()))];
 }
 
-std::array<bool, 2> anySide(RandomStream& random) {
+SequencePair::Sides anySide(RandomStream& random) {
     const bool isBeforeInUpper = random.coin();
     return {isBeforeInUpper, random.coin()};
 }
@@ -106,8 +106,10 @@ void MoveGenerator::change(RandomStream& random) {
             return exchangeAndTurn(die, anyOther(die, random), random);
         case kExchangeAtPreferred:
             return exchangeAndTurn(die, nearPreferred(die, random), random);
-        case kTurnGroup:
-            return turnGroup(random);
+        case kTurnGroup: {
+            const unsigned quarters = 1 + random.below(3);
+            return groupMoves.turn(oneOf(groups.groups(), random), quarters);
+        }
         case kGroupBeside:
             return putGroupBeside(random);
         case kExchangeGroup:
@@ -120,14 +122,7 @@ void MoveGenerator::change(RandomStream& random) {
 // --- Single dies -----------------------------------------------------------------------------
 
 void MoveGenerator::turnSomehow(unsigned die, RandomStream& random) {
-    const unsigned now = orientIndex(layout.orientation(die));
-    layout.turn(die, static_cast<Orient>((now + 1 + random.below(3)) % kUnmirroredOrients));
-}
-
-void MoveGenerator::turnByAQuarter(unsigned die, RandomStream& random) {
-    const unsigned turns = random.coin() ? 1 : 3;
-    layout.turn(die, static_cast<Orient>((orientIndex(layout.orientation(die)) + turns) %
-                                         kUnmirroredOrients));
+    layout.turnClockwise(die, 1 + random.below(3));
 }
 
 // Half of the time with its neighbour in that order, which changes one relation only.
@@ -148,16 +143,10 @@ void MoveGenerator::putBeside(unsigned die, unsigned other, RandomStream& random
     if (random.below(kTurnsOnTheWay) == 0) {
         turnSomehow(die, random);
     }
-    insertBeside(die, other, anySide(random));
+    layout.editOrders().moveBeside(die, other, anySide(random));
     // Where a die without nets stays; any other one is placed anew.
     layout.shiftCentreTo(die, layout.centre(other));
     layout.release(die);
-}
-
-void MoveGenerator::insertBeside(unsigned die, unsigned other, std::array<bool, 2> isBefore) {
-    for (const auto which : SequencePair::kBoth) {
-        layout.editOrders().moveBeside(which, die, other, isBefore[which]);
-    }
 }
 
 // Dies that many nets join hold one another back: none can leave alone. So a chain of them goes
@@ -169,24 +158,21 @@ void MoveGenerator::putChainBeside(unsigned die, unsigned other, RandomStream& r
     const Spot from = layout.centre(die);
     const Spot to = layout.centre(other);
     const Spot step{to.x - from.x, to.y - from.y};
-    insertBeside(die, other, anySide(random));
+    layout.editOrders().moveBeside(die, other, anySide(random));
     layout.shift(die, step);
     std::array<unsigned, kLongestChain> chain{die};
-    for (unsigned last = 0; last + 1 < kLongestChain && (last == 0 || random.coin()); ++last) {
-        const unsigned partner = oneOf(partners[chain[last]], random);
-        if (partner == other || std::find(chain.begin(), chain.begin() + last + 1, partner) !=
-                                    chain.begin() + last + 1) {
+    unsigned length = 1;
+    do {
+        const unsigned last = chain[length - 1];
+        const unsigned partner = oneOf(partners[last], random);
+        if (partner == other || contains(std::span(chain).first(length), partner)) {
             return;
         }
-        const SequencePair& before = layout.keptSequences();
-        std::array<bool, 2> isBefore{};
-        for (const auto which : SequencePair::kBoth) {
-            isBefore[which] = before.rank(which, partner) < before.rank(which, chain[last]);
-        }
-        insertBeside(partner, chain[last], isBefore);
+        layout.editOrders().moveBeside(partner, last,
+                                       layout.keptSequences().sidesOf(partner, last));
         layout.shift(partner, step);
-        chain[last + 1] = partner;
-    }
+        chain[length++] = partner;
+    } while (length < kLongestChain && random.coin());
 }
 
 // Either each die comes to lie as the other one did, where it is most likely to fit then, or the
@@ -196,31 +182,23 @@ void MoveGenerator::exchangeAndTurn(unsigned a, unsigned b, RandomStream& random
     const bool differ = layout.isUpright(a) != layout.isUpright(b);
     for (const unsigned die : {a, b}) {
         if (matches && differ) {
-            turnByAQuarter(die, random);
+            layout.turnClockwise(die, random.coin() ? 1 : 3);
         } else if (!matches && random.below(kTurnsOnTheWay) == 0) {
             turnSomehow(die, random);
         }
     }
-    exchange(a, b);
-}
-
-void MoveGenerator::exchange(unsigned a, unsigned b) {
-    layout.editOrders().swap(SequencePair::Upper, a, b);
-    layout.editOrders().swap(SequencePair::Lower, a, b);
     // Now, so that each finds the other there when it is placed, and one without nets stays there.
     const Spot centreOfA = layout.centre(a);
     layout.shiftCentreTo(a, layout.centre(b));
     layout.shiftCentreTo(b, centreOfA);
+    for (const auto which : SequencePair::kBoth) {
+        layout.editOrders().swap(which, a, b);
+    }
     layout.release(a);
     layout.release(b);
 }
 
 // --- Groups ----------------------------------------------------------------------------------
-
-void MoveGenerator::turnGroup(RandomStream& random) {
-    const unsigned turns = 1 + random.below(3);
-    groupMoves.turn(oneOf(groups.groups(), random), turns);
-}
 
 // Half of the time beside a die near where one of its own dies would like to be, else beside any.
 // That die may be one of the group, if the group lies where it wants to be: nothing is changed

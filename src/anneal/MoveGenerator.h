@@ -5,7 +5,6 @@
 #pragma once
 
 #include "anneal/GroupMoves.h"
-#include "anneal/Layout.h"
 #include "anneal/MoveProbabilities.h"
 #include "anneal/PreparedDesign.h"
 
@@ -26,14 +25,10 @@ public:
 private:
     std::vector<double> firstProbabilities() const;
     void turnSomehow(unsigned die, RandomStream& random);
-    void turnByAQuarter(unsigned die, RandomStream& random);
     void exchangeInOneOrder(unsigned die, RandomStream& random);
     void putBeside(unsigned die, unsigned other, RandomStream& random);
     void putChainBeside(unsigned die, unsigned other, RandomStream& random);
-    void insertBeside(unsigned die, unsigned other, std::array<bool, 2> isBefore);
     void exchangeAndTurn(unsigned a, unsigned b, RandomStream& random);
-    void exchange(unsigned a, unsigned b);
-    void turnGroup(RandomStream& random);
     void putGroupBeside(RandomStream& random);
     void exchangeGroup(RandomStream& random);
     void exchangeAlikeGroups(RandomStream& random);
@@ -43,8 +38,7 @@ private:
     Layout& layout;
     const Region region;
     const DieGroups& groups;
-    std::vector<std::vector<unsigned>>
-        partners;  // by die, the others that it has two-body nets with
+    std::vector<std::vector<unsigned>> partners;  // by die: dies that it has two-body nets with
     GroupMoves groupMoves;
     MoveProbabilities probabilities;
 };

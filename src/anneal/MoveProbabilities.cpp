@@ -12,8 +12,8 @@ namespace {
 constexpr unsigned kAdaptEvery = 2000;
 // So that a kind's quality is still seen when it has become worth trying again.
 constexpr double kLeastProbability = 0.02;
-// Half of the way to what the last moves say, which also count half as much the next time:
-// qualities scatter, but change with the temperature.
+// Of the way to what the last moves say, and what these count the next time: qualities scatter, but
+// change with the temperature.
 constexpr double kAdapted = 0.5;
 constexpr double kRemembered = 0.5;
 

@@ -1,166 +1,178 @@
 #include "anneal/NetCosts.h"
 
 #include <algorithm>
-#include <limits>
-
-#include "base/Infinity.h"
 
 namespace korvel {
 
 namespace {
 
-constexpr unsigned kNobody = std::numeric_limits<unsigned>::max();
-
-NetCosts::Local sum(const NetCosts::Local& a, const NetCosts::Local& b) {
-    return {a.value + b.value, a.left + b.left, a.right + b.right};
-}
+// A few tangents find the lowest place of most functions; the rest is not worth the time.
+constexpr int kMostTangents = 16;
+// One in so many is replaced by the middle: tangents alone can close in from one side only.
+constexpr int kHalvesEvery = 3;
 
 }  // namespace
 
-NetsOfDies::NetsOfDies(const NetModel& nets) : bundles(nets.dieNum()), wide(nets.dieNum()) {
-    for (unsigned bundle = 0; bundle < nets.bundles().size(); ++bundle) {
-        for (const unsigned body : {nets.bundles()[bundle].a, nets.bundles()[bundle].b}) {
-            if (body != nets.ground()) {
-                bundles[body].push_back(bundle);
-            }
-        }
+NetsOfDies findNetsOfDies(const NetModel& nets) {
+    NetsOfDies result(nets.dieNum() + 1);
+    unsigned number = 0;
+    for (const auto& [a, b, weight] : nets.bundles()) {
+        result[a].push_back(number);
+        result[b].push_back(number++);
     }
-    for (unsigned net = 0; net < nets.wideNets().size(); ++net) {
-        firstMembers.push_back(static_cast<unsigned>(memberBodies.size()));
-        for (const BodyPins& member : nets.wideNets()[net].members) {
-            if (member.body != nets.ground()) {
-                wide[member.body].push_back({net, static_cast<unsigned>(memberBodies.size())});
-            }
-            memberBodies.push_back(member.body);
+    for (const NetModel::WideNet& net : nets.wideNets()) {
+        for (const BodyPins& member : net.members) {
+            result[member.body].push_back(number);
         }
+        ++number;
     }
-    firstMembers.push_back(static_cast<unsigned>(memberBodies.size()));
+    result.pop_back();  // the ground
+    return result;
 }
 
 NetCosts::NetCosts(const NetModel& nets, const NetsOfDies& netsOfDies, Axis axis,
-                   const std::vector<double>& corners)
+                   const std::vector<Orient>& orients, const std::vector<double>& corners)
     : nets(nets),
       netsOfDies(netsOfDies),
+      bundleNum(static_cast<unsigned>(nets.bundles().size())),
       axis(axis),
+      orients(orients),
       corners(corners),
-      bundleCost(nets.bundles().size()),
-      bundleCosts(nets.bundles().size(), 0.0),
-      wideCosts(nets.wideNets().size(), 0.0),
-      bundleStamps(nets.bundles().size(), 0),
-      wideStamps(nets.wideNets().size(), 0) {
+      bundleCost(bundleNum),
+      costs(bundleNum + nets.wideNets().size()),
+      stamps(costs.size(), 0) {
     for (const NetModel::WideNet& net : nets.wideNets()) {
-        for (const BodyPins& member : net.members) {
-            memberPins.push_back(member.range(axis, Orient::N));
+        members.emplace_back();
+        for (const BodyPins& pins : net.members) {
+            members.back().push_back({pins.body, pins.range(axis, orients[pins.body])});
         }
     }
-    const std::vector<Orient> orients(nets.dieNum() + 1, Orient::N);
     for (unsigned die = 0; die < nets.dieNum(); ++die) {
-        setOrientation(die, orients);
+        turned(die);
     }
     measureAll();
 }
 
-void NetCosts::setOrientation(unsigned die, const std::vector<Orient>& orients) {
-    for (const unsigned bundle : netsOfDies.bundles[die]) {
-        const auto& [a, b, weight] = nets.bundles()[bundle];
-        bundleCost[bundle] = &nets.cost(bundle, axis, orients[a], orients[b]);
-    }
-    for (const auto& [net, member] : netsOfDies.wide[die]) {
-        const NetModel::WideNet& wide = nets.wideNets()[net];
-        memberPins[member] =
-            wide.members[member - netsOfDies.firstMembers[net]].range(axis, orients[die]);
+void NetCosts::turned(unsigned die) {
+    for (const unsigned net : netsOfDies[die]) {
+        if (net < bundleNum) {
+            const auto& [a, b, weight] = nets.bundles()[net];
+            bundleCost[net] = &nets.cost(net, axis, orients[a], orients[b]);
+            continue;
+        }
+        std::vector<Member>& wide = members[net - bundleNum];
+        std::size_t member = 0;
+        while (wide[member].body != die) {
+            ++member;
+        }
+        wide[member].pins =
+            nets.wideNets()[net - bundleNum].members[member].range(axis, orients[die]);
     }
 }
 
 // --- One die ----------------------------------------------------------------------------------
 
-// From the lowest to the highest pin of a wide net, without those of one member.
-inline PinRange NetCosts::rangeOf(unsigned net, unsigned leftOut) const {
-    double low = kInfiniteLength;
-    double high = -kInfiniteLength;
-    const unsigned end = netsOfDies.firstMembers[net + 1];
-    for (unsigned member = netsOfDies.firstMembers[net]; member < end; ++member) {
-        if (member != leftOut) {
-            const double corner = corners[netsOfDies.memberBodies[member]];
-            low = std::min(low, corner + memberPins[member].low);
-            high = std::max(high, corner + memberPins[member].high);
-        }
+inline NetCosts::Local NetCosts::bundleAt(unsigned bundle, unsigned die, double corner) const {
+    const auto& [a, b, weight] = nets.bundles()[bundle];
+    if (a == die) {
+        return bundleCost[bundle]->around(corner - corners[b]);
     }
-    return {low, high};
+    // The distance falls as the die goes up.
+    const Local local = bundleCost[bundle]->around(corners[a] - corner);
+    return {local.value, -local.right, -local.left};
 }
 
-NetCosts::Local NetCosts::wideAt(NetsOfDies::Membership membership, double corner) const {
-    const auto [low, high] = rangeOf(membership.net, membership.member);
-    const double ownLow = corner + memberPins[membership.member].low;
-    const double ownHigh = corner + memberPins[membership.member].high;
-    const double weight = nets.wideNets()[membership.net].weight;
-    return {weight * (std::max(high, ownHigh) - std::min(low, ownLow)),
-            weight * ((ownHigh > high ? 1.0 : 0.0) - (ownLow <= low ? 1.0 : 0.0)),
-            weight * ((ownHigh >= high ? 1.0 : 0.0) - (ownLow < low ? 1.0 : 0.0))};
+inline NetCosts::Local NetCosts::wideAt(unsigned net, unsigned die, double corner) const {
+    PinRange own;
+    PinRange others;
+    for (const auto& [body, pins] : members[net]) {
+        if (body == die) {
+            own = pins.movedBy(corner);
+        } else {
+            others.cover(pins.movedBy(corners[body]));
+        }
+    }
+    const double weight = nets.wideNets()[net].weight;
+    return {weight * (std::max(others.high, own.high) - std::min(others.low, own.low)),
+            weight * ((own.high > others.high ? 1.0 : 0.0) - (own.low <= others.low ? 1.0 : 0.0)),
+            weight * ((own.high >= others.high ? 1.0 : 0.0) - (own.low < others.low ? 1.0 : 0.0))};
 }
 
 NetCosts::Local NetCosts::costAt(unsigned die, double corner) const {
     Local all{0.0, 0.0, 0.0};
-    for (const unsigned bundle : netsOfDies.bundles[die]) {
-        const auto& [a, b, weight] = nets.bundles()[bundle];
-        if (a == die) {
-            all = sum(all, bundleCost[bundle]->around(corner - corners[b]));
-        } else {
-            // The distance falls as the die goes up.
-            const Local one = bundleCost[bundle]->around(corners[a] - corner);
-            all = sum(all, {one.value, -one.right, -one.left});
-        }
-    }
-    for (const NetsOfDies::Membership& membership : netsOfDies.wide[die]) {
-        all = sum(all, wideAt(membership, corner));
+    for (const unsigned net : netsOfDies[die]) {
+        const Local one =
+            net < bundleNum ? bundleAt(net, die, corner) : wideAt(net - bundleNum, die, corner);
+        all = {all.value + one.value, all.left + one.left, all.right + one.right};
     }
     return all;
 }
 
-// --- Measuring -------------------------------------------------------------------------------
-
-inline double NetCosts::bundleLength(unsigned bundle) const {
-    const auto& [a, b, weight] = nets.bundles()[bundle];
-    return bundleCost[bundle]->around(corners[a] - corners[b]).value;
+// The function lies above its tangents at both ends, so the place where these meet is where it can
+// be lowest: the method of cutting planes (J. E. Kelley, "The cutting-plane method for solving
+// convex programs", 1960) along a line. With one breakpoint in between they meet in it.
+double NetCosts::bestBetween(unsigned die, double low, double high, double enough) const {
+    Local atLow = costAt(die, low);
+    if (atLow.right >= 0.0 || high <= low) {
+        return low;
+    }
+    Local atHigh = costAt(die, high);
+    if (atHigh.left <= 0.0) {
+        return high;
+    }
+    for (int tangent = 0; tangent < kMostTangents && high - low > enough; ++tangent) {
+        const double meet = (atHigh.value - atLow.value + atLow.right * low - atHigh.left * high) /
+                            (atLow.right - atHigh.left);
+        const bool halves =
+            tangent % kHalvesEvery == kHalvesEvery - 1 || !(meet > low && meet < high);
+        const double middle = halves ? (low + high) / 2 : meet;
+        const Local atMiddle = costAt(die, middle);
+        if (atMiddle.right < 0.0) {
+            low = middle;
+            atLow = atMiddle;
+        } else if (atMiddle.left > 0.0) {
+            high = middle;
+            atHigh = atMiddle;
+        } else {
+            return middle;
+        }
+    }
+    return atLow.value < atHigh.value ? low : high;
 }
 
-inline double NetCosts::wideLength(unsigned net) const {
-    const auto [low, high] = rangeOf(net, kNobody);
-    return nets.wideNets()[net].weight * (high - low);
+// --- Measuring -------------------------------------------------------------------------------
+
+inline double NetCosts::measured(unsigned net) const {
+    if (net < bundleNum) {
+        const auto& [a, b, weight] = nets.bundles()[net];
+        return bundleCost[net]->around(corners[a] - corners[b]).value;
+    }
+    PinRange all;
+    for (const auto& [body, pins] : members[net - bundleNum]) {
+        all.cover(pins.movedBy(corners[body]));
+    }
+    return nets.wideNets()[net - bundleNum].weight * all.length();
 }
 
 void NetCosts::measureAll() {
     total = 0.0;
-    for (unsigned bundle = 0; bundle < bundleCosts.size(); ++bundle) {
-        total += bundleCosts[bundle] = bundleLength(bundle);
-    }
-    for (unsigned net = 0; net < wideCosts.size(); ++net) {
-        total += wideCosts[net] = wideLength(net);
+    for (unsigned net = 0; net < costs.size(); ++net) {
+        total += costs[net] = measured(net);
     }
     journal.clear();
     keptTotal = total;
 }
 
 void NetCosts::measureNetsOf(unsigned die) {
-    for (const unsigned bundle : netsOfDies.bundles[die]) {
-        if (bundleStamps[bundle] != stamp) {
-            bundleStamps[bundle] = stamp;
-            replace(Table::Bundles, bundle, bundleLength(bundle));
+    for (const unsigned net : netsOfDies[die]) {
+        if (stamps[net] != stamp) {
+            const double length = measured(net);
+            stamps[net] = stamp;
+            journal.push_back({net, costs[net]});
+            total += length - costs[net];
+            costs[net] = length;
         }
     }
-    for (const auto& [net, member] : netsOfDies.wide[die]) {
-        if (wideStamps[net] != stamp) {
-            wideStamps[net] = stamp;
-            replace(Table::Wide, net, wideLength(net));
-        }
-    }
-}
-
-inline void NetCosts::replace(Table table, unsigned net, double length) {
-    double& cost = costs(table)[net];
-    journal.push_back({table, net, cost});
-    total += length - cost;
-    cost = length;
 }
 
 void NetCosts::keep() {
@@ -171,7 +183,7 @@ void NetCosts::keep() {
 // Backwards: a net may have been measured twice.
 void NetCosts::undo() {
     for (std::size_t entry = journal.size(); entry-- > 0;) {
-        costs(journal[entry].table)[journal[entry].net] = journal[entry].before;
+        costs[journal[entry].net] = journal[entry].before;
     }
     total = keptTotal;
     journal.clear();

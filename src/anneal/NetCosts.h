@@ -1,6 +1,7 @@
 // What the nets of a layout cost along one axis, net by net. Costs are kept from move to move: only
 // nets of dies that moved or turned are measured again, and a journal of their former costs undoes
-// that. The cost of one die's nets is a convex function of its corner; sliding goes by it.
+// that. The cost of one die's nets is a convex function of its corner, so it has one lowest
+// stretch, which sliding goes by.
 // Owned and used by one thread; allocates nothing once it has seen its largest change.
 #pragma once
 
@@ -10,41 +11,28 @@
 
 namespace korvel {
 
-// Which nets are on which die. The same for both axes. Filled once and never changed.
-struct NetsOfDies {
-    // Where a die stands among the members of the wide nets.
-    struct Membership {
-        unsigned net;
-        unsigned member;
-    };
-
-    explicit NetsOfDies(const NetModel& nets);
-
-    bool hasNets(unsigned die) const { return !bundles[die].empty() || !wide[die].empty(); }
-
-    std::vector<std::vector<unsigned>> bundles;  // by die
-    std::vector<std::vector<Membership>> wide;   // by die
-    std::vector<unsigned> firstMembers;          // by wide net and one more, into:
-    std::vector<unsigned> memberBodies;
-};
+// By die, the numbers of its nets: the bundles of the model first, its wide nets after them.
+using NetsOfDies = std::vector<std::vector<unsigned>>;
+NetsOfDies findNetsOfDies(const NetModel& nets);
 
 class NetCosts {
 public:
     using Local = PiecewiseLinear::Local;
 
-    // All dies in orientation N. `corners` are those of the bodies, along the axis. All three must
-    // outlive the costs.
+    // `netsOfDies` are those of the model, `orients` and `corners`, along the axis, those of the
+    // bodies. All four must outlive the costs.
     NetCosts(const NetModel& nets, const NetsOfDies& netsOfDies, Axis axis,
-             const std::vector<double>& corners);
+             const std::vector<Orient>& orients, const std::vector<double>& corners);
 
-    // A die has another orientation; `orients` are those of all bodies. Its nets are to be measured
-    // afterwards.
-    void setOrientation(unsigned die, const std::vector<Orient>& orients);
+    // A die has another orientation. Its nets are to be measured afterwards.
+    void turned(unsigned die);
 
     // Of all nets, as they were measured last.
     double length() const { return total; }
     // The cost of the die's nets if its corner were there, the others where they are.
     Local costAt(unsigned die, double corner) const;
+    // Where between two corners of the die that is least, or closer to it than `enough`.
+    double bestBetween(unsigned die, double low, double high, double enough) const;
 
     // Measures all nets from scratch; cannot be undone.
     void measureAll();
@@ -55,36 +43,35 @@ public:
     void undo();
 
 private:
-    enum class Table : bool { Bundles, Wide };
+    struct Member {
+        unsigned body;
+        PinRange pins;
+    };
     struct Entry {
-        Table table;
         unsigned net;
         double before;
     };
 
-    PinRange rangeOf(unsigned net, unsigned leftOut) const;
-    Local wideAt(NetsOfDies::Membership membership, double corner) const;
-    double bundleLength(unsigned bundle) const;
-    double wideLength(unsigned net) const;
-    void replace(Table table, unsigned net, double length);
-    std::vector<double>& costs(Table table) {
-        return table == Table::Bundles ? bundleCosts : wideCosts;
-    }
+    Local bundleAt(unsigned bundle, unsigned die, double corner) const;
+    Local wideAt(unsigned net, unsigned die, double corner) const;
+    double measured(unsigned net) const;
 
     const NetModel& nets;
     const NetsOfDies& netsOfDies;
+    const unsigned bundleNum;
     const Axis axis;
+    const std::vector<Orient>& orients;              // by body
     const std::vector<double>& corners;              // by body
     std::vector<const PiecewiseLinear*> bundleCost;  // by bundle, for the orientations
-    std::vector<PinRange> memberPins;                // by member of the wide nets, likewise
+    std::vector<std::vector<Member>> members;        // by wide net, likewise
 
-    std::vector<double> bundleCosts, wideCosts;
+    // By net.
+    std::vector<double> costs;
+    std::vector<unsigned> stamps;  // when it was measured last
+    unsigned stamp = 0;
+    std::vector<Entry> journal;  // since the last keep or undo
     double total = 0.0;
     double keptTotal = 0.0;
-    std::vector<Entry> journal;  // since the last keep or undo
-    // When a net was measured last.
-    std::vector<unsigned> bundleStamps, wideStamps;
-    unsigned stamp = 0;
 };
 
 }  // namespace korvel

@@ -14,39 +14,33 @@
 #include <vector>
 
 #include "anneal/SequencePair.h"
-#include "base/Axis.h"
+#include "nets/DieLimits.h"
 
 namespace korvel {
 
 class Packing {
 public:
-    // Of a die's low corner.
-    struct Range {
-        double low;
-        double high;
-    };
     // Where a sweep over the dies begins; the dies are pushed away from there.
     enum class Sweep : bool { FromHigh, FromLow };
     using DieFlags = std::vector<char>;
 
-    // All dies at 0 and without a size.
-    Packing(Axis axis, unsigned dieNum, double side);
+    // The limits must outlive the packing. All dies at 0, in orientation N.
+    Packing(const DieLimits& limits, Axis axis);
 
-    double side() const { return regionSide; }
-    double size(unsigned die) const { return sizes[die]; }
-    void setSize(unsigned die, double size) { sizes[die] = size; }
+    void setOrientation(unsigned die, Orient orient);
     double corner(unsigned die) const { return corners[die]; }
     void setCorner(unsigned die, double corner) { corners[die] = corner; }
+    double size(unsigned die) const { return sizes[die]; }
     double centre(unsigned die) const { return corners[die] + sizes[die] / 2; }
     bool hasMoved(unsigned die) const { return corners[die] != keptCorners[die]; }
     // By body: the dies, and the terminals as one more body at 0.
     const std::vector<double>& cornersOfBodies() const { return corners; }
 
-    // Where the region lets the die be.
-    Range cornerRange(unsigned die) const { return {0.0, regionSide - sizes[die]}; }
-    // The same between its neighbours as they lie, without the ignored ones. With too little room
-    // for the die, high is below low.
-    Range slack(const SequencePair& orders, unsigned die, const DieFlags& ignored) const;
+    // Where the region lets the die's corner be.
+    DieLimits::Range cornerRange(unsigned die) const { return ranges[die]; }
+    // The same between its neighbours as they lie, without the ignored ones; empty if there is too
+    // little room for the die.
+    DieLimits::Range slack(const SequencePair& orders, unsigned die, const DieFlags& ignored) const;
 
     // Two steps of packing; positions may be changed in between. The first finds the longest chain
     // and how far every die can give way to the sweep; the second pushes the dies apart.
@@ -55,27 +49,27 @@ public:
     // By how much the longest chain is longer than the region's side, in parts of that side.
     double overflow() const;
 
-    // The corners are taken for a legal layout, and kept.
-    void keepLegal();
+    // All dies at these corners, which are taken for legal; kept.
+    void place(const std::vector<double>& cornersOfDies);
     void keep();
     void undo();
 
 private:
-    // From a die's corner to the corners of all dies after it.
-    double leastDistance(unsigned before) const { return sizes[before]; }
-    unsigned dieNum() const { return static_cast<unsigned>(limits.size()); }
-
     template <typename Put>
     void sweepFromLow(const SequencePair& orders, const Put& put);
     template <typename Put>
     void sweepFromHigh(const SequencePair& orders, const Put& put);
 
+    const DieLimits& limits;
     const Axis axis;
-    const double regionSide;
+    const unsigned dieNum;
+    const double side;
     std::vector<double> corners, keptCorners;  // by body
     std::vector<double> sizes;                 // by die
-    std::vector<double> limits;                // by die, how far it can give way
-    double longestChain = 0.0;                 // the side at least, once found
+    std::vector<double> distances;             // by die, least ones to the corners of dies after it
+    std::vector<DieLimits::Range> ranges;      // by die, of its corner
+    std::vector<double> furthest;              // by die, how far it can give way
+    double longestChain = 0.0;                 // the side at least; 0 after keepLegal
     double keptChain = 0.0;
     std::vector<double> chain;  // by rank in the lower order
 };

@@ -16,26 +16,20 @@ class RecentLayouts {
 public:
     // Whether its orders and orientations were not noted lately; they are now.
     bool note(const Layout& layout) {
-        const std::uint64_t hash = hashOf(layout);
-        return std::exchange(slots[hash % slots.size()], hash) != hash;
-    }
-
-private:
-    static std::uint64_t hashOf(const Layout& layout) {
+        const SequencePair& orders = layout.sequences();
         std::uint64_t hash = 0;
-        for (unsigned rank = 0; rank < layout.dieNum(); ++rank) {
-            const unsigned die = layout.sequences().order(SequencePair::Upper)[rank];
-            for (const unsigned word : {die, layout.sequences().rank(SequencePair::Lower, die),
+        for (const unsigned die : orders.order(SequencePair::Upper)) {
+            for (const unsigned word : {die, orders.rank(SequencePair::Lower, die),
                                         orientIndex(layout.orientation(die))}) {
-                // 2^64 by the golden ratio, as in Fibonacci hashing; the shift brings high bits
-                // down.
+                // 2^64 by the golden ratio, as in Fibonacci hashing.
                 hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
                 hash ^= hash >> 29;
             }
         }
-        return hash;
+        return std::exchange(slots[hash % slots.size()], hash) != hash;
     }
 
+private:
     std::array<std::uint64_t, 4096> slots{};
 };
 

@@ -29,9 +29,13 @@ std::unique_ptr<const CoarseLevel> CoarseLevel::of(const PreparedDesign& whole) 
 
 Restart::Restart(const PreparedDesign& whole, const CoarseLevel* coarse, Numbers numbers,
                  CoolingSchedule::Kind kind, LevelAnnealer::Notice notice)
-    : whole(whole), coarse(coarse), numbers(numbers), kind(kind), notice(std::move(notice)) {
+    : whole(whole),
+      coarse(coarse),
+      stream(numbers.seed, numbers.restart),
+      kind(kind),
+      notice(std::move(notice)) {
     if (coarse == nullptr) {
-        annealer.emplace(whole, RandomStream(numbers.seed, numbers.restart), kind, this->notice);
+        beginWhole();
     } else {
         coarseAnnealer.emplace(coarse->prepared,
                                RandomStream(numbers.seed, kCoarseStreams + numbers.restart),
@@ -40,34 +44,34 @@ Restart::Restart(const PreparedDesign& whole, const CoarseLevel* coarse, Numbers
 }
 
 void Restart::advance(unsigned moves, double progress) {
-    if (coarse == nullptr) {
-        annealer->advance(moves, progress);
-    } else if (progress < kCoarsePhase) {
-        coarseAnnealer->advance(moves, progress / kCoarsePhase);
-    } else {
-        if (!annealer) {
-            expand();
-        }
-        annealer->advance(moves, (progress - kCoarsePhase) / (1.0 - kCoarsePhase));
+    const double coarsePhase = coarse == nullptr ? 0.0 : kCoarsePhase;
+    if (progress < coarsePhase) {
+        coarseAnnealer->advance(moves, progress / coarsePhase);
+        return;
     }
+    if (!annealer) {
+        beginWhole();
+    }
+    annealer->advance(moves, (progress - coarsePhase) / (1.0 - coarsePhase));
 }
 
-void Restart::expand() {
-    std::vector<StartLayout> starts;
-    for (const StartLayout& outcome : coarseAnnealer->outcomes()) {
-        starts.push_back(coarse->coarsening.expand(outcome));
+void Restart::beginWhole() {
+    LevelAnnealer::Starts starts;
+    if (coarseAnnealer) {
+        for (const Layout::Snapshot& outcome : coarseAnnealer->outcomes()) {
+            starts.push_back(coarse->coarsening.expand(outcome));
+        }
+        coarseAnnealer.reset();
     }
-    annealer.emplace(whole, RandomStream(numbers.seed, numbers.restart),
-                     starts.empty() ? kind : CoolingSchedule::Kind::ExpandedStarts, notice,
-                     std::move(starts));
-    coarseAnnealer.reset();
+    annealer.emplace(whole, stream, starts.empty() ? kind : CoolingSchedule::Kind::ExpandedStarts,
+                     notice, std::move(starts));
 }
 
 // A stop on the coarse level mostly leaves starts whose dies need more room than the region has;
 // some moves mend that.
 void Restart::finish() {
     if (!annealer) {
-        expand();
+        beginWhole();
         annealer->advance(kMendingMoves, kMendingProgress);
     }
     annealer->reportBest();

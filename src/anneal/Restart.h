@@ -45,11 +45,11 @@ public:
     void finish();
 
 private:
-    void expand();
+    void beginWhole();
 
     const PreparedDesign& whole;
     const CoarseLevel* const coarse;
-    const Numbers numbers;
+    const RandomStream stream;
     const CoolingSchedule::Kind kind;
     const LevelAnnealer::Notice notice;
     // One of them at a time.

@@ -6,7 +6,7 @@
 namespace korvel {
 
 SequencePair::SequencePair(unsigned dieNum) {
-    for (unsigned which = 0; which < 2; ++which) {
+    for (const Which which : kBoth) {
         orders[which].resize(dieNum);
         std::iota(orders[which].begin(), orders[which].end(), 0U);
         ranks[which] = orders[which];
@@ -15,8 +15,7 @@ SequencePair::SequencePair(unsigned dieNum) {
 
 void SequencePair::shuffle(RandomStream& random) {
     for (const Which which : kBoth) {
-        const auto dieNum = static_cast<unsigned>(orders[which].size());
-        for (unsigned left = dieNum; left > 1; --left) {
+        for (auto left = static_cast<unsigned>(orders[which].size()); left > 1; --left) {
             swap(which, orders[which][left - 1], orders[which][random.below(left)]);
         }
     }
@@ -54,8 +53,7 @@ Relations SequencePair::relations() const {
     Relations relations(dieNum);
     for (unsigned a = 0; a < dieNum; ++a) {
         for (unsigned b = a + 1; b < dieNum; ++b) {
-            const bool firstAbove = ranks[Upper][a] < ranks[Upper][b];
-            const bool firstBelow = ranks[Lower][a] < ranks[Lower][b];
+            const auto [firstAbove, firstBelow] = sidesOf(a, b);
             relations.set(a, b,
                           firstAbove ? (firstBelow ? Topology::L : Topology::A)
                                      : (firstBelow ? Topology::B : Topology::R));

@@ -17,6 +17,8 @@ class SequencePair {
 public:
     enum Which : unsigned { Upper, Lower };
     static constexpr std::array kBoth{Upper, Lower};
+    // By order, whether a die comes before another one.
+    using Sides = std::array<bool, 2>;
 
     explicit SequencePair(unsigned dieNum);
 
@@ -25,8 +27,12 @@ public:
     void swap(Which which, unsigned a, unsigned b);
     // Takes a die out of one order and puts it at `rank`.
     void moveTo(Which which, unsigned die, unsigned rank);
-    // The same, to just before another die or just after it.
+    // The same, to just before another die or just after it; in one order or both.
     void moveBeside(Which which, unsigned die, unsigned other, bool isBefore);
+    void moveBeside(unsigned die, unsigned other, Sides isBefore) {
+        moveBeside(Upper, die, other, isBefore[Upper]);
+        moveBeside(Lower, die, other, isBefore[Lower]);
+    }
     // Writes a die to a rank. Whoever does so puts the dies that this displaces elsewhere.
     void put(Which which, unsigned die, unsigned rank) {
         orders[which][rank] = die;
@@ -36,6 +42,9 @@ public:
     const std::vector<unsigned>& order(Which which) const { return orders[which]; }
     unsigned rank(Which which, unsigned die) const { return ranks[which][die]; }
     const std::vector<unsigned>& rankOfDies(Which which) const { return ranks[which]; }
+    Sides sidesOf(unsigned die, unsigned other) const {
+        return {ranks[Upper][die] < ranks[Upper][other], ranks[Lower][die] < ranks[Lower][other]};
+    }
 
     Relations relations() const;
 

@@ -18,7 +18,7 @@ constexpr bool comesFirst(Topology where) {
     return where == Topology::L || where == Topology::B;
 }
 
-// How a die lies to those that it comes first of along an axis.
+// The relation, along an axis, of the die with the lower coordinate to the other one.
 constexpr Topology firstAlong(Axis axis) {
     return axis == kX ? Topology::L : Topology::B;
 }

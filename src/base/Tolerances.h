@@ -1,4 +1,4 @@
-// Every tolerance of the rooms that reckon in double precision, each with the reason for its size.
+// The tolerances of the rooms that reckon in double precision, each with the reason for its size.
 // Doubles hold 16 digits; sums of the thousands of lengths of a design keep about 12 of them.
 #pragma once
 
@@ -33,6 +33,10 @@ inline constexpr double kMeantPosition = 1e-10;
 inline constexpr double kSlidingEnough = 1e-7;
 
 // --- Parts of a length -----------------------------------------------------------------------
+
+// The bound that a proof takes from least costs is lowered by this part, which is far more than the
+// rounding error of its sum and far less than kProved.
+inline constexpr double kBoundError = 1e-11;
 
 // More than the rounding error of any sum of lengths of nets.
 inline constexpr double kSumError = 1e-12;

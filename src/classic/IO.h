@@ -1,4 +1,4 @@
-// The program's front end: the command line and the benchmark reader. It writes to the engine's
+// The classic interface: its command line and its benchmark reader. It writes to the engine's
 // report stream; every error is written there first and then ends the run by throwing ProcessEnd
 // with the exit status (1 for the command line, 0 for the benchmark files).
 #pragma once

@@ -1,5 +1,5 @@
 // The placement engine: one object for the whole run. It owns the parameters, the netlist, the
-// tables of lower bounds and the run's flags; the reader fills it, run() places the benchmark.
+// tables of estimates and the run's flags; the reader fills it, run() places the benchmark.
 //
 // Everything runs on the main thread but the workers of a search, which live only inside BandB(),
 // and the timer of a limited run. While workers live, nothing of the engine changes but its stop
@@ -78,7 +78,7 @@ public:
     // Puts the blocks into the order in which they are placed and renumbers them.
     void ordering();
 
-    // --- Tables: lower bounds, rebuilt by every pass ------------------------------------------
+    // --- Tables: estimates of what is to come, rebuilt by every pass --------------------------
 
     void calcMinDistancesCombined();
     void minimalOrintationalPairsCalc();

@@ -1,4 +1,4 @@
-// The pre-calculation: fills the tables of lower bounds by trials of two blocks, and of a block and
+// The pre-calculation: fills the tables of estimates by trials of two blocks, and of a block and
 // the terminals.
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // What the commands have in common: their exit statuses, where they write, and the options that
-// mean the same to each. A command is a function that adds itself to the program; the lines in
-// Commands.cpp that call these functions are all that a new one needs beside its own file.
+// mean the same to each. A command is a function that adds itself to the program. A new one
+// needs its declaration here, its file in CMakeLists.txt, and in Commands.cpp a call and its name
+// among the first words.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -68,7 +69,7 @@ struct PlacedDesign {
 std::optional<PlacedDesign> readPlacedDesign(const PlacedDesignPaths& paths, Region region,
                                              const RuleOptions& ruleOptions, std::ostream& err);
 
-// Writes a file whole or not at all; says on `err` why not, and whether.
+// Writes a file whole or not at all. Whether it was written; if not, says why on `err`.
 bool writeFile(const std::string& path, const std::string& content, std::ostream& err);
 
 // `output` outlives the program's parsing; its streams are used from the calling thread only.

@@ -1,5 +1,5 @@
 // The front door: `korvel place`, `check`, `draw`, with their help. It reads, judges, shows and
-// saves; what it runs is the engine library and the folders beside this one. The classic command
+// saves; what it runs stands in the rooms below. The classic command
 // line is not touched by it.
 #pragma once
 

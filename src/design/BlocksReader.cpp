@@ -119,7 +119,7 @@ private:
         }
     }
 
-    // Zero by zero after an error.
+    // Zero by zero after an error that hides the size.
     Extent readSize(const std::string& subject) {
         file.scanner.token();
         const Outline<double> outline = file.scanner.outline<double>();

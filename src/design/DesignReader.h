@@ -1,6 +1,6 @@
-// The diagnosing reader of designs: the same files and the same grammar as the classic reader, but
-// it says everything that is wrong with them at once, with file and line, and is strict where the
-// classic reader is lax. Any bytes are safe to read; memory stays within a small multiple of the
+// The diagnosing reader of designs: the files of the classic reader, one record a line. It says
+// everything that is wrong with them at once, with file and line, and is strict where the classic
+// reader is lax. Any bytes are safe to read; memory stays within a small multiple of the
 // files' size, whatever they declare.
 #pragma once
 

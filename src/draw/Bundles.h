@@ -13,8 +13,7 @@ struct Bundle {
     unsigned second;  // a die, or a terminal
     std::size_t netNum = 0;
     std::size_t fartherNetNum = 0;  // of these, those that go on to other dies
-    // A net of k dies counts for each of its pairs as much as lets k - 1 of them make one net, as
-    // so many wires join k dies.
+    // A net of k dies counts 2 / k for each of its pairs, k - 1 in all: so many wires join k dies.
     double weight = 0.0;
     Spot from;  // the middle of its pins on the first
     Spot to;    // and on the second

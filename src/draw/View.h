@@ -21,7 +21,8 @@ inline constexpr const char* kText = "#1c2733";
 inline constexpr const char* kQuietText = "#5a6470";
 }  // namespace colour
 
-// From the design's plane, where y grows upward, to pixels. The larger side is always as long.
+// From the design's plane, where y grows upward, to pixels. The larger side has always
+// the same length in pixels.
 class View {
 public:
     // Of a box with an area.

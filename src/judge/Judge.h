@@ -32,7 +32,7 @@ struct Judgement {
     };
 
     double wirelength = 0.0;  // HPWL over all nets
-    // The same without the nets whose pins are all on one die, which no placement changes much.
+    // The same without the nets whose pins are all on one die, which no placement changes.
     double wirelengthBetweenDies = 0.0;
     Spot low;                  // of the box around all dies
     Extent extent;             // of that box

@@ -1,6 +1,6 @@
 // The limits that dies keep to along each axis: how far one lies from another that comes first, and
-// from where to where its lower-left corner may lie. Engines ask here and nowhere else, so what is
-// to hold for a package is said once.
+// from where to where its lower-left corner may lie. Annealing, proof and exact coordinates all ask
+// here, so what is to hold for a package is said once.
 // Filled once and never changed; any thread may read.
 #pragma once
 

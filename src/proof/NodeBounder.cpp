@@ -290,7 +290,7 @@ double NodeBounder::outstanding(const ProofNode& node) const {
             }
         }
     }
-    return sum * (1.0 - kNearPosition);
+    return sum * (1.0 - kBoundError);
 }
 
 double NodeBounder::leastOfPair(const ProofNode& node, unsigned low, unsigned high) const {

@@ -3,9 +3,10 @@
 // The bound is the sum of
 //   - the exact optimum of the nets between turned dies and the ground, along x and y, under the
 //     relations that are decided; wide nets take part with their turned bodies,
-//   - for every pair of dies whose nets are not part of that, the least that these nets can cost,
-//     whatever the dies' turns (as far as open) and their relation (as far as open),
-//   - for every die without a turn, the least that its nets to the ground can cost,
+//   - for every pair of turned dies whose nets are not part of that, the least that these nets can
+//     cost in the relations that are still open,
+//   - for every die without a turn, the least over its turns of what its nets to the ground and to
+//     the turned dies, and to dies of lower number without a turn, can cost together,
 //   - the nets on one body.
 // Every net is in one of them only: the bundle of two bodies goes as a whole into the first, or
 // into the second or third; wide nets only into the first. Each is a minimum over more than the

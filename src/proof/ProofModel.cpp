@@ -132,7 +132,7 @@ double ProofModel::leastLength() const {
         }
         sum += least;
     }
-    return sum * (1.0 - kNearPosition);
+    return sum * (1.0 - kBoundError);
 }
 
 }  // namespace korvel

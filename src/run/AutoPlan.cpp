@@ -13,8 +13,8 @@ constexpr std::size_t kMostProvedDies = 8;
 // What a run takes that nobody has limited, unless it can be expected to end with a proof.
 constexpr double kUnasked = 60.0;
 
-// A start for the proof, which makes good for what it lacks: so long per pair of dies, but no
-// larger part of the whole.
+// The first annealing only gives the proof a placement to start from: so many seconds per pair of
+// dies, and at most this part of the whole time.
 constexpr double kShortAnnealing = 0.03;
 constexpr double kFirstAnnealing = 0.1;
 // When the proof of a few dies more, which may come to its end and finds short placements on its

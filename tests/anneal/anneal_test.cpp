@@ -6,6 +6,7 @@
 
 #include "anneal/Annealer.h"
 #include "anneal/LevelAnnealer.h"
+#include "anneal/OrderedResults.h"
 #include "exact/ExactCoordinates.h"
 #include "support/random_designs.h"
 
@@ -141,6 +142,24 @@ TEST(Annealer, MovesAreDividedAmongRestarts) {
     }
 }
 
+// Whichever ends first; a restart may have found nothing, or never have begun.
+TEST(OrderedResults, AreOfferedByTheNumberOfTheirRestart) {
+    std::vector<double> offered;
+    OrderedResults results([&](const Placement& one) { offered.push_back(one[0].at.x); });
+    const auto numbered = [](double number) { return Placement{{{number, 0}}}; };
+    results.add(3, numbered(3));
+    results.add(1, std::nullopt);
+    results.add(2, numbered(2));
+    EXPECT_TRUE(offered.empty());
+    results.add(0, numbered(0));
+    EXPECT_EQ(offered, (std::vector<double>{0, 2, 3}));
+    results.add(6, numbered(6));
+    results.add(5, numbered(5));
+    EXPECT_EQ(offered.size(), 3U);
+    results.offerRest();
+    EXPECT_EQ(offered, (std::vector<double>{0, 2, 3, 5, 6}));
+}
+
 TEST(Annealer, OneDieWithoutNetsIsPlaced) {
     Design design;
     design.dies.push_back({"long", {9, 2}});
@@ -204,16 +223,46 @@ TEST(LevelAnnealer, TellsOfShorterLegalPlacements) {
         annealer.reportBest();
         EXPECT_EQ(told.size(), toldNum) << "told once";
         ASSERT_FALSE(told.empty());
-        const std::vector<StartLayout> outcomes = annealer.outcomes();
+        const std::vector<Layout::Snapshot> outcomes = annealer.outcomes();
         ASSERT_GT(outcomes.size(), 5U);
         double before = 0.0;
-        for (const StartLayout& outcome : outcomes) {
+        for (const Layout::Snapshot& outcome : outcomes) {
             const double length = wirelength(design, outcome.placement);
             EXPECT_TRUE(isLegal(design, region, outcome.placement, kSlack));
             EXPECT_GE(length, before - 1e-9);
             EXPECT_GE(length, told.back() - 1e-9);
             before = length;
         }
+    }
+}
+
+// In a row there is one way to say how the dies of a placement lie, so its best coordinates are
+// known. Sliding one die at a time does not reach them.
+TEST(LevelAnnealer, TellsOfExactCoordinatesAlone) {
+    constexpr unsigned kDies = 6;
+    const Region row{40, 4};
+    Layout::Snapshot start{SequencePair(kDies), Placement(kDies)};
+    for (unsigned die = 0; die < kDies; ++die) {
+        start.placement[die].at.x = 6.0 * die;
+    }
+    for (unsigned seed = 1; seed <= 5; ++seed) {
+        const Design design = RandomDesigns(seed).make({kDies, 4, 60, 4, 4, 36, 1.0});
+        const PreparedDesign prepared(design, row);
+        int told = 0;
+        const auto expectExact = [&](const Placement& found) {
+            std::vector<Orient> orients;
+            for (const PlacedDie& die : found) {
+                orients.push_back(die.orient);
+            }
+            const auto exact = exactCoordinates(design, row, Relations::of(design, found), orients);
+            ASSERT_TRUE(exact);
+            EXPECT_NEAR(wirelength(design, found), wirelength(design, *exact), 1e-9);
+            ++told;
+        };
+        LevelAnnealer annealer(prepared, RandomStream(seed, 1), CoolingSchedule::Kind::SingleStart,
+                               expectExact, {start});
+        annealer.reportBest();
+        EXPECT_EQ(told, 1);
     }
 }
 

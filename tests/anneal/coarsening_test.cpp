@@ -43,7 +43,7 @@ TEST(Coarsening, LeavesOutTheMemoriesOfHosts) {
     });
     RandomStream random(1, 1);
     for (int round = 0; round < 20; ++round) {
-        StartLayout start{shuffled(6, random), Placement(6)};
+        Layout::Snapshot start{shuffled(6, random), Placement(6)};
         for (PlacedDie& die : start.placement) {
             die = {{100.0 * random.uniform(), 100.0 * random.uniform()},
                    static_cast<Orient>(random.below(kUnmirroredOrients))};
@@ -103,11 +103,11 @@ TEST(Coarsening, PutsSatellitesOnAllSidesOfTheirHost) {
     const NetModel nets(design);
     const Coarsening coarsening(design, nets);
     RandomStream random(1, 2);
-    StartLayout start{shuffled(5, random), Placement(5)};
+    Layout::Snapshot start{shuffled(5, random), Placement(5)};
     for (PlacedDie& die : start.placement) {
         die = {{60.0 * random.uniform(), 60.0 * random.uniform()}, Orient::W};
     }
-    const StartLayout whole = coarsening.expand(start);
+    const Layout::Snapshot whole = coarsening.expand(start);
     const Relations relations = whole.orders.relations();
     for (unsigned host = 0; host < 25; host += 5) {
         std::set<Topology> sides;
@@ -122,8 +122,8 @@ TEST(Coarsening, PutsSatellitesOnAllSidesOfTheirHost) {
             }
         }
     }
-    Layout layout(nets, {100, 100});
-    layout.place(whole.orders, whole.placement);
+    Layout layout(nets, {design, {100, 100}});
+    layout.place(whole);
     ASSERT_TRUE(layout.arrange(random, {kAnything, kAnything}));
     ordersHold(layout, design);
 }

@@ -50,7 +50,8 @@ TEST(DieGroups, WithoutNetsOnlySingleDiesAreAlike) {
 // other.
 class MovedGroups : public testing::Test {
 protected:
-    MovedGroups() : design(hostsWithMemories(2, 3)), nets(design), layout(nets, {400, 400}) {
+    MovedGroups()
+        : design(hostsWithMemories(2, 3)), nets(design), layout(nets, {design, {400, 400}}) {
         SequencePair orders(8);
         Placement start(8);
         for (const unsigned host : kHosts) {
@@ -61,7 +62,7 @@ protected:
                 orders.put(SequencePair::Upper, host + memory, host + 4 - memory);
             }
         }
-        layout.place(orders, start);
+        layout.place({orders, start});
         moves.emplace(layout);
     }
 

@@ -55,7 +55,7 @@ protected:
     RandomChanges()
         : design(RandomDesigns(GetParam()).make({8, 4, 40, 5, 9, 30, 1.0})),
           prepared(design, kRegion),
-          layout(prepared.nets(), kRegion),
+          layout(prepared.nets(), prepared.limits),
           moves(layout, prepared),
           random(1, GetParam()) {
         layout.editOrders().shuffle(random);
@@ -110,7 +110,7 @@ TEST_P(RandomChanges, LengthAndOverflowAreThoseOfThePlacement) {
 
 TEST_P(RandomChanges, UndoRestoresAllBits) {
     for (int change = 0; change < 200; ++change) {
-        const StartLayout before = layout.snapshot();
+        const Layout::Snapshot before = layout.snapshot();
         const double length = layout.length();
         const double overflow = layout.overflow();
         const double preferred = layout.preferredCorner(change % 8).x;
@@ -183,17 +183,17 @@ TEST_P(RandomChanges, SlideToTheBestPlaceBetweenNeighbours) {
 // Everything lies on a grid, so wirelengths a quarter of a step away give the slopes.
 TEST_P(RandomChanges, CostsOfADieAreWirelengthsAndSlopes) {
     constexpr double kStep = 0.25;
-    const NetsOfDies netsOfDies(prepared.nets());
+    const NetsOfDies netsOfDies = findNetsOfDies(prepared.nets());
     for (const Axis axis : {kX, kY}) {
         std::vector<double> corners(9, 0.0);
         std::vector<Orient> orients(9, Orient::N);
         Placement placement(8);
-        NetCosts costs(prepared.nets(), netsOfDies, axis, corners);
+        NetCosts costs(prepared.nets(), netsOfDies, axis, orients, corners);
         for (int round = 0; round < 50; ++round) {
             const unsigned die = random.below(8);
             orients[die] = placement[die].orient = static_cast<Orient>(random.below(4));
             along(placement[die].at, axis) = corners[die] = random.below(30);
-            costs.setOrientation(die, orients);
+            costs.turned(die);
             costs.beginMeasuring();
             costs.measureNetsOf(die);
             const double length = wirelength(design, placement);
@@ -220,9 +220,9 @@ TEST(Layout, ReleasedDiesPushNobodyWhereThereIsRoom) {
     design.terminals = {{"t", {30, 2}}};
     design.nets = {{{{1, {1, 2}}, {4, {0, 0}}}}};
     const NetModel nets(design);
-    Layout layout(nets, {40, 40});
+    Layout layout(nets, {design, {40, 40}});
     SequencePair orders(4);
-    layout.place(orders, {{{2, 0}}, {{8, 0}}, {{12, 0}}, {{20, 5}}});
+    layout.place({orders, {{{2, 0}}, {{8, 0}}, {{12, 0}}, {{20, 5}}}});
     for (const unsigned die : {1U, 3U}) {
         layout.release(die);
     }
@@ -284,7 +284,7 @@ TEST(Acceptance, ThresholdsFollowTheTemperature) {
 // Three dies of 6 in a row of 12 do not fit; one above the other two does.
 class OverflowingLayout : public testing::Test {
 protected:
-    OverflowingLayout() : layout(nets, kSquare) {
+    OverflowingLayout() : layout(nets, {design, kSquare}) {
         RandomStream random(4, 1);
         layout.arrange(random, kNoLimits);
         layout.keep();

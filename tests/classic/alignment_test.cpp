@@ -82,12 +82,25 @@ struct Tally {
     double bounds = 0;
 };
 
+// Files may list terminals before dies. Their indices are then such as dies have too, and bounds
+// are low.
+void listTerminalsFirst(Netlist& netlist) {
+    for (unsigned terminal = 0; terminal < netlist.terminals.size(); ++terminal) {
+        netlist.terminals[terminal].updateOrderIndex(terminal);
+    }
+}
+
 void expectSame(Design design, std::mt19937& random, Tally& tally) {
     if (random() % 4 == 0) {
         design.area = {};
     }
     Engine fast(design);
     Engine plain(design);
+    const bool terminalsFirst = design.nets.size() % 4 == 0;
+    if (terminalsFirst) {
+        listTerminalsFirst(fast.netlist);
+        listTerminalsFirst(plain.netlist);
+    }
     fast.placer.ordering();
     plain.placer.ordering();
     const auto dies = static_cast<unsigned>(design.dies.size());
@@ -125,8 +138,8 @@ void expectSame(Design design, std::mt19937& random, Tally& tally) {
             EXPECT_LE(bound.leastLength(unfinished, space, kAll), length);
             const double least = bound.leastLength(node, space, kAll);
             EXPECT_LE(least, length);
-            tally.lengths += length;
-            tally.bounds += least;
+            tally.lengths += terminalsFirst ? 0.0 : length;
+            tally.bounds += terminalsFirst ? 0.0 : least;
             // Where less is enough, less work still reaches it.
             EXPECT_GE(bound.leastLength(node, space, 0.8 * least), 0.8 * least);
         }

@@ -68,6 +68,16 @@ TEST(Search, FindsAnArrangementThatExistsAndMostlyTheBest) {
     EXPECT_GE(optimal, kDesigns * 3 / 4);
 }
 
+// With three dies a relation is given up when it costs more than a quarter of the best wirelength
+// beyond its level's cheapest one. Here the best arrangement needs one that costs just so much.
+TEST(Search, ARelationOnTheEdgeOfTheLevelCutIsTried) {
+    const Design design = randomDesign(110, {3, 4, 2});
+    Engine engine(design);
+    engine.placer.ordering();
+    engine.placer.place();
+    EXPECT_EQ(engine.placer.getBestNode().wirelength, *enumerate(design).begin());
+}
+
 TEST(Search, RunsAreSoundWithOneWorkerAndWithFour) {
     for (unsigned seed = 100; seed < 108; ++seed) {
         for (const unsigned threads : {1U, 4U}) {

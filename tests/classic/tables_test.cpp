@@ -66,13 +66,21 @@ TEST(PairTable, SeveralNetsMeetInTheMiddle) {
 }
 
 // A net that goes on to a third die counts in part: its length times 0.75 (0.7 with a terminal) to
-// the power of its dies plus the first die's index, halved and scaled by 10 / 3, times 2.4.
+// the power of its dies plus the first die's index, halved, times 2.4. Up to eight dies scale the
+// power.
 TEST(PairTable, OpenNetsAreDiscounted) {
     Design design{{{"a", 8, 8}, {"b", 8, 8}, {"c", 8, 8}}, {{"t", 0, 0}}, {}, {}};
-    design.nets = {{{"a"}, {"b"}, {"c"}}};
-    EXPECT_FLOAT_EQ(leftDistance(design, 1, 0), float(8 * std::pow(0.75, 2 * 10.0 / 3) * 2.4));
-    design.nets = {{{"a"}, {"b"}, {"c"}, {"t"}}};
-    EXPECT_FLOAT_EQ(leftDistance(design, 1, 0), float(8 * std::pow(0.7, 2 * 10.0 / 3) * 2.4));
+    for (const auto& [dies, power] : {std::pair{3U, 20.0 / 3}, {8U, 20.0 / 8}, {9U, 2.0}}) {
+        SCOPED_TRACE(dies);
+        while (design.dies.size() < dies) {
+            design.dies.push_back({"d" + std::to_string(design.dies.size()), 8, 8});
+        }
+        design.nets = {{{"a"}, {"b"}, {"c"}}};
+        EXPECT_FLOAT_EQ(leftDistance(design, 1, 0), float(8 * std::pow(0.75, power) * 2.4));
+        design.nets = {{{"a"}, {"b"}, {"c"}, {"t"}}};
+        EXPECT_FLOAT_EQ(leftDistance(design, 1, 0), float(8 * std::pow(0.7, power) * 2.4));
+    }
+    design.dies.resize(3);
     design.nets = {{{"a"}, {"b"}, {"t"}}};  // complete: the terminal takes its share
     EXPECT_EQ(leftDistance(design, 1, 0), 4);
     EXPECT_EQ(leftDistance(design, 2, 0), 0);

@@ -149,7 +149,7 @@ INSTANTIATE_TEST_SUITE_P(
                     EnumerationCase{"farTerminals", {3, 4, 8, 4, 3, 40, 1.0}, 7, 8, 200},
                     EnumerationCase{"fractions", {3, 2, 6, 4, 7, 12, 0.3}, 3.6, 3.3, 100},
                     EnumerationCase{"diesWiderThanTheRegion", {3, 2, 5, 4, 6, 8, 1.0}, 12, 5, 300},
-                    EnumerationCase{"manyNets", {2, 1, 300, 2, 16, 20, 0.25}, 7, 7, 20}),
+                    EnumerationCase{"manyNets", {2, 1, 300, 2, 64, 80, 1.0 / 16}, 7, 6, 20}),
     [](const auto& one) { return one.param.name; });
 
 // Dies side by side in rows, with gaps.
@@ -222,6 +222,39 @@ TEST(ExactCoordinates, FillsTheRegionDespiteRounding) {
     ASSERT_TRUE(found);
     EXPECT_TRUE(isLegal(design, {1.0, 1.0}, *found, kSlack));
     EXPECT_FALSE(exactCoordinates(design, {1.0 - 1e-7, 1.0}, relations, upright));
+}
+
+// Lengths that are whole numbers leave nothing to rounding. The first die is wanted beyond its
+// place by less than what counts as meant there, the second one at the end of the region.
+TEST(ExactCoordinates, WholeLengthsStayInTheRegionExactly) {
+    Design design;
+    design.dies = {{"a", {2, 1}}, {"b", {3, 1}}};
+    design.terminals = {{"near", {5 + 4e-10, 0}}, {"far", {20, 0}}};
+    design.nets = {{{{0, {0, 0}}, {2, {}}}}, {{{1, {0, 0}}, {3, {}}}}, {{{1, {1, 0}}, {3, {}}}}};
+    Relations relations(2);
+    relations.set(0, 1, Topology::L);
+    const auto found = exactCoordinates(design, {10, 1}, relations, {Orient::N, Orient::N});
+    ASSERT_TRUE(found);
+    EXPECT_EQ((*found)[0].at.x, 5.0);
+    EXPECT_EQ((*found)[1].at.x, 7.0);
+}
+
+// However far outside the region a terminal lies, it pulls as if it were just outside.
+TEST(ExactCoordinates, TerminalsPullAlikeFromAnyDistance) {
+    Design design;
+    design.dies = {{"a", {2, 1}}, {"b", {3, 1}}};
+    design.nets = {{{{0, {0, 0}}, {2, {}}}}, {{{1, {0, 0}}, {3, {}}}}, {{{0, {1, 0}}, {1, {}}}}};
+    Relations relations(2);
+    relations.set(0, 1, Topology::L);
+    for (const double distance : {11.0, 1e6, 1e12, 1e18}) {
+        for (const double side : {-1.0, 1.0}) {
+            design.terminals = {{"t", {side * distance, 0}}, {"u", {2 * side * distance, 0}}};
+            const auto found = exactCoordinates(design, {10, 1}, relations, {Orient::N, Orient::N});
+            ASSERT_TRUE(found);
+            EXPECT_DOUBLE_EQ((*found)[0].at.x, side < 0 ? 0.0 : 5.0) << side * distance;
+            EXPECT_DOUBLE_EQ((*found)[1].at.x, side < 0 ? 2.0 : 7.0) << side * distance;
+        }
+    }
 }
 
 TEST(ExactCoordinates, RelationsInACircleAreNone) {

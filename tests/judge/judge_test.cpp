@@ -50,21 +50,32 @@ const std::vector<Case> kCases{
     {"without orientation", {{5, 5}, Orient::Undefined}, 0, 0, {}, false},
 };
 
+void expectFaults(Extent size, const Case& expected) {
+    const Judgement found =
+        judge(withDies({size, size}), kTenByTen, {{}, expected.second}, expected.tolerance);
+    EXPECT_EQ(found.isLegal(), expected.isLegal);
+    EXPECT_DOUBLE_EQ(found.overlapArea, expected.overlap);
+    EXPECT_EQ(found.overlapNum, expected.overlap > 0 ? 1U : 0U);
+    std::array<double, 4> beyond{};
+    if (!found.outside.empty()) {
+        const auto& [die, left, right, below, above] = found.outside.front();
+        EXPECT_EQ(die, 1U);
+        beyond = {left, right, below, above};
+    }
+    EXPECT_EQ(beyond, expected.beyond);
+}
+
+// Both axes are judged alike, so each case is tried with x and y exchanged as well.
 TEST(Judge, FindsWhatIsWrong) {
     for (const Case& expected : kCases) {
         SCOPED_TRACE(expected.what);
-        const Judgement found =
-            judge(withDies({{4, 2}, {4, 2}}), kTenByTen, {{}, expected.second}, expected.tolerance);
-        EXPECT_EQ(found.isLegal(), expected.isLegal);
-        EXPECT_DOUBLE_EQ(found.overlapArea, expected.overlap);
-        EXPECT_EQ(found.overlapNum, expected.overlap > 0 ? 1U : 0U);
-        std::array<double, 4> beyond{};
-        if (!found.outside.empty()) {
-            const auto& [die, left, right, below, above] = found.outside.front();
-            EXPECT_EQ(die, 1U);
-            beyond = {left, right, below, above};
-        }
-        EXPECT_EQ(beyond, expected.beyond);
+        expectFaults({4, 2}, expected);
+        Case exchanged = expected;
+        std::swap(exchanged.second.at.x, exchanged.second.at.y);
+        const auto [left, right, below, above] = expected.beyond;
+        exchanged.beyond = {below, above, left, right};
+        SCOPED_TRACE("with x and y exchanged");
+        expectFaults({2, 4}, exchanged);
     }
 }
 

@@ -1,16 +1,14 @@
-// Proofs of optimality, against plain enumeration; bounds, against placements that they must not
-// exceed.
+// Proofs of optimality, against plain enumeration.
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <numeric>
 #include <thread>
 
 #include "exact/ExactCoordinates.h"
-#include "proof/NodeBounder.h"
+#include "proof/ProofModel.h"
 #include "proof/Prover.h"
+#include "proof/Symmetry.h"
 #include "support/random_designs.h"
 
 namespace korvel {
@@ -37,148 +35,6 @@ Outcome proveAlone(const Design& design, Region region, const ProofOptions& opti
     const ProofResult result = prove(design, region, options, incumbent, {}, progress);
     return {result, incumbent.best(), progress.lowerBound, progress.shareDone};
 }
-
-// --- Bounds ----------------------------------------------------------------------------------
-
-Relations randomRelations(RandomDesigns& random, unsigned dieNum) {
-    Relations relations(dieNum);
-    for (unsigned a = 0; a < dieNum; ++a) {
-        for (unsigned b = a + 1; b < dieNum; ++b) {
-            relations.set(a, b, static_cast<Topology>(random.number(0, 3)));
-        }
-    }
-    return relations;
-}
-
-// Decides the turns and relations of a placement one by one, in any order in which dies come before
-// their relations.
-class Descent {
-public:
-    Descent(const Design& design, Region region, const Relations& relations,
-            const Placement& placement)
-        : nets(design),
-          model(design, nets, region),
-          bounder(model),
-          relations(relations),
-          placement(placement),
-          node(bounder.root()) {}
-
-    const ProofNode& getNode() const { return node; }
-
-    // To be asked at the end.
-    Relations keptRelations() const {
-        Relations kept(placement.size());
-        for (unsigned high = 1; high < placement.size(); ++high) {
-            for (unsigned low = 0; low < high; ++low) {
-                const Whereabouts where = node.where[pairIndex(low, high)];
-                EXPECT_TRUE(std::has_single_bit(where));
-                kept.set(low, high, static_cast<Topology>(std::countr_zero(where)));
-            }
-        }
-        return kept;
-    }
-
-    // False when there is nothing left to decide.
-    bool decideOne(RandomDesigns& random) {
-        std::vector<std::function<std::optional<ProofNode>()>> choices;
-        for (unsigned high = 0; high < placement.size(); ++high) {
-            if (!node.isTurned(high)) {
-                choices.push_back([this, high] {
-                    return bounder.withTurn(
-                        node, high, static_cast<unsigned>(placement[high].orient), kInfinity);
-                });
-                continue;
-            }
-            for (unsigned low = 0; low < high; ++low) {
-                if (node.isTurned(low) && !decided[low][high]) {
-                    choices.push_back([this, low, high] { return relate(low, high); });
-                }
-            }
-        }
-        if (choices.empty()) {
-            return false;
-        }
-        const auto next = choices[random.number(0, static_cast<int>(choices.size()) - 1)]();
-        EXPECT_TRUE(next.has_value()) << "a legal placement was ruled out";
-        if (next) {
-            node = *next;
-        }
-        return next.has_value();
-    }
-
-private:
-    std::optional<ProofNode> relate(unsigned low, unsigned high) {
-        decided[low][high] = true;
-        const Whereabouts where = node.where[pairIndex(low, high)];
-        const Topology topology = relations.get(low, high);
-        // What is implied already may be implied differently.
-        if ((where & bitOf(topology)) == 0) {
-            return node;
-        }
-        return bounder.withRelation(node, low, high, topology, kInfinity);
-    }
-
-    NetModel nets;
-    ProofModel model;
-    NodeBounder bounder;
-    const Relations& relations;
-    const Placement& placement;
-    ProofNode node;
-    bool decided[8][8]{};
-};
-
-struct BoundCase {
-    const char* name;
-    RandomShape shape;
-    double width, height;
-    int rounds;
-};
-
-class ProofBounds : public testing::TestWithParam<BoundCase> {};
-
-// The way down to a placement never passes a bound above its length; at the end the bound is the
-// length of the best placement with the same relations (of which some may imply others).
-TEST_P(ProofBounds, NeverExceedAPlacementBelowThem) {
-    const auto& [name, shape, width, height, rounds] = GetParam();
-    const Region region{width, height};
-    RandomDesigns random(11);
-    int placed = 0;
-    for (int round = 0; round < rounds; ++round) {
-        const Design design = random.make(shape);
-        const Relations relations = randomRelations(random, shape.dies);
-        std::vector<Orient> orients(shape.dies);
-        std::generate(orients.begin(), orients.end(), [&] { return random.orient(); });
-        const auto placement = exactCoordinates(design, region, relations, orients);
-        if (!placement) {
-            continue;
-        }
-        ++placed;
-        const double length = wirelength(design, *placement);
-        Descent descent(design, region, relations, *placement);
-        double before = 0.0;
-        do {
-            ASSERT_LE(descent.getNode().bound, length) << "round " << round;
-            ASSERT_GE(descent.getNode().bound, before) << "round " << round;
-            before = descent.getNode().bound;
-        } while (descent.decideOne(random));
-        const auto shortest = exactCoordinates(design, region, descent.keptRelations(), orients);
-        ASSERT_TRUE(shortest);
-        ASSERT_NEAR(descent.getNode().bound, wirelength(design, *shortest), 1e-6)
-            << "round " << round;
-    }
-    EXPECT_GT(placed, rounds / 20);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Designs, ProofBounds,
-    testing::Values(BoundCase{"plain", {3, 2, 8, 2, 4, 8, 1.0}, 11, 10, 800},
-                    BoundCase{"wideNets", {4, 3, 10, 6, 4, 8, 1.0}, 14, 13, 800},
-                    BoundCase{"noTerminals", {4, 0, 10, 3, 4, 8, 1.0}, 13, 14, 800},
-                    BoundCase{"terminalsOnly", {3, 6, 8, 2, 4, 20, 1.0}, 9, 9, 800},
-                    BoundCase{"fractions", {4, 2, 9, 4, 7, 12, 0.3}, 6.3, 6.6, 800},
-                    BoundCase{"manyNets", {3, 2, 200, 3, 16, 20, 0.25}, 9, 9, 100},
-                    BoundCase{"sixDies", {6, 3, 20, 4, 3, 12, 1.0}, 17, 16, 800}),
-    [](const auto& one) { return one.param.name; });
 
 // --- Proofs ----------------------------------------------------------------------------------
 
@@ -406,6 +262,31 @@ TEST(Symmetry, NeitherTerminalsNorSidesThatDifferAreTurned) {
     design.terminals = {{"t", {4, 0}}};
     design.nets.push_back({{{1, {0, 0}}, {2, {}}}});
     EXPECT_EQ(imageNum({9, 9}), 1U);
+}
+
+// Two dies with nets of their own to the same terminals, by pairs or with a third die on each, can
+// be exchanged. They cannot when a terminal of one of them is moved, be it the lower or the upper
+// end of its net along either axis.
+TEST(Symmetry, TwinsAreWantedAtTheSamePlaces) {
+    const std::vector<unsigned> order{0, 1, 2};
+    const auto imageNum = [&](unsigned pinsOnThird, Spot low, Spot high) {
+        Design design;
+        design.dies = {{"a", {3, 2}}, {"b", {3, 2}}, {"third", {2, 1}}};
+        design.terminals = {{"low", {0, 0}}, {"high", {5, 4}}, {"l", low}, {"h", high}};
+        for (const unsigned die : {0U, 1U}) {
+            Design::Net net{{{die, {1, 0}}, {3 + 2 * die, {}}, {4 + 2 * die, {}}}};
+            net.pins.insert(net.pins.end(), pinsOnThird, {2, {0, 1}});
+            design.nets.push_back(net);
+        }
+        return Symmetry(ProofModel(design, NetModel(design), {9, 9}), order).getImageNum();
+    };
+    for (const unsigned pinsOnThird : {0U, 1U}) {
+        EXPECT_EQ(imageNum(pinsOnThird, {0, 0}, {5, 4}), 2U);
+        for (const Spot moved : {Spot{1, 0}, Spot{0, 1}}) {
+            EXPECT_EQ(imageNum(pinsOnThird, moved, {5, 4}), 1U);
+            EXPECT_EQ(imageNum(pinsOnThird, {0, 0}, {5 + moved.x, 4 + moved.y}), 1U);
+        }
+    }
 }
 
 TEST(Symmetry, TurnsThatLookTheSameAreTriedOnce) {

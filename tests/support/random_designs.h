@@ -1,5 +1,5 @@
-// Random designs on a grid, and a judge of placements, for the tests of what stands around the base
-// search.
+// Random designs on a grid, and whether placements of them are legal, for the tests of what works
+// on designs in double precision.
 #pragma once
 
 #include <gtest/gtest.h>

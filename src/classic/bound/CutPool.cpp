@@ -12,10 +12,6 @@ CutPool::CutPool(const LengthNets& nets, Axis axis, unsigned placed, double slac
 }
 
 void CutPool::startNode(const BBNode& node) {
-    if (family == node.family) {
-        return;
-    }
-    family = node.family;
     if (orients != node.blocksOrients) {
         orients = node.blocksOrients;
         oriented.orient(nets, orients);

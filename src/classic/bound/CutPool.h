@@ -55,8 +55,7 @@ private:
 
     const LengthNets& nets;
     double slack;
-    std::uint64_t family = 0;         // of the node
-    std::vector<Orient> orients;      // of its blocks
+    std::vector<Orient> orients;      // of the node's blocks
     std::uint64_t orientsNumber = 0;  // counts the changes of `orients`
     OrientedNets oriented;
     std::vector<Entry> entries;

@@ -26,24 +26,17 @@ const std::vector<unsigned>& CycleSearch::find(const BodyMatrix& gains) {
 void CycleSearch::clear(unsigned bodyNum) {
     potentials.resize(BodyMatrix::quadsFor(bodyNum));
     successors.resize(potentials.size());
-    relaxed.resize(bodyNum);
     std::fill(potentials.begin(), potentials.end(), allLanes(0.0F));
     std::fill(successors.begin(), successors.end(), allLanes(kNone));
-    std::fill(relaxed.begin(), relaxed.end(), -kInfinity);
     cycle.clear();
 }
 
-// Returns the last body that made a path better; the number of bodies if none did. A body whose
-// own path is as it was when it was relaxed last is passed over.
+// Returns the last body that made a path better; the number of bodies if none did.
 unsigned CycleSearch::relaxAll(const BodyMatrix& gains) {
     const unsigned quadNum = gains.getQuadNum();
     unsigned last = gains.getBodyNum();
     for (unsigned to = 0; to < gains.getBodyNum(); ++to) {
         const float onward = potentials[to / kLanes][to % kLanes];
-        if (onward == relaxed[to]) {
-            continue;
-        }
-        relaxed[to] = onward;
         const Quad* row = gains.rowTo(to);
         for (unsigned q = 0; q < quadNum; ++q) {
             const Quad path = allLanes(onward) + row[q];

@@ -28,7 +28,6 @@ private:
     // where that path goes next.
     std::vector<Quad> potentials;
     std::vector<QuadMask> successors;
-    std::vector<float> relaxed;  // by body: its potential when the arcs to it were relaxed last
     std::vector<unsigned> cycle;
 };
 

@@ -20,11 +20,9 @@ LengthCut::LengthCut(const LengthNets& nets, Axis axis, unsigned placed)
         slopeSteps.push_back(static_cast<unsigned>(group.size()));
     }
     for (unsigned n = 0; n < nets.boxNum(placed); ++n) {
-        const unsigned body = nets.firstBody(n);
-        ends.push_back({body, body});
-        for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
-            boxPart(body, o) += double{nets.highest(axis, body, o)[n]};
-            boxPart(body, o) -= double{nets.lowest(axis, body, o)[n]};
+        for (const End end : {kHigh, kLow}) {
+            endBodies[end].push_back(nets.firstBody(n));
+            addToParts(nets, axis, end, n, 1.0);
         }
     }
 }
@@ -53,20 +51,19 @@ void LengthCut::setFlows(const std::vector<unsigned>& unitsByCell) {
     }
 }
 
-void LengthCut::readLowOff(const LengthNets& nets, Axis axis, unsigned net, unsigned body) {
-    for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
-        boxPart(ends[net].low, o) += double{nets.lowest(axis, ends[net].low, o)[net]};
-        boxPart(body, o) -= double{nets.lowest(axis, body, o)[net]};
-    }
-    ends[net].low = body;
+void LengthCut::readOff(const LengthNets& nets, Axis axis, End end, unsigned net, unsigned body) {
+    addToParts(nets, axis, end, net, -1.0);
+    endBodies[end][net] = body;
+    addToParts(nets, axis, end, net, 1.0);
 }
 
-void LengthCut::readHighOff(const LengthNets& nets, Axis axis, unsigned net, unsigned body) {
+// What the end adds to the length, times `sign`.
+void LengthCut::addToParts(const LengthNets& nets, Axis axis, End end, unsigned net, double sign) {
+    const unsigned body = endBodies[end][net];
+    const double factor = end == kHigh ? sign : -sign;
     for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
-        boxPart(ends[net].high, o) -= double{nets.highest(axis, ends[net].high, o)[net]};
-        boxPart(body, o) += double{nets.highest(axis, body, o)[net]};
+        boxParts[body * kUnmirroredOrients + o] += factor * nets.outermost(end, axis, body, o)[net];
     }
-    ends[net].high = body;
 }
 
 }  // namespace korvel

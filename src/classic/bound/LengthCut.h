@@ -51,11 +51,6 @@ public:
         std::size_t cell;  // of a BodyMatrix: from, to
         double units;
     };
-    // The bodies that a box net is read off.
-    struct Ends {
-        unsigned low;
-        unsigned high;
-    };
 
     LengthCut() = default;
     // Without slopes and flow: both ends of a box net are read off its first body, and pair groups
@@ -81,18 +76,16 @@ public:
     unsigned getSlopeSteps(unsigned group) const { return slopeSteps[group]; }
     void setSlopeSteps(unsigned group, unsigned steps) { slopeSteps[group] = steps; }
 
-    unsigned boxNum() const { return static_cast<unsigned>(ends.size()); }
-    Ends getEnds(unsigned net) const { return ends[net]; }
-    void readLowOff(const LengthNets& nets, Axis axis, unsigned net, unsigned body);
-    void readHighOff(const LengthNets& nets, Axis axis, unsigned net, unsigned body);
+    unsigned boxNum() const { return static_cast<unsigned>(endBodies[kLow].size()); }
+    // The body that an end of a box net is read off.
+    unsigned getBody(End end, unsigned net) const { return endBodies[end][net]; }
+    void readOff(const LengthNets& nets, Axis axis, End end, unsigned net, unsigned body);
 
 private:
-    double& boxPart(unsigned body, unsigned orient) {
-        return boxParts[body * kUnmirroredOrients + orient];
-    }
+    void addToParts(const LengthNets& nets, Axis axis, End end, unsigned net, double sign);
 
-    std::vector<unsigned> slopeSteps;  // by pair group
-    std::vector<Ends> ends;            // by box net
+    std::vector<unsigned> slopeSteps;        // by pair group
+    std::vector<unsigned> endBodies[kEnds];  // by box net
     // What the pins on a body add to the constant as ends of box nets: by body and orientation.
     std::vector<double> boxParts;
     std::vector<Flow> flows;

@@ -32,28 +32,16 @@ LengthGaps::LengthGaps(Axis axis, unsigned numBlocks, Area area)
     gaps.front().at(0, 0) = 0.0F;
 }
 
-// A further node of a family has the same blocks and the same relations but for the newest block's.
-// Its sides need no look: once every block counts in the graph's length, they depend on the blocks
-// and the area only.
 bool LengthGaps::follow(const BBNode& node) {
     const ConsraintGraphList& graph = axis == kX ? node.horizontalGraph : node.verticalGraph;
     placed = node.numBlocks;
-    const bool isSibling = node.family == family && graph.isMeasured() && measured;
-    family = node.family;
-    measured = graph.isMeasured();
-    known = std::min(known, isSibling ? placed - 1 : placed);
-    if (!isSibling) {
-        if (!takeSides(graph)) {
-            family = 0;
-            return false;
-        }
-        takeEdges(graph);
+    known = std::min(known, placed);
+    if (!takeSides(graph)) {
+        return false;
     }
-    for (unsigned block = known; block < placed; ++block) {
-        addBlock(graph, block);
-    }
-    if (!isSibling) {
-        known = placed;
+    takeEdges(graph);
+    for (; known < placed; ++known) {
+        addBlock(graph, known);
     }
     return true;
 }

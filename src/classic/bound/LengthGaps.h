@@ -54,12 +54,8 @@ private:
     float areaExtent;
     unsigned wordNum;              // of a block's bits in `edges`
     std::vector<BodyMatrix> gaps;  // by number of blocks
-    // Of the node that was taken last.
-    unsigned placed = 0;
-    std::uint64_t family = 0;
-    bool measured = false;
-    // What the kept gaps were computed from. They hold among the first `known` blocks. Of a family
-    // only the first node is noted here, whence `known` leaves out the newest block for the others.
+    unsigned placed = 0;           // blocks of the node that was taken last
+    // What the kept gaps were computed from. They hold among the first `known` blocks.
     unsigned known = 0;
     std::vector<Side> sides;
     std::vector<std::uint64_t> edges;  // bits of each block's successors

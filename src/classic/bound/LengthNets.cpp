@@ -38,8 +38,7 @@ std::vector<unsigned> sortByPlaced(Items& items, unsigned numBlocks, const Neede
 
 // The outermost pins of a net on one body, from the body's corner.
 struct LengthNets::Member {
-    float low[kAxes][kUnmirroredOrients];
-    float high[kAxes][kUnmirroredOrients];
+    float places[kEnds][kAxes][kUnmirroredOrients];
 };
 
 struct LengthNets::BoxNet {
@@ -134,8 +133,8 @@ LengthNets::BoxNet LengthNets::boxOf(const Net& net, const Bodies& bodies) {
         for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
             for (const Axis axis : {kX, kY}) {
                 const float place = along(placeOf(*pin, o), axis);
-                float& low = member.low[axis][o];
-                float& high = member.high[axis][o];
+                float& low = member.places[kLow][axis][o];
+                float& high = member.places[kHigh][axis][o];
                 low = isNew ? place : std::min(low, place);
                 high = isNew ? place : std::max(high, place);
             }
@@ -149,8 +148,8 @@ void LengthNets::spreadBoxes(std::vector<BoxNet>& boxes) {
         firstBodies.push_back(box.members.begin()->first);
     }
     const std::size_t rows = std::size_t{kAxes} * bodyNum * kUnmirroredOrients;
-    lows.assign(rows * boxes.size(), 0.0F);
-    highs.assign(rows * boxes.size(), 0.0F);
+    places[kLow].assign(rows * boxes.size(), 0.0F);
+    places[kHigh].assign(rows * boxes.size(), 0.0F);
     wordNum = static_cast<unsigned>(boxes.size() / VertexSet::kWordBits + 1);
     membership.assign(std::size_t{bodyNum} * wordNum, 0);
     for (unsigned n = 0; n < boxes.size(); ++n) {
@@ -159,8 +158,9 @@ void LengthNets::spreadBoxes(std::vector<BoxNet>& boxes) {
                                                                      << (n % VertexSet::kWordBits);
             for (unsigned o = 0; o < kUnmirroredOrients; ++o) {
                 for (const Axis axis : {kX, kY}) {
-                    lows[rowOf(axis, body, o) + n] = member.low[axis][o];
-                    highs[rowOf(axis, body, o) + n] = member.high[axis][o];
+                    for (const End end : {kLow, kHigh}) {
+                        places[end][rowOf(axis, body, o) + n] = member.places[end][axis][o];
+                    }
                 }
             }
         }

@@ -15,6 +15,9 @@
 
 namespace korvel {
 
+// The ends of a net along an axis.
+enum End : unsigned { kLow, kHigh, kEnds };
+
 class LengthNets {
 public:
     // For the first numBlocks blocks in their final order.
@@ -27,11 +30,8 @@ public:
     // The one with the smallest number.
     unsigned firstBody(unsigned net) const { return firstBodies[net]; }
     // Where the outermost pins on the body lie, from its corner: by net, for nets on it only.
-    const float* lowest(Axis axis, unsigned body, unsigned orient) const {
-        return lows.data() + rowOf(axis, body, orient);
-    }
-    const float* highest(Axis axis, unsigned body, unsigned orient) const {
-        return highs.data() + rowOf(axis, body, orient);
+    const float* outermost(End end, Axis axis, unsigned body, unsigned orient) const {
+        return places[end].data() + rowOf(axis, body, orient);
     }
     // The box nets that are on a body, as bits in getWordNum() words.
     const std::uint64_t* netsOn(unsigned body) const {
@@ -106,8 +106,7 @@ private:
     std::vector<GroupLength> pairGroups;
     std::vector<unsigned> groupsBetween;    // by first and second body
     std::vector<unsigned> firstBodies;      // by box net
-    std::vector<float> lows;                // rows by axis, body and orientation; in it by box net
-    std::vector<float> highs;               // likewise
+    std::vector<float> places[kEnds];       // rows by axis, body and orientation; in it by box net
     std::vector<std::uint64_t> membership;  // by body: bits of box nets
     // By number of placed blocks.
     std::vector<unsigned> groupNums;

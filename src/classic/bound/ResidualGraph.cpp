@@ -2,13 +2,23 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace korvel {
 
 namespace {
 
-void flipBit(std::uint64_t* words, unsigned bit) {
-    words[bit / VertexSet::kWordBits] ^= std::uint64_t{1} << (bit % VertexSet::kWordBits);
+constexpr ResidualGraph::Change kMoves[kEnds] = {ResidualGraph::Change::MoveLowEnd,
+                                                 ResidualGraph::Change::MoveHighEnd};
+
+constexpr End endOf(ResidualGraph::Choice choice) {
+    return choice.change == kMoves[kLow] ? kLow : kHigh;
+}
+
+// The bodies that an end leaves and comes to on an arc: a low end moves along it, a high end
+// against it. Likewise the first and the second body of the arc on which an end so moves.
+constexpr std::pair<unsigned, unsigned> directed(End end, unsigned first, unsigned second) {
+    return end == kLow ? std::pair(first, second) : std::pair(second, first);
 }
 
 }  // namespace
@@ -23,9 +33,9 @@ const ResidualGraph::Operations ResidualGraph::kOperations[] = {
     // LowerSlope
     {&ResidualGraph::stepsToLower, &ResidualGraph::lowerSlope, &ResidualGraph::refreshBoth},
     // MoveLowEnd
-    {&ResidualGraph::oneEnd, &ResidualGraph::moveLowEnd, &ResidualGraph::refreshLowEnd},
+    {&ResidualGraph::oneEnd, &ResidualGraph::moveEnd, &ResidualGraph::refreshEnd},
     // MoveHighEnd
-    {&ResidualGraph::oneEnd, &ResidualGraph::moveHighEnd, &ResidualGraph::refreshHighEnd},
+    {&ResidualGraph::oneEnd, &ResidualGraph::moveEnd, &ResidualGraph::refreshEnd},
 };
 
 // --- Loading ---------------------------------------------------------------------------------
@@ -53,18 +63,16 @@ void ResidualGraph::load(LengthCut& newCut, const OrientedNets& node, const Body
 }
 
 void ResidualGraph::loadEnds() {
-    lowest.clear();
-    highest.clear();
-    for (unsigned body = 0; body < bodyNum; ++body) {
-        lowest.push_back(nets.lowest(oriented->axis, body, oriented->orients[body]));
-        highest.push_back(nets.highest(oriented->axis, body, oriented->orients[body]));
-    }
-    lowEnds.assign(std::size_t{bodyNum} * nets.getWordNum(), 0);
-    highEnds.assign(lowEnds.size(), 0);
-    for (unsigned n = 0; n < cut->boxNum(); ++n) {
-        const LengthCut::Ends ends = cut->getEnds(n);
-        flipBit(&lowEnds[std::size_t{ends.low} * nets.getWordNum()], n);
-        flipBit(&highEnds[std::size_t{ends.high} * nets.getWordNum()], n);
+    for (const End end : {kLow, kHigh}) {
+        outermost[end].clear();
+        for (unsigned body = 0; body < bodyNum; ++body) {
+            outermost[end].push_back(
+                nets.outermost(end, oriented->axis, body, oriented->orients[body]));
+        }
+        readOff[end].assign(std::size_t{bodyNum} * nets.getWordNum(), 0);
+        for (unsigned n = 0; n < cut->boxNum(); ++n) {
+            flipReadOff(end, cut->getBody(end, n), n);
+        }
     }
 }
 
@@ -81,7 +89,8 @@ ResidualGraph::Offer ResidualGraph::bestOffer(unsigned from, unsigned to) const 
     Offer best = flow(to, from) != 0 ? Offer{taken - gaps->at(to, from), {Change::RemoveFlow}}
                                      : Offer{gaps->at(from, to) - taken, {Change::AddFlow}};
     offerSlope(from, to, best);
-    offerEnds(from, to, best);
+    offerEnd(kLow, from, to, best);
+    offerEnd(kHigh, from, to, best);
     return best;
 }
 
@@ -103,23 +112,18 @@ void ResidualGraph::offerSlope(unsigned from, unsigned to, Offer& best) const {
     }
 }
 
-// A low end moves along the arc, a high end against it.
-void ResidualGraph::offerEnds(unsigned from, unsigned to, Offer& best) const {
+// Of the nets that are read off one body, those that are on the other body as well.
+void ResidualGraph::offerEnd(End end, unsigned from, unsigned to, Offer& best) const {
+    const auto [left, reached] = directed(end, from, to);
     const unsigned words = nets.getWordNum();
-    offerMoves(&lowEnds[from * words], nets.netsOn(to), lowest[from], lowest[to],
-               Change::MoveLowEnd, best);
-    offerMoves(&highEnds[to * words], nets.netsOn(from), highest[from], highest[to],
-               Change::MoveHighEnd, best);
-}
-
-// Of the nets with an end on one body, those that are on the other body as well.
-void ResidualGraph::offerMoves(const std::uint64_t* ends, const std::uint64_t* netsOnOther,
-                               const float* pinsFrom, const float* pinsTo, Change change,
-                               Offer& best) const {
-    for (unsigned w = 0; w < nets.getWordNum(); ++w) {
-        for (std::uint64_t rest = ends[w] & netsOnOther[w]; rest != 0; rest &= rest - 1) {
+    const std::uint64_t* const read = &readOff[end][left * words];
+    const std::uint64_t* const onReached = nets.netsOn(reached);
+    const float* const pinsFrom = outermost[end][from];
+    const float* const pinsTo = outermost[end][to];
+    for (unsigned w = 0; w < words; ++w) {
+        for (std::uint64_t rest = read[w] & onReached[w]; rest != 0; rest &= rest - 1) {
             const unsigned net = w * VertexSet::kWordBits + std::countr_zero(rest);
-            best.improve(pinsFrom[net] - pinsTo[net], {change, net});
+            best.improve(pinsFrom[net] - pinsTo[net], {kMoves[end], net});
         }
     }
 }
@@ -183,20 +187,18 @@ double ResidualGraph::setSlope(unsigned group, unsigned steps) {
     return intercepts[steps] - intercepts[before];
 }
 
-double ResidualGraph::moveLowEnd(const Arc& arc, unsigned units) {
+double ResidualGraph::moveEnd(const Arc& arc, unsigned units) {
+    const End end = endOf(arc.choice);
     const unsigned net = arc.choice.item;
-    cut->readLowOff(nets, oriented->axis, net, arc.to);
-    flipBit(&lowEnds[std::size_t{arc.from} * nets.getWordNum()], net);
-    flipBit(&lowEnds[std::size_t{arc.to} * nets.getWordNum()], net);
+    cut->readOff(nets, oriented->axis, end, net, directed(end, arc.from, arc.to).second);
+    flipReadOff(end, arc.from, net);
+    flipReadOff(end, arc.to, net);
     return double{arc.gain} * units;
 }
 
-double ResidualGraph::moveHighEnd(const Arc& arc, unsigned units) {
-    const unsigned net = arc.choice.item;
-    cut->readHighOff(nets, oriented->axis, net, arc.from);
-    flipBit(&highEnds[std::size_t{arc.from} * nets.getWordNum()], net);
-    flipBit(&highEnds[std::size_t{arc.to} * nets.getWordNum()], net);
-    return double{arc.gain} * units;
+void ResidualGraph::flipReadOff(End end, unsigned body, unsigned net) {
+    readOff[end][std::size_t{body} * nets.getWordNum() + net / VertexSet::kWordBits] ^=
+        std::uint64_t{1} << (net % VertexSet::kWordBits);
 }
 
 // --- Arcs whose best change may be another one after a change ----------------------------------
@@ -214,33 +216,21 @@ void ResidualGraph::refreshBoth(const Arc& arc) {
     refreshBackward(arc);
 }
 
-// The end has moved from arc.from to arc.to. The arcs on which it can move lead away from where it
-// is.
-void ResidualGraph::refreshLowEnd(const Arc& arc) {
+// The arcs on which the end could move from where it was, and on which it can from where it is.
+void ResidualGraph::refreshEnd(const Arc& arc) {
+    const End end = endOf(arc.choice);
+    const auto [left, reached] = directed(end, arc.from, arc.to);
     for (unsigned body = 0; body < bodyNum; ++body) {
         if (!nets.isOn(arc.choice.item, body)) {
             continue;
         }
-        if (body != arc.from && choice(arc.from, body) == arc.choice) {
-            refreshArc(arc.from, body);
+        const auto [oldFrom, oldTo] = directed(end, left, body);
+        if (body != left && choices[gains.cell(oldFrom, oldTo)] == arc.choice) {
+            refreshArc(oldFrom, oldTo);
         }
-        if (body != arc.to) {
-            refreshArc(arc.to, body);
-        }
-    }
-}
-
-// The end has moved from arc.to to arc.from. The arcs on which it can move lead to where it is.
-void ResidualGraph::refreshHighEnd(const Arc& arc) {
-    for (unsigned body = 0; body < bodyNum; ++body) {
-        if (!nets.isOn(arc.choice.item, body)) {
-            continue;
-        }
-        if (body != arc.to && choice(body, arc.to) == arc.choice) {
-            refreshArc(body, arc.to);
-        }
-        if (body != arc.from) {
-            refreshArc(body, arc.from);
+        if (body != reached) {
+            const auto [from, to] = directed(end, reached, body);
+            refreshArc(from, to);
         }
     }
 }

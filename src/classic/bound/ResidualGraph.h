@@ -96,9 +96,7 @@ private:
     void refreshArc(unsigned from, unsigned to);
     Offer bestOffer(unsigned from, unsigned to) const;
     void offerSlope(unsigned from, unsigned to, Offer& best) const;
-    void offerEnds(unsigned from, unsigned to, Offer& best) const;
-    void offerMoves(const std::uint64_t* ends, const std::uint64_t* netsOnOther,
-                    const float* pinsFrom, const float* pinsTo, Change change, Offer& best) const;
+    void offerEnd(End end, unsigned from, unsigned to, Offer& best) const;
 
     unsigned unlimited(const Arc& arc, double tolerance) const;
     unsigned flowToRemove(const Arc& arc, double tolerance) const;
@@ -111,18 +109,16 @@ private:
     double raiseSlope(const Arc& arc, unsigned units);
     double lowerSlope(const Arc& arc, unsigned units);
     double setSlope(unsigned group, unsigned steps);
-    double moveLowEnd(const Arc& arc, unsigned units);
-    double moveHighEnd(const Arc& arc, unsigned units);
+    double moveEnd(const Arc& arc, unsigned units);
+    void flipReadOff(End end, unsigned body, unsigned net);
 
     void refreshForward(const Arc& arc);
     void refreshBackward(const Arc& arc);
     void refreshBoth(const Arc& arc);
-    void refreshLowEnd(const Arc& arc);
-    void refreshHighEnd(const Arc& arc);
+    void refreshEnd(const Arc& arc);
 
     unsigned& flow(unsigned from, unsigned to) { return flowUnits[gains.cell(from, to)]; }
     unsigned flow(unsigned from, unsigned to) const { return flowUnits[gains.cell(from, to)]; }
-    const Choice& choice(unsigned from, unsigned to) const { return choices[gains.cell(from, to)]; }
     const LengthNets::PairLength& lengthOf(unsigned group) const {
         return *oriented->pairLengths[group];
     }
@@ -138,11 +134,9 @@ private:
     BodyMatrix gains;
     std::vector<Choice> choices;      // by cell of the gains
     std::vector<unsigned> flowUnits;  // by cell of the gains
-    // By body: its outermost pins by box net, and bits of the box nets that are read off it.
-    std::vector<const float*> lowest;
-    std::vector<const float*> highest;
-    std::vector<std::uint64_t> lowEnds;
-    std::vector<std::uint64_t> highEnds;
+    // By body: its outermost pins by box net, and bits of the box nets whose end is read off it.
+    std::vector<const float*> outermost[kEnds];
+    std::vector<std::uint64_t> readOff[kEnds];
 };
 
 }  // namespace korvel

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "base/Invariant.h"
-#include "classic/netlist/BoundingBox.h"
 
 namespace korvel {
 
@@ -38,19 +37,8 @@ void Net::unplacePins() {
     placedPinsNum = termNum;
 }
 
-void Net::unplacePinsUnlessUntouched() {
-    if (placedPinsNum != termNum) {
-        unplacePins();
-    }
-}
-
 void Net::checkPlacedNum(unsigned netDegree, unsigned placedPinsNum) {
     KORVEL_INVARIANT(netDegree >= placedPinsNum, "netDegree >= placedPinsNum");
-}
-
-void Net::checkCounts() const {
-    checkPlacedNum(netDegree, placedPinsNum);
-    KORVEL_INVARIANT(placedPinsNum >= termNum, "placedPinsNum >= termNum");
 }
 
 float Net::pairLength() const {
@@ -59,47 +47,39 @@ float Net::pairLength() const {
     return std::fabs(a.x - b.x) + std::fabs(a.y - b.y);
 }
 
-float Net::calcCompleteHPWL() {
-    checkCounts();
-    if (placedPinsNum < 2) {
-        unplacePinsUnlessUntouched();
-        return 0.0F;
-    }
-    if (isPlacedPair()) {
-        const float length = pairLength();
-        unplacePins();
-        return length;
-    }
+BoundingBox Net::placedBox() const {
     BoundingBox box;
     for (const Pin* pin : pins) {
         if (pin->isPlaced()) {
             box.add(pin->getCoord());
         }
     }
+    return box;
+}
+
+float Net::calcCompleteHPWL() {
+    checkPlacedNum(declaredDegree, placedPinsNum);
+    KORVEL_INVARIANT(placedPinsNum >= termNum, "placedPinsNum >= termNum");
+    float length = 0.0F;
+    if (isPlacedPair()) {
+        length = pairLength();
+    } else if (placedPinsNum >= 2) {
+        length = placedBox().halfPerimeter();
+    }
     unplacePins();
-    return box.halfPerimeter();
+    return length;
 }
 
 float Net::calcTermFCHPWL(float factor) {
-    checkPlacedNum(netDegree, placedPinsNum);
-    if (placedPinsNum < 2) {
-        unplacePinsUnlessUntouched();
-        return 0.0F;
-    }
+    checkPlacedNum(declaredDegree, placedPinsNum);
+    float length = 0.0F;
     if (isPlacedPair()) {
-        const float length = pairLength();
-        unplacePins();
-        return length;
-    }
-    BoundingBox box;
-    for (const Pin* pin : pins) {
-        if (pin->isPlaced()) {
-            box.add(pin->getCoord());
+        length = pairLength();
+    } else if (placedPinsNum >= 2) {
+        length = placedBox().widthPlusHeight();
+        if (declaredDegree > placedPinsNum) {
+            length = std::fabs(factor) < 0.001 ? 0.0F : length * factor;
         }
-    }
-    float length = box.widthPlusHeight();
-    if (netDegree > placedPinsNum) {
-        length = std::fabs(factor) < 0.001 ? 0.0F : length * factor;
     }
     unplacePins();
     return length;

@@ -9,6 +9,7 @@
 
 #include <vector>
 
+#include "classic/netlist/BoundingBox.h"
 #include "classic/netlist/NetAdvice.h"
 #include "classic/netlist/Pin.h"
 
@@ -17,7 +18,7 @@ namespace korvel {
 class Net {
 public:
     Net() = default;
-    Net(unsigned index, unsigned degree) : nIndex(index), netDegree(degree) {}
+    Net(unsigned index, unsigned degree) : nIndex(index), declaredDegree(degree) {}
 
     void reservePins(std::size_t number) { pins.reserve(number); }
     // A terminal pin counts as placed from the start.
@@ -26,20 +27,19 @@ public:
     unsigned getIndex() const { return nIndex; }
     // The pins that are there; the degree that the file declares is getDeclaredDegree.
     unsigned getNetDegree() const { return static_cast<unsigned>(pins.size()); }
-    unsigned getDeclaredDegree() const { return netDegree; }
+    unsigned getDeclaredDegree() const { return declaredDegree; }
     unsigned getPlacedPinsNum() const { return placedPinsNum; }
     unsigned getTermNum() const { return termNum; }
     Point getPinCoord(unsigned i) const { return pins[i]->getCoord(); }
     const std::vector<Pin*>& getPins() const { return pins; }
 
-    // Ends the process when more pins are placed than the net has.
+    // Ends the process when more pins are placed than the net declares.
     static void checkPlacedNum(unsigned netDegree, unsigned placedPinsNum);
 
     void incrementPlacedPins() { ++placedPinsNum; }
     void unplacePins();
 
-    // Wirelength of the placed pins. (Of a net whose placed pins all lie on one block it counts in
-    // a complete placement only.)
+    // Wirelength of the placed pins.
     float calcCompleteHPWL();
 
     // Wirelength of the placed pins, terminals included, for a trial of one block against the
@@ -51,13 +51,14 @@ public:
 
 private:
     // Both pins of a two-pin net are placed: its box is found without a scan.
-    bool isPlacedPair() const { return placedPinsNum == 2 && netDegree == 2 && pins.size() >= 2; }
+    bool isPlacedPair() const {
+        return placedPinsNum == 2 && declaredDegree == 2 && pins.size() >= 2;
+    }
     float pairLength() const;
-    void checkCounts() const;
-    void unplacePinsUnlessUntouched();
+    BoundingBox placedBox() const;
 
     unsigned nIndex = 0;
-    unsigned netDegree = 0;
+    unsigned declaredDegree = 0;
     unsigned placedPinsNum = 0;
     unsigned termNum = 0;
     std::vector<Pin*> pins;

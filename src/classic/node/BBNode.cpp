@@ -1,7 +1,6 @@
 #include "classic/node/BBNode.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstdlib>
 
@@ -14,19 +13,6 @@ namespace {
 constexpr float kNoMove = floatBelow(0.001);
 constexpr unsigned kAlignmentRounds = 3;
 
-// Families are told apart among the workers of all searches, since nodes go from one to another. A
-// thread takes many numbers at a time, so that threads hardly ever meet over them.
-constexpr std::uint64_t kFamiliesAtATime = std::uint64_t{1} << 24;
-std::atomic<std::uint64_t> familiesTaken{0};
-
-std::uint64_t newFamily() {
-    thread_local std::uint64_t last = 0;
-    if (last % kFamiliesAtATime == 0) {
-        last = familiesTaken.fetch_add(kFamiliesAtATime, std::memory_order_relaxed);
-    }
-    return ++last;
-}
-
 bool isMove(float distance) {
     return std::fabs(distance) > kNoMove;
 }
@@ -35,7 +21,6 @@ bool isMove(float distance) {
 
 void BBNode::addBlock(Orient orient, const Netlist& netlist) {
     ++numBlocks;
-    family = newFamily();
     horizontalGraph.addVert();
     verticalGraph.addVert();
     blocksOrients.push_back(orient);
@@ -55,9 +40,6 @@ void BBNode::addBlock(Orient orient, const Netlist& netlist) {
 }
 
 void BBNode::relate(unsigned a, unsigned b, Topology topology) {
-    if (std::max(a, b) + 1 != numBlocks) {
-        family = newFamily();
-    }
     const Edge edge = edgeOf(a, b, topology);
     graph(edge.axis).addEdge(edge.from, edge.to);
 }

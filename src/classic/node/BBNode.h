@@ -13,7 +13,6 @@
 // Copying a node into one that was as large before allocates nothing.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -39,11 +38,9 @@ public:
     unsigned blockLevel = 0;    // branching decisions taken from the root
     unsigned definedNodes = 0;  // relations fixed between the newest block and the earlier ones
     float wirelength = 0.0F;
-    float remaining = 0.0F;  // lower bound on the wirelength still to come
+    float remaining = 0.0F;  // estimate of the wirelength still to come
     float width = 0.0F;
     float height = 0.0F;
-    // Nodes of the same family differ in the relations of their newest block only.
-    std::uint64_t family = 0;
     float treeFraction = 1.0F;  // of the search tree, which siblings divide equally
 
     // Adds the next block of the order, without relations. A mirrored orientation is reported and

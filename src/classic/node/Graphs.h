@@ -51,8 +51,6 @@ public:
     float returnCoord(unsigned int node) const { return spans[node].coord; }
     // Largest end of a vertex without successors ever seen by findCoord: it never falls.
     float getLength() const { return length; }
-    // All vertices count in it.
-    bool isMeasured() const { return measured == numVert; }
     // In ascending order, which is the order of insertion in the search.
     VertexSet getOutcomingEdges(unsigned int node) const { return {row(node, kOut), rowWords}; }
     VertexSet getIncomingEdges(unsigned int node) const { return {row(node, kIn), rowWords}; }

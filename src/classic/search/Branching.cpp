@@ -119,11 +119,13 @@ void Branching::branch(NodeStack& stack, float bestWL, SearchWorker& worker) con
     }
 }
 
-// The least that the relations of block `next`, and all later blocks, add when it takes `orient`.
-float Branching::remainingDistance(const BBNode& node, unsigned next, Orient orient) const {
-    float sum = setting.bounds.remainingAfter(next);
-    for (unsigned j = next; j-- > 0;) {
-        sum += setting.bounds.minOrientPairDist(next, j, orient, node.blocksOrients[j]);
+// The least that the relations of the block to blocks from `firstEarlier` on, and all later blocks,
+// add when it takes `orient`.
+float Branching::remainingDistance(const BBNode& node, unsigned block, Orient orient,
+                                   unsigned firstEarlier) const {
+    float sum = setting.bounds.remainingAfter(block);
+    for (unsigned j = block; j-- > firstEarlier;) {
+        sum += setting.bounds.minOrientPairDist(block, j, orient, node.blocksOrients[j]);
     }
     return sum;
 }
@@ -139,7 +141,7 @@ void Branching::branchOrientations(NodeStack& stack, float bestWL, SearchCounter
             continue;
         }
         const float termDist = setting.bounds.minTermDist[kUnmirroredOrients * next + o];
-        if (next != 0 && bestWL < termDist + remainingDistance(node, next, orient)) {
+        if (next != 0 && bestWL < termDist + remainingDistance(node, next, orient, 0)) {
             continue;
         }
         const float wirelength =
@@ -160,7 +162,8 @@ void Branching::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& w
     const BBNode& node = stack.top();
     const unsigned a = node.numBlocks - 1;
     const unsigned b = node.definedNodes;
-    const FamilyBounds::RelationBounds& bounds = worker.familyBounds.nextRelation(node);
+    const Orient orient = node.blocksOrients[a];
+    const float remaining = remainingDistance(node, a, orient, b + 1);
     const bool completes = b + 1 == a;
     const std::optional<Topology> decided = setting.previous.topologyFor(node, a, b);
     Children<Topology> children;
@@ -171,22 +174,23 @@ void Branching::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& w
             continue;
         }
         // 2. What the tables say alone: too long, or much longer than the alternatives.
-        const float distance = bounds.distances[t];
-        if (isCut(node, distance, bounds.remaining, bestWL, worker.counters)) {
+        const float distance =
+            setting.bounds.getMinDistances(a, b, orient, node.blocksOrients[b], topology);
+        if (isCut(node, distance, remaining, bestWL, worker.counters)) {
             continue;
         }
         // 3. What the graphs say: a cycle, or no room.
         const float wirelength = node.wirelength + distance;
         const bool cyclic = node.closesCycle(a, b, topology);
         const bool rejected = cyclic || estimator.leavesArea(node, a, b, topology);
-        children.add(topology, wirelength, bounds.remaining + wirelength, rejected);
+        children.add(topology, wirelength, remaining + wirelength, rejected);
         if (rejected) {
             countRejected(worker.counters, node.blockLevel + 1, 1, completes && !cyclic ? 1 : 0);
         }
     }
     // 4. One look at what the last relations of a block have in common may do for all of them.
     if (completes && children.madeNum() > 1 &&
-        estimator.isHopeless(node, bounds.remaining, bestWL, worker)) {
+        estimator.isHopeless(node, remaining, bestWL, worker)) {
         countRejected(worker.counters, node.blockLevel + 1, children.madeNum(), children.madeNum());
         children.rejectAll();
     }
@@ -197,7 +201,7 @@ void Branching::branchTopologies(NodeStack& stack, float bestWL, SearchWorker& w
         child.relate(a, b, topology);
         ++child.definedNodes;
         ++child.blockLevel;
-        child.remaining = bounds.remaining;
+        child.remaining = remaining;
         child.treeFraction = fraction;
     });
 }

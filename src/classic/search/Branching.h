@@ -2,7 +2,7 @@
 // earlier block, one per level. Children are tested before they are made, so that one that the
 // bound cuts costs a table look-up, and one without room little more.
 //
-// Read-only: all workers use the same one, each with its own tables of families and counters.
+// Read-only: all workers use the same one, each with its own placement and counters.
 #pragma once
 
 #include <array>
@@ -26,7 +26,8 @@ public:
     static std::array<unsigned, 4> sortFourNodes(const std::array<float, 4>& keys);
 
 private:
-    float remainingDistance(const BBNode& node, unsigned next, Orient orient) const;
+    float remainingDistance(const BBNode& node, unsigned block, Orient orient,
+                            unsigned firstEarlier) const;
     void branchOrientations(NodeStack& stack, float bestWL, SearchCounters& counters) const;
     void branchTopologies(NodeStack& stack, float bestWL, SearchWorker& worker) const;
     bool isCut(const BBNode& node, float distance, float remaining, float bestWL,

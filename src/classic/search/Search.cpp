@@ -34,7 +34,6 @@ std::vector<std::thread> startWorkers(const Work& work, unsigned number) {
 Search::Search(const SearchSetting& setting, const SearchTables& tables, float bestWL,
                StopFlags& stop, SearchObserver* observer, std::ostream& report)
     : tables(tables),
-      bounds(setting.bounds),
       estimator(setting.areaConst, setting.area),
       branching(setting),
       observer(observer),
@@ -48,7 +47,7 @@ void Search::run(unsigned numThreads) {
 }
 
 void Search::BBcore() {
-    SearchWorker worker(tables, bounds, state.levelCount);
+    SearchWorker worker(tables, state.levelCount);
     while (state.takeNode(worker.node)) {
         if (worker.node.blockLevel < kSharedLevels) {
             expandShared(worker);

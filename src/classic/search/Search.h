@@ -34,7 +34,6 @@ private:
     void tellObserver(SearchWorker& worker);
 
     const SearchTables& tables;
-    const BoundTables& bounds;
     NodeEstimator estimator;
     Branching branching;
     SearchObserver* observer;

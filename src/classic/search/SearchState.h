@@ -13,8 +13,8 @@
 // Locks: every member names its guard, and a thread that holds one of these mutexes takes no other,
 // so there is no order of locking to remember. What is read without its guard is Relaxed, and says
 // why a stale value does no harm. Outside of this class workers share only what they do not change
-// (SearchTables and SearchSetting), the engine's report stream (bestMutex), the counter of families
-// in BBNode.cpp (atomic) and the observer, which guards itself and is called without a lock.
+// (SearchTables and SearchSetting), the engine's report stream (bestMutex) and the observer, which
+// guards itself and is called without a lock.
 #pragma once
 
 #include <iosfwd>

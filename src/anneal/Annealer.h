@@ -55,8 +55,8 @@ struct AnnealProgress {
 // soon as they are found; with one, when all earlier restarts have ended, so that of two equal
 // results the same one is always first. A stop is looked for every 64 moves; then the best layout
 // gets exact coordinates, and a restart on its coarse level makes some thousand moves more, which
-// mend the layout of the whole design: tens of milliseconds for a hundred dies. Returns with nothing
-// offered if no legal placement was found. The design must have a die.
+// mend the layout of the whole design: tens of milliseconds for a hundred dies. Returns with
+// nothing offered if no legal placement was found. The design must have a die.
 void anneal(const Design& design, Region region, const AnnealOptions& options, Incumbent& incumbent,
             std::stop_token stop, AnnealProgress& progress);
 

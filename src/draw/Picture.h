@@ -11,8 +11,8 @@ namespace korvel {
 
 // The area, the dies to scale with names and a mark at the corner that is the lower-left one in
 // orientation N, terminals, and connections, gathered in bundles. Of whatever unit and size, the
-// picture has the same size in pixels. Dies need not be legal: those at fault by the judgement, which
-// is one of this placement, stand out. With rules it also shows these, and what breaks them.
+// picture has the same size in pixels. Dies need not be legal: those at fault by the judgement,
+// which is one of this placement, stand out. With rules it also shows these, and what breaks them.
 // `placement` has a place for each die. Any thread.
 std::string drawSvg(const Design& design, Region region, const Placement& placement,
                     const Judgement& judgement, const Ruled* ruled = nullptr);

@@ -122,8 +122,9 @@ Placed randomPlaced(unsigned seed, double unit) {
     return placed;
 }
 
-std::string svgOf(const Design& design, Region region, const Placement& placement) {
-    return drawSvg(design, region, placement, judge(design, region, placement));
+std::string svgOf(const Design& design, Region region, const Placement& placement,
+                  const Ruled* ruled = nullptr) {
+    return drawSvg(design, region, placement, judge(design, region, placement), ruled);
 }
 
 TEST(Picture, IsSoundAndHoldsEverythingInAnyUnit) {
@@ -239,7 +240,7 @@ TEST(Picture, ShowsRulesAndWhatBreaksThem) {
     rules.nets = {{1, 6}, {1, 9}};  // as long as 6 and 6
     const RuleJudgement judgement = judgeRules(design, region, rules, placement, 0);
     const Ruled ruled{rules, judgement};
-    const std::string svg = drawSvg(design, region, placement, &ruled);
+    const std::string svg = svgOf(design, region, placement, &ruled);
 
     Plane plane{region, {}};
     std::map<std::string, std::vector<Tag>> byFill;
@@ -292,7 +293,7 @@ TEST(Picture, ShowsNetsBeyondTheirReach) {
     const RuleJudgement judgement = judgeRules(design, region, rules, placement, 0);
     const Ruled ruled{rules, judgement};
     std::size_t reachNum = 0;
-    for (const Tag& tag : tagsOf(drawSvg(design, region, placement, &ruled))) {
+    for (const Tag& tag : tagsOf(svgOf(design, region, placement, &ruled))) {
         reachNum += tag.attributes.count("class") > 0 && tag.attributes.at("class") == "reach";
     }
     EXPECT_GT(reachNum, 0U);

@@ -25,7 +25,9 @@ public:
 
     // The model must outlive the layout. All dies in orientation N.
     Layout(const NetModel& nets, DieLimits limits);
+    ~Layout() = default;
     Layout(const Layout&) = delete;  // the costs refer to the packings
+    Layout& operator=(const Layout&) = delete;
 
     // A change: edit the orders, turn dies, name the dies that are to be placed anew; then arrange,
     // and keep or undo. Whatever is changed must be kept or undone before the next change.

@@ -17,7 +17,9 @@ namespace korvel {
 struct CoarseLevel {
     CoarseLevel(Coarsening coarsening, Region region)
         : coarsening(std::move(coarsening)), prepared(this->coarsening.coarse(), region) {}
+    ~CoarseLevel() = default;
     CoarseLevel(const CoarseLevel&) = delete;
+    CoarseLevel& operator=(const CoarseLevel&) = delete;
 
     // Nothing if the design is not worth it.
     static std::unique_ptr<const CoarseLevel> of(const PreparedDesign& whole);

@@ -81,6 +81,8 @@ inline std::int32_t sumOf(QuadMask q) {
 
 inline bool anyLane(QuadMask mask) {
 #if defined(__SSE2__)
+    // The only way to hand a vector of the compiler to an intrinsic.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast)
     return _mm_movemask_ps(reinterpret_cast<__m128>(mask)) != 0;
 #else
     return (mask[0] | mask[1] | mask[2] | mask[3]) != 0;

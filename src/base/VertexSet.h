@@ -29,7 +29,7 @@ public:
             skipEmptyWords();
             return *this;
         }
-        bool operator!=(End) const { return rest != 0; }
+        bool operator!=(End /*end*/) const { return rest != 0; }
 
     private:
         void skipEmptyWords() {
@@ -45,7 +45,7 @@ public:
     };
 
     Iterator begin() const { return {words, wordNum}; }
-    End end() const { return {}; }
+    static End end() { return {}; }
 
     bool contains(unsigned vertex) const {
         return (words[vertex / kWordBits] >> (vertex % kWordBits) & 1U) != 0;

@@ -26,6 +26,7 @@ std::vector<Touch> touchesOf(const Design& design, const Placement& placement,
         number += 1.0;
     }
     std::vector<Touch> touches;
+    touches.reserve(sums.size());
     for (const auto& [body, sum] : sums) {
         touches.push_back({body, {sum.first.x / sum.second, sum.first.y / sum.second}});
     }

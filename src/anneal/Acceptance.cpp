@@ -9,8 +9,8 @@ namespace korvel {
 
 namespace {
 
-// The estimate of what sliding may save fades by this part with every move: it looks back some
-// thousand moves.
+// The estimates of what a move may save, in overflow or by sliding, fade by this part with every
+// move: they look back some thousand moves.
 constexpr double kFading = 1e-3;
 
 // The penalty, in parts of the scale.

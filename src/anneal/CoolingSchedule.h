@@ -2,10 +2,10 @@
 // begin with a start each; those after them heat the best layout up again, not as far, and cool it
 // down. Temperatures fall by the same factor in the same time.
 //
-// In which range of temperatures layouts settle differs between designs. So the first cooling,
-// where there are many, is a quick one over the whole range. From the lengths that are noted in it
-// the schedule learns where the others are to begin and to end, to spend their time where something
-// happens. A value, for one thread.
+// In which range of temperatures layouts settle differs between designs. So the usual
+// schedule, and the one of expanded starts, begin with a quick cooling over the whole range. From
+// the lengths that are noted in it the schedule learns where the others are to begin and to end, to
+// spend their time where something happens. A value, for one thread.
 #pragma once
 
 #include <array>

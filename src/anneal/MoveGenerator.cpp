@@ -144,7 +144,7 @@ void MoveGenerator::putBeside(unsigned die, unsigned other, RandomStream& random
         turnSomehow(die, random);
     }
     layout.editOrders().moveBeside(die, other, anySide(random));
-    // Where a die without nets stays; any other one is placed anew.
+    // A die without nets stays there; any other one is placed anew.
     layout.shiftCentreTo(die, layout.centre(other));
     layout.release(die);
 }

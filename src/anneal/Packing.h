@@ -69,7 +69,7 @@ private:
     std::vector<double> distances;             // by die, least ones to the corners of dies after it
     std::vector<DieLimits::Range> ranges;      // by die, of its corner
     std::vector<double> furthest;              // by die, how far it can give way
-    double longestChain = 0.0;                 // the side at least; 0 after keepLegal
+    double longestChain = 0.0;                 // the side at least; 0 after place()
     double keptChain = 0.0;
     std::vector<double> chain;  // by rank in the lower order
 };

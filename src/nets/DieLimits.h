@@ -1,6 +1,6 @@
 // The limits that dies keep to along each axis: how far one lies from another that comes first, and
 // from where to where its lower-left corner may lie. Annealing, proof and exact coordinates all ask
-// here, so what is to hold for a package is said once.
+// here, so the limits are said once. They know nothing of the rules of a package yet.
 // Filled once and never changed; any thread may read.
 #pragma once
 

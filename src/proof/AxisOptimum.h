@@ -19,7 +19,7 @@
 
 namespace korvel {
 
-// More bodies than this are not proved: their sets are too many.
+// Designs of more dies than this are not proved: the sets of their bodies are too many.
 inline constexpr unsigned kMaxProofDies = 12;
 
 class AxisOptimum {

@@ -1,6 +1,7 @@
 #include "proof/Prover.h"
 
 #include <algorithm>
+#include <mutex>
 #include <thread>
 #include <vector>
 

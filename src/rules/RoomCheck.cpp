@@ -1,5 +1,8 @@
 #include "rules/RoomCheck.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "design/DesignDraft.h"
 #include "design/Numeral.h"
 

@@ -88,9 +88,9 @@ struct Rules {
     const Net& net(unsigned index) const { return nets.empty() ? kPlainNet : nets[index]; }
     bool hasWeights() const;
 
-    // Two dies keep a gap of g if along x or along y they are at least g apart. a != b.
-    // The pair's own, else the larger of those that the two dies have of their own, else the
-    // global one. Symmetrical.
+    // The gap that two dies have to keep: the pair's own, else the larger of those that the two
+    // have of their own, else the global one. They keep it if they are so far apart along x or
+    // along y. Symmetrical; a != b.
     double leastGap(unsigned a, unsigned b) const;
     // No gap has to be larger.
     double largestGap() const;

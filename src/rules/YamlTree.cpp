@@ -97,8 +97,8 @@ std::string contentOf(std::istream& in) {
     return content;
 }
 
-// Whether all lines are text; those that are not are errors. On some that are none the library
-// would never come to an end.
+// Whether every line is text; each one that is not is an error. Looked at first, since some bytes
+// make the library loop for ever.
 bool isText(const std::string& content, const std::string& file, Diagnostics& diagnostics) {
     const std::size_t errorsBefore = diagnostics.getErrorNum();
     std::istringstream stream(content);
@@ -130,7 +130,8 @@ YamlNode parse(const std::string& content, const std::string& file, Diagnostics&
     TreeBuilder builder(file, diagnostics);
     try {
         YAML::Parser parser(stream);
-        // Behind the second one nothing counts; and after some slips there is no end of documents.
+        // A second document is an error already, and after some slips the library finds documents
+        // for ever.
         while (builder.getDocumentNum() < 2 && parser.HandleNextDocument(builder)) {
         }
     } catch (const YAML::Exception& fault) {

@@ -1,5 +1,5 @@
 // The classic engine under a run: the same tables, the same passes, silent. Every new best node of
-// its search is offered as a legal placement.
+// its search that has all dies is offered as a placement.
 //
 // Shared with the workers of a search, which call improved() and worked(): the tally of the pass,
 // which guards itself, and `passCutShort`, which is atomic. All else the main thread alone changes,

@@ -8,8 +8,8 @@
 namespace korvel::test {
 namespace {
 
-// Layouts are refined once in a hundred moves per die, and as early as can be if they are about as
-// short as the best one; whoever listens hears of a placement then.
+// Layouts about as short as the best one are refined long before the routine one in a hundred moves
+// per die; whoever listens hears of a placement then.
 TEST(LevelAnnealer, GoodLayoutsAreRefinedAtOnce) {
     const Design design = RandomDesigns(9).make({8, 4, 40, 4, 8, 20, 1.0});
     const PreparedDesign prepared(design, {40, 40});

@@ -1,6 +1,5 @@
 // A worker's own placement: where the blocks of the node at hand and their pins lie, and what their
-// nets want. Belongs to one thread; it allocates nothing once the
-// largest vote has been held.
+// nets want. Belongs to one thread; allocates nothing once the largest vote has been held.
 //
 // Use: start() with the number of placed blocks, place() each of them, then ask for wanted steps,
 // move blocks and measure.

@@ -17,8 +17,9 @@ public:
     explicit Branching(const SearchSetting& setting);
 
     // Puts the children of the kept node on top of `stack` into its place, the most promising
-    // topmost. Counts what the bound cuts, and as rejected what the estimator would reject for
-    // certain: neither is made.
+    // topmost. Counts the relations that the bound cuts (not orientations, nor what the level cut
+    // gives up), and as rejected what the estimator would reject for certain: none of these is
+    // made.
     void branch(NodeStack& stack, float bestWL, SearchWorker& worker) const;
 
     // Indexes of the keys in ascending order; the comparisons fix the order of equal keys.

@@ -8,7 +8,7 @@ namespace korvel {
 
 namespace {
 
-// Nodes of these levels go through the shared stack.
+// Nodes below this level are expanded on the shared stack.
 constexpr unsigned kSharedLevels = 3;
 // Nodes between two words to the observer: a rare look at the clock, and no long wait for a stop.
 constexpr std::uint64_t kNodesBetweenWords = 512;

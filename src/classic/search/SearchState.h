@@ -94,12 +94,13 @@ private:
     std::mutex bestMutex;
 
     NodeStack sharedStack;  // stackMutex
-    // Written under stackMutex; read freely to see whether locking it is worth while.
+    // Written under stackMutex; read freely to see whether locking it is worth while: a stale value
+    // costs one lock in vain or one short wait.
     Relaxed<bool> sharedStackEmpty{false};
     std::mutex stackMutex;
 
-    // Workers that hold or are about to take nodes. Written under activeMutex; read freely, and
-    // once more with the stack locked to find the end.
+    // Workers that hold or are about to take nodes. Written under activeMutex; read freely: a
+    // stale value delays the end by a wait, since it is read once more with the stack locked.
     Relaxed<unsigned> activeWorkers{0};
     std::mutex activeMutex;
 

@@ -21,7 +21,7 @@ struct SearchCounters {
     // Of the nodes taken, those rejected: by the bound, but also for a cycle or lack of room. By
     // level - 1.
     std::vector<std::uint64_t> prunedByBound;
-    std::vector<std::uint64_t> cutAtBranching;  // children cut by their bound, by parent level - 1
+    std::vector<std::uint64_t> cutAtBranching;  // relations cut by their bound, by parent level - 1
 
     void add(const SearchCounters& other);
 };

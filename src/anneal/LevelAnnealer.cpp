@@ -197,10 +197,11 @@ bool LevelAnnealer::makeExact(Layout::Snapshot& snapshot) const {
         orients.push_back(die.orient);
     }
     auto exact = prepared.solver.solve(snapshot.orders.relations(), orients);
-    if (exact) {
-        snapshot.placement = *std::move(exact);
+    if (!exact) {
+        return false;
     }
-    return exact.has_value();
+    snapshot.placement = *std::move(exact);
+    return true;
 }
 
 void LevelAnnealer::reportBest() {
